@@ -1,0 +1,18 @@
+#include "CliContext.h"
+#include "CommandTable.h"
+
+#include <QGuiApplication>
+
+int main(int argc, char *argv[])
+{
+    // The command line never opens a window; text and painting still need a GUI platform.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    QGuiApplication::setApplicationName(QStringLiteral("tessary"));
+    CliContext context;
+    const int code = CommandTable::dispatch(QGuiApplication::arguments().mid(1), context);
+    context.out.flush();
+    context.err.flush();
+    return code;
+}

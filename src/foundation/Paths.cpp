@@ -1,0 +1,50 @@
+#include "foundation/Paths.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QStandardPaths>
+
+namespace {
+QString fromEnv(const char *name)
+{
+    const QByteArray v = qgetenv(name);
+    return v.isEmpty() ? QString() : QString::fromLocal8Bit(v);
+}
+} // namespace
+
+QString Paths::documentsFolder()
+{
+    const QString env = fromEnv("TESSARY_DOCUMENTS");
+    if (!env.isEmpty())
+        return env;
+    return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+}
+
+QString Paths::imagesFolder()
+{
+    return QDir(documentsFolder()).filePath(QStringLiteral("Images"));
+}
+
+bool Paths::ensureImagesFolder()
+{
+    return QDir().mkpath(imagesFolder());
+}
+
+QString Paths::documentsPathForFileName(const QString &fileName)
+{
+    return QDir(documentsFolder()).filePath(fileName);
+}
+
+QString Paths::resourcesFolder()
+{
+    const QString env = fromEnv("TESSARY_RESOURCES");
+    if (!env.isEmpty())
+        return env;
+    const QString appDir = QCoreApplication::instance() ? QCoreApplication::applicationDirPath() : QDir::currentPath();
+    // Built tree: bin/ beside resources/; installed: share/tessary/resources.
+    for (const QString &candidate : {appDir + QStringLiteral("/../resources"), appDir + QStringLiteral("/../share/tessary/resources")}) {
+        if (QDir(candidate).exists())
+            return QDir(candidate).canonicalPath();
+    }
+    return QDir(appDir).filePath(QStringLiteral("../resources"));
+}

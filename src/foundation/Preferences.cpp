@@ -1,0 +1,90 @@
+#include "foundation/Preferences.h"
+
+#include "foundation/PlistValue.h"
+#include "foundation/PlainColorArchive.h"
+#include "foundation/UserDefaults.h"
+
+bool Preferences::isPresent(const QString &presenceKey) const
+{
+    return m_defaults.hasObject(presenceKey);
+}
+
+bool Preferences::markPresent(const QString &presenceKey)
+{
+    if (isPresent(presenceKey))
+        return false;
+    m_defaults.setBool(false, presenceKey);
+    return true;
+}
+
+bool Preferences::boolOr(const QString &key, bool fallback) const
+{
+    const QVariant v = m_defaults.objectForKey(key);
+    return v.isValid() ? PlistValue::boolValue(v) : fallback;
+}
+
+bool Preferences::addTemplatesDisclosed() const { return boolOr(AddTemplatesDisclosed, false); }
+bool Preferences::doNotShowWelcomeWindowAgain() const { return boolOr(DoNotShowWelcomeWindowAgain, false); }
+bool Preferences::dontShowAgain() const { return boolOr(DontShowAgain, false); }
+
+double Preferences::collageWidthIncrement() const
+{
+    const QVariant v = m_defaults.objectForKey(CollageWidthIncrement);
+    return v.isValid() ? double(float(PlistValue::integerValue(v))) : 5.0;
+}
+
+double Preferences::collageHeightIncrement() const
+{
+    const QVariant v = m_defaults.objectForKey(CollageHeightIncrement);
+    return v.isValid() ? double(float(PlistValue::integerValue(v))) : 5.0;
+}
+
+float Preferences::matchingMarginWidth() const { return m_defaults.floatForKey(MatchingMarginWidth); }
+qint64 Preferences::blendingMarginWidth() const { return m_defaults.integerForKey(BlendingMarginWidth); }
+qint64 Preferences::inputImageScaling() const { return m_defaults.integerForKey(InputImageScaling); }
+bool Preferences::megapixelLimit() const { return boolOr(MegapixelLimit, true); }
+bool Preferences::insetByCropping() const { return boolOr(InsetByCropping, true); }
+bool Preferences::alwaysZoomToFit() const { return boolOr(AlwaysZoomToFit, true); }
+bool Preferences::cropResult() const { return boolOr(CropResult, false); }
+bool Preferences::uniformlyCrop() const { return boolOr(UniformlyCrop, true); }
+bool Preferences::uniformlyCropFit() const { return boolOr(UniformlyCropFit, true); }
+bool Preferences::autoOpenStitchedImageFile() const { return boolOr(AutoOpenStitchedImageFile, false); }
+bool Preferences::renderEmptyTiles() const { return boolOr(RenderEmptyTiles, false); }
+float Preferences::iconSize() const { return m_defaults.floatForKey(IconSize); }
+
+QColor Preferences::tessaryBackgroundColor() const
+{
+    const QByteArray data = m_defaults.dataForKey(TessaryBackgroundColor);
+    if (data.isEmpty())
+        return QColor(Qt::transparent);
+    return PlainColorArchive::decode(data).value_or(QColor(Qt::transparent));
+}
+
+bool Preferences::setTessaryBackgroundColor(const QColor &color)
+{
+    return m_defaults.setObject(PlainColorArchive::encode(color), TessaryBackgroundColor);
+}
+
+qint64 Preferences::imageBrowserSeletion() const { return m_defaults.integerForKey(ImageBrowserSeletion); }
+qint64 Preferences::selectedTemplateTableRow() const { return m_defaults.integerForKey(SelectedTemplateTableRow); }
+qint64 Preferences::selectedUserTemplateTableRow() const { return m_defaults.integerForKey(SelectedUserTemplateTableRow); }
+
+qint64 Preferences::moduleSizeInPoints() const { return m_defaults.integerForKey(ModuleSizeInPoints); }
+qint64 Preferences::borderWidth() const { return m_defaults.integerForKey(BorderWidth); }
+float Preferences::contentSizeWidth() const { return m_defaults.floatForKey(ContentSizeWidth); }
+float Preferences::contentSizeHeight() const { return m_defaults.floatForKey(ContentSizeHeight); }
+QVariantList Preferences::savedTessaryDataModules() const { return m_defaults.arrayForKey(SavedTessaryDataModules); }
+
+bool Preferences::resetPreferences()
+{
+    bool ok = true;
+    ok &= m_defaults.setInteger(50, BlendingMarginWidth);
+    ok &= m_defaults.setInteger(100, InputImageScaling);
+    ok &= m_defaults.setBool(true, MegapixelLimit);
+    ok &= m_defaults.setBool(true, InsetByCropping);
+    ok &= m_defaults.setBool(true, UniformlyCrop);
+    ok &= m_defaults.setBool(true, UniformlyCropFit);
+    ok &= m_defaults.setBool(false, CropResult);
+    ok &= m_defaults.setInteger(0, MatchingMarginWidth);
+    return ok && m_defaults.synchronize();
+}

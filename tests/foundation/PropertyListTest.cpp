@@ -1,0 +1,184 @@
+#include "foundation/PlistUid.h"
+#include "foundation/PropertyList.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QPointF>
+#include <QTemporaryDir>
+#include <QTimeZone>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QVariantMap everyType()
+{
+    return QVariantMap{
+        {QStringLiteral("string"), QStringLiteral("Grüße, \"quoted\" <tag> & more")},
+        {QStringLiteral("empty string"), QString(QLatin1String(""))},
+        {QStringLiteral("integer"), qint64(42)},
+        {QStringLiteral("negative"), qint64(-7)},
+        {QStringLiteral("large"), qint64(1) << 40},
+        {QStringLiteral("real"), 0.35},
+        {QStringLiteral("whole real"), 2.0},
+        {QStringLiteral("true"), true},
+        {QStringLiteral("false"), false},
+        {QStringLiteral("data"), QByteArray("\x00\x01\xff binary", 11)},
+        {QStringLiteral("date"), QDateTime(QDate(2024, 2, 29), QTime(13, 14, 15), QTimeZone::utc())},
+        {QStringLiteral("array"), QVariantList{qint64(1), 1.5, QStringLiteral("x"), QVariantList{}, QVariantMap{}}},
+        {QStringLiteral("dict"), QVariantMap{{QStringLiteral("nested"), QVariantMap{{QStringLiteral("k"), qint64(3)}}}}},
+    };
+}
+
+void expectSameTypes(const QVariant &a, const QVariant &b, const QString &path)
+{
+    ASSERT_EQ(PropertyList::typeName(a), PropertyList::typeName(b)) << path.toStdString();
+    if (a.typeId() == QMetaType::QVariantMap) {
+        const QVariantMap ma = a.toMap(), mb = b.toMap();
+        ASSERT_EQ(ma.keys(), mb.keys()) << path.toStdString();
+        for (auto it = ma.cbegin(); it != ma.cend(); ++it)
+            expectSameTypes(it.value(), mb.value(it.key()), path + QLatin1Char('/') + it.key());
+    } else if (a.typeId() == QMetaType::QVariantList) {
+        const QVariantList la = a.toList(), lb = b.toList();
+        ASSERT_EQ(la.size(), lb.size());
+        for (int i = 0; i < la.size(); ++i)
+            expectSameTypes(la[i], lb[i], path + QLatin1Char('/') + QString::number(i));
+    } else {
+        EXPECT_EQ(a, b) << path.toStdString();
+    }
+}
+
+TEST(PropertyList, EveryTypeRoundTripsThroughBothFormatsAndFiles)
+{
+    QTemporaryDir dir;
+    for (auto format : {PropertyList::Format::Xml, PropertyList::Format::Binary}) {
+        SCOPED_TRACE(format == PropertyList::Format::Xml ? "xml" : "binary");
+        const QByteArray bytes = PropertyList::toBytes(everyType(), format);
+        ASSERT_FALSE(bytes.isEmpty());
+        const auto fromBytes = PropertyList::fromBytes(bytes, QStringLiteral("mem"));
+        ASSERT_TRUE(fromBytes.ok()) << fromBytes.error.toStdString();
+        expectSameTypes(everyType(), fromBytes.value, QString());
+
+        const QString path = dir.filePath(QStringLiteral("f.plist"));
+        QString error;
+        ASSERT_TRUE(PropertyList::writeFile(path, everyType(), format, &error)) << error.toStdString();
+        const auto fromFile = PropertyList::fromFile(path);
+        ASSERT_TRUE(fromFile.ok()) << fromFile.error.toStdString();
+        expectSameTypes(everyType(), fromFile.value, QString());
+    }
+}
+
+TEST(PropertyList, BinaryAndXmlOfTheSameContentReadEqual)
+{
+    const auto x = PropertyList::fromBytes(PropertyList::toXml(everyType()), QStringLiteral("x"));
+    const auto b = PropertyList::fromBytes(PropertyList::toBinary(everyType()), QStringLiteral("b"));
+    ASSERT_TRUE(x.ok() && b.ok());
+    expectSameTypes(x.value, b.value, QString());
+}
+
+TEST(PropertyList, HandWrittenXmlKeepsIntegerAndRealApart)
+{
+    const QByteArray xml =
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        "<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">\n"
+        "<plist version=\"1.0\"><dict><key>i</key><integer>2</integer><key>r</key><real>2</real>"
+        "<key>uid</key><dict><key>CF$UID</key><integer>3</integer></dict></dict></plist>";
+    const auto r = PropertyList::fromBytes(xml, QStringLiteral("hand"));
+    ASSERT_TRUE(r.ok()) << r.error.toStdString();
+    const QVariantMap m = r.value.toMap();
+    EXPECT_EQ(m.value(QStringLiteral("i")).typeId(), QMetaType::LongLong);
+    EXPECT_EQ(m.value(QStringLiteral("r")).typeId(), QMetaType::Double);
+}
+
+TEST(PropertyList, UidsSurviveTheBinaryFormat)
+{
+    const QVariantMap v{{QStringLiteral("ref"), QVariant::fromValue(PlistUid{7})}};
+    const auto r = PropertyList::fromBytes(PropertyList::toBinary(v), QStringLiteral("uid"));
+    ASSERT_TRUE(r.ok());
+    const QVariant ref = r.value.toMap().value(QStringLiteral("ref"));
+    ASSERT_EQ(ref.userType(), qMetaTypeId<PlistUid>());
+    EXPECT_EQ(ref.value<PlistUid>().value, 7u);
+}
+
+struct BadInput {
+    const char *name;
+    QByteArray bytes;
+};
+
+TEST(PropertyList, MalformedInputsGiveErrorsNamingTheSource)
+{
+    const QByteArray good = PropertyList::toBinary(everyType());
+    const QByteArray goodXml = PropertyList::toXml(everyType());
+    QByteArray deepXml = "<plist version=\"1.0\">";
+    for (int i = 0; i < 100000; ++i)
+        deepXml += "<array>";
+    const std::vector<BadInput> cases{
+        {"empty", QByteArray()},
+        {"text", QByteArray("hello, world")},
+        {"binary magic only", QByteArray("bplist00")},
+        {"truncated binary", good.left(good.size() / 2)},
+        {"binary with broken trailer", good.left(good.size() - 8) + QByteArray(8, '\xff')},
+        {"truncated xml", goodXml.left(goodXml.size() / 2)},
+        {"unclosed xml tags", deepXml},
+        {"wrong closing tag", QByteArray("<plist><dict><key>a</key><string>x</dict></plist>")},
+    };
+    for (const BadInput &c : cases) {
+        SCOPED_TRACE(c.name);
+        const auto r = PropertyList::fromBytes(c.bytes, QStringLiteral("input.plist"));
+        ASSERT_FALSE(r.ok());
+        EXPECT_TRUE(r.error.startsWith(QStringLiteral("input.plist: "))) << r.error.toStdString();
+    }
+}
+
+TEST(PropertyList, DeepNestingIsRefusedWithoutExhaustingTheStack)
+{
+    QVariant v = QVariantList{};
+    for (int i = 0; i < PropertyList::kMaxDepth + 10; ++i)
+        v = QVariantList{v};
+    QString error;
+    EXPECT_TRUE(PropertyList::toBinary(v, &error).isEmpty());
+    EXPECT_TRUE(error.contains(QStringLiteral("nested"))) << error.toStdString();
+
+    QByteArray xml = "<plist version=\"1.0\">";
+    for (int i = 0; i < 2000; ++i)
+        xml += "<array>";
+    for (int i = 0; i < 2000; ++i)
+        xml += "</array>";
+    xml += "</plist>";
+    const auto r = PropertyList::fromBytes(xml, QStringLiteral("deep.plist"));
+    EXPECT_FALSE(r.ok());
+}
+
+TEST(PropertyList, OversizedInputIsRefusedBeforeParsing)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("huge.plist"));
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    ASSERT_TRUE(f.resize(PropertyList::kMaxInputBytes + 1)); // sparse: costs no disk
+    f.close();
+    const auto r = PropertyList::fromFile(path);
+    ASSERT_FALSE(r.ok());
+    EXPECT_TRUE(r.error.contains(QStringLiteral("too large"))) << r.error.toStdString();
+    EXPECT_TRUE(r.error.startsWith(path));
+}
+
+TEST(PropertyList, MissingFilesAndFoldersAreErrors)
+{
+    QTemporaryDir dir;
+    EXPECT_FALSE(PropertyList::fromFile(dir.filePath(QStringLiteral("none.plist"))).ok());
+    EXPECT_FALSE(PropertyList::fromFile(dir.path()).ok());
+    QString error;
+    EXPECT_FALSE(PropertyList::writeFile(dir.filePath(QStringLiteral("no/such/folder/x.plist")), QVariantMap{}, PropertyList::Format::Xml, &error));
+    EXPECT_FALSE(error.isEmpty());
+}
+
+TEST(PropertyList, ValuesAPropertyListCannotHoldAreRefused)
+{
+    QString error;
+    EXPECT_TRUE(PropertyList::toXml(QVariant(), &error).isEmpty());
+    EXPECT_FALSE(error.isEmpty());
+    EXPECT_TRUE(PropertyList::toXml(QVariantMap{{QStringLiteral("p"), QPointF(1, 2)}}, &error).isEmpty());
+}
+
+} // namespace
