@@ -1,0 +1,137 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QUrl>
+#include <QVariant>
+
+#include <functional>
+#include <memory>
+
+class AlertPresenter;
+class FileWatcher;
+class UserDefaults;
+
+// The persistent, ordered list of the collage's input photos: entry i is the photo of module i.
+//
+// Four parallel arrays describe the entries and always change together: what is stored to find
+// the file again (the datum), its URL, its path and its alignment. A user file's datum is its
+// absolute path as bytes; a factory photo's datum is its resource name as text, so the two kinds
+// stay apart in the stored array. Every change is written at once under "Bookmarks" and
+// "Aligments". Every listed file is watched; when another program deletes, renames or modifies
+// it, the user is told and the entries of that path are removed one second after the alert is
+// dismissed.
+class ImageBookmarks : public QObject
+{
+    Q_OBJECT
+public:
+    // How a photo is fitted into its module; the same numbers are the resize methods of the
+    // image fitting code.
+    enum Alignment {
+        ResizeCrop = 0,      // fill, crop both sides equally
+        ResizeCropStart = 1, // fill, keep the left or upper end
+        ResizeCropEnd = 2,   // fill, keep the right or lower end
+        ResizeScale = 3,     // show the whole photo
+    };
+    static constexpr int kAlignmentCount = 4;
+    static constexpr int kFactoryImageCount = 49;
+
+    // URLs are shared objects so that a caller holding one can find its entry again by
+    // identity, even when the same file is listed twice.
+    using UrlRef = std::shared_ptr<const QUrl>;
+    // Receives the indexes of the entries to remove after a watched file changed.
+    using RemovalHandler = std::function<void(const QList<qsizetype> &indexes)>;
+
+    // Loads the stored list at once (and the factory photos on the very first run).
+    ImageBookmarks(UserDefaults &defaults, const QString &resourcesFolder, AlertPresenter &alerts,
+                   QObject *parent = nullptr);
+    ~ImageBookmarks() override;
+
+    // Who removes entries whose file changed (the image browser controller). Without one, the
+    // entries are removed here, highest index first.
+    void setRemovalHandler(RemovalHandler handler) { m_removalHandler = std::move(handler); }
+
+    // --- Persistence
+    void loadBookmarks();
+    bool loadSecurityBookmarks();
+    void saveSecurityBookmarks();
+    // The datum stored for a user file: its absolute path as bytes; empty when there is none.
+    static QByteArray createSecurityBookmarkForURL(const QUrl &url);
+    void resolveAndInsertBookmark(const QByteArray &bookmark, int alignment);
+    void loadFactoryImage(const QString &name);
+    void loadFactoryImages();
+    // Paths of the factory photos "images-0" .. "images-48" that exist, in order.
+    QStringList builtInImages() const;
+    // The file of a factory resource name ("blank" is a PNG, the others JPEGs).
+    QString factoryImagePath(const QString &name) const;
+
+    // --- Reading
+    qsizetype count() const { return m_images.size(); }
+    const QStringList &images() const { return m_images; }
+    const QVariantList &datums() const { return m_datums; }
+    const QList<int> &imageAlignments() const { return m_imageAlignments; }
+    UrlRef urlAtIndex(qsizetype index) const;
+    QString pathAtIndex(qsizetype index) const;
+    // The index of that very URL object, or -1.
+    qsizetype indexOfURL(const UrlRef &url) const;
+    int alignmentIndexAtIndex(qsizetype index) const;
+    // All indexes whose path equals the path, ascending.
+    QList<qsizetype> bookmarksWithPath(const QString &path) const;
+
+    // --- Editing; the indexes must be valid (insert: 0 .. count).
+    void addBookmarkForPath(const QString &path, int alignment);
+    void insertBookmarkForPath(const QString &path, int alignment, qsizetype index);
+    void replaceBookmarkForPath(const QString &path, int alignment, qsizetype index);
+    // datum: bytes or a resource name; an invalid QVariant stores the file name without its
+    // extension. A null or empty URL is ignored.
+    void insertURL(const UrlRef &url, const QVariant &datum, int alignment, qsizetype index);
+    void replaceURL(const UrlRef &url, const QVariant &datum, int alignment, qsizetype index);
+    void removeBookmarkAtIndex(qsizetype index);
+    // Removes every entry of the path, without saving or ending its watch.
+    void removeBookmarksWithPath(const QString &path);
+    // to is the target index before the removal, as a list view reports a drop.
+    void moveBookmarkAtIndex(qsizetype from, qsizetype to);
+    void exchangeBookmarkAtIndex(qsizetype index, qsizetype withIndex);
+    // Out-of-range indexes change nothing.
+    void setAligment(int alignment, qsizetype index);
+    // Every alignment to ResizeCrop / ResizeScale; an empty list is left alone (not saved).
+    void setAligmentCenterAll();
+    void setAligmentFitAll();
+
+    // --- Watching
+    void stopAccessingSecurityScopedResources() {} // no sandbox here: nothing to give back
+    bool startDispatchSource(const QString &path);
+    void cancelDispatchSource(const QString &path);
+    void cancelDispatchSources();
+    bool isWatching(const QString &path) const;
+    FileWatcher &fileWatcher() const { return *m_watcher; }
+
+    // Moves the file to a fresh UUID name with the same extension in the same folder; returns
+    // the new URL, or an empty one when the name has no extension or the move failed.
+    static QUrl renameURLWithUUID(const QUrl &url);
+
+    // The alert text for a changed file.
+    static QString changeMessage(const QString &path, const QString &word);
+
+signals:
+    // The list changed (an entry was added, removed, moved or realigned).
+    void changed();
+
+private:
+    void fileChanged(const QString &path, unsigned changes);
+    void setAllAlignments(int alignment);
+    static QString nameWithoutExtension(const QUrl &url);
+
+    UserDefaults &m_defaults;
+    QString m_resourcesFolder;
+    AlertPresenter &m_alerts;
+    FileWatcher *m_watcher;
+    RemovalHandler m_removalHandler;
+
+    QVariantList m_datums;
+    QList<UrlRef> m_urls;
+    QStringList m_images;
+    QList<int> m_imageAlignments;
+};
