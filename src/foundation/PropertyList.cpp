@@ -1,6 +1,8 @@
 #include "foundation/PropertyList.h"
 
+#include "foundation/BinaryPropertyListReader.h"
 #include "foundation/PlistUid.h"
+#include "foundation/XmlPropertyListReader.h"
 
 #include <QDateTime>
 #include <QFile>
@@ -24,105 +26,6 @@ struct PlistDeleter {
 };
 using PlistPtr = std::unique_ptr<void, PlistDeleter>;
 
-// Binary and XML inputs can nest containers without limit; a crafted file could otherwise
-// exhaust the stack while we convert it.
-class NodeReader
-{
-public:
-    QString error;
-
-    QVariant read(plist_t node, int depth)
-    {
-        if (!error.isEmpty())
-            return {};
-        if (depth > PropertyList::kMaxDepth) {
-            error = QStringLiteral("containers nested deeper than %1 levels").arg(PropertyList::kMaxDepth);
-            return {};
-        }
-        switch (plist_get_node_type(node)) {
-        case PLIST_DICT: {
-            QVariantMap map;
-            plist_dict_iter it = nullptr;
-            plist_dict_new_iter(node, &it);
-            for (;;) {
-                char *key = nullptr;
-                plist_t value = nullptr;
-                plist_dict_next_item(node, it, &key, &value);
-                if (!value) {
-                    std::free(key);
-                    break;
-                }
-                const QString k = QString::fromUtf8(key ? key : "");
-                std::free(key);
-                map.insert(k, read(value, depth + 1));
-                if (!error.isEmpty())
-                    break;
-            }
-            std::free(it);
-            return map;
-        }
-        case PLIST_ARRAY: {
-            QVariantList list;
-            const uint32_t n = plist_array_get_size(node);
-            list.reserve(int(std::min<uint32_t>(n, 1u << 20)));
-            for (uint32_t i = 0; i < n && error.isEmpty(); ++i)
-                list.append(read(plist_array_get_item(node, i), depth + 1));
-            return list;
-        }
-        case PLIST_STRING:
-        case PLIST_KEY: {
-            char *s = nullptr;
-            if (plist_get_node_type(node) == PLIST_KEY)
-                plist_get_key_val(node, &s);
-            else
-                plist_get_string_val(node, &s);
-            QString result = QString::fromUtf8(s ? s : "");
-            std::free(s);
-            return result;
-        }
-        case PLIST_BOOLEAN: {
-            uint8_t b = 0;
-            plist_get_bool_val(node, &b);
-            return bool(b);
-        }
-        case PLIST_UINT: {
-            uint64_t v = 0;
-            plist_get_uint_val(node, &v);
-            // libplist keeps every integer as 64 unsigned bits; negative numbers are stored in
-            // two's complement, so the signed reading is the right one.
-            return qint64(v);
-        }
-        case PLIST_REAL: {
-            double d = 0;
-            plist_get_real_val(node, &d);
-            return d;
-        }
-        case PLIST_DATA: {
-            char *data = nullptr;
-            uint64_t length = 0;
-            plist_get_data_val(node, &data, &length);
-            QByteArray result(data ? data : "", data ? qsizetype(length) : 0);
-            std::free(data);
-            return result;
-        }
-        case PLIST_DATE: {
-            int32_t sec = 0, usec = 0;
-            plist_get_date_val(node, &sec, &usec);
-            const qint64 ms = (qint64(sec) + kPlistEpochOffset) * 1000 + usec / 1000;
-            return QDateTime::fromMSecsSinceEpoch(ms, QTimeZone::utc());
-        }
-        case PLIST_UID: {
-            uint64_t v = 0;
-            plist_get_uid_val(node, &v);
-            return QVariant::fromValue(PlistUid{v});
-        }
-        default:
-            error = QStringLiteral("an element of unknown type");
-            return {};
-        }
-    }
-};
-
 class NodeWriter
 {
 public:
@@ -143,6 +46,11 @@ public:
             plist_t dict = plist_new_dict();
             const QVariantMap map = value.toMap();
             for (auto it = map.cbegin(); it != map.cend(); ++it) {
+                if (it.key().contains(QChar(0))) {
+                    error = QStringLiteral("a dictionary key with a NUL character");
+                    plist_free(dict);
+                    return nullptr;
+                }
                 plist_t child = write(it.value(), depth + 1);
                 if (!child) {
                     plist_free(dict);
@@ -173,8 +81,14 @@ public:
             }
             return array;
         }
-        case QMetaType::QString:
-            return plist_new_string(value.toString().toUtf8().constData());
+        case QMetaType::QString: {
+            const QString text = value.toString();
+            if (text.contains(QChar(0))) {
+                error = QStringLiteral("text with a NUL character");
+                return nullptr;
+            }
+            return plist_new_string(text.toUtf8().constData());
+        }
         case QMetaType::Bool:
             return plist_new_bool(value.toBool());
         case QMetaType::Int:
@@ -239,22 +153,14 @@ PropertyList::ReadResult PropertyList::fromBytes(const QByteArray &bytes, const 
                            .arg(where).arg(bytes.size()).arg(kMaxInputBytes);
         return result;
     }
-    plist_t root = nullptr;
-    if (looksBinary(bytes))
-        plist_from_bin(bytes.constData(), uint32_t(bytes.size()), &root);
-    else
-        plist_from_xml(bytes.constData(), uint32_t(bytes.size()), &root);
-    PlistPtr owner(root);
-    if (!root) {
-        result.error = looksBinary(bytes)
-            ? QStringLiteral("%1: malformed or truncated binary property list").arg(where)
-            : QStringLiteral("%1: not a property list (neither binary nor well-formed XML)").arg(where);
-        return result;
-    }
-    NodeReader reader;
-    QVariant value = reader.read(root, 0);
-    if (!reader.error.isEmpty()) {
-        result.error = QStringLiteral("%1: %2").arg(where, reader.error);
+    // Reading uses parsers of our own, checked against hostile input; libplist's readers abort
+    // the process on some malformed inputs (text with embedded NUL characters, for one).
+    QString error;
+    QVariant value = looksBinary(bytes) ? BinaryPropertyListReader::read(bytes, &error)
+                                        : XmlPropertyListReader::read(bytes, &error);
+    if (!value.isValid()) {
+        result.error = looksBinary(bytes) ? QStringLiteral("%1: %2").arg(where, error)
+                                          : QStringLiteral("%1: not a valid XML property list (%2)").arg(where, error);
         return result;
     }
     result.value = std::move(value);

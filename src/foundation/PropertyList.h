@@ -4,7 +4,8 @@
 #include <QString>
 #include <QVariant>
 
-// Reads and writes property lists (XML and binary) through libplist.
+// Reads and writes property lists, XML and binary. Reading goes through hardened parsers of our
+// own (XmlPropertyListReader, BinaryPropertyListReader); writing through libplist.
 //
 // The value model is QVariant: QVariantMap (dictionary), QVariantList (array), QString, qint64
 // (integer), double (real), bool, QByteArray (data), QDateTime (date, UTC) and PlistUid

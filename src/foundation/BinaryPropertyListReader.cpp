@@ -1,0 +1,275 @@
+#include "foundation/BinaryPropertyListReader.h"
+
+#include "foundation/PlistUid.h"
+#include "foundation/PropertyList.h"
+
+#include <QDateTime>
+#include <QHash>
+#include <QTimeZone>
+#include <QtEndian>
+
+#include <cstring>
+
+namespace {
+
+constexpr qint64 kTrailerSize = 32;
+constexpr qint64 kPlistEpochMs = 978307200000LL;
+
+class Parser
+{
+public:
+    explicit Parser(const QByteArray &bytes)
+        : m_data(reinterpret_cast<const uchar *>(bytes.constData()))
+        , m_size(bytes.size())
+    {
+    }
+
+    QVariant parse(QString *error)
+    {
+        QVariant result = parseTrailerAndRoot();
+        if (!m_error.isEmpty()) {
+            *error = m_error;
+            return {};
+        }
+        return result;
+    }
+
+private:
+    QVariant fail(const QString &what)
+    {
+        if (m_error.isEmpty())
+            m_error = what;
+        return {};
+    }
+
+    // Big-endian unsigned integer of 1 to 8 bytes at offset; the caller checked the bounds.
+    quint64 readUInt(qint64 offset, int width) const
+    {
+        quint64 v = 0;
+        for (int i = 0; i < width; ++i)
+            v = (v << 8) | m_data[offset + i];
+        return v;
+    }
+
+    bool inBounds(qint64 offset, qint64 length) const
+    {
+        return offset >= 0 && length >= 0 && offset <= m_size && length <= m_size - offset;
+    }
+
+    QVariant parseTrailerAndRoot()
+    {
+        if (m_size < 8 + kTrailerSize || std::memcmp(m_data, "bplist00", 8) != 0)
+            return fail(QStringLiteral("truncated binary property list"));
+        const qint64 t = m_size - kTrailerSize;
+        m_offsetSize = m_data[t + 6];
+        m_refSize = m_data[t + 7];
+        const quint64 objectCount = readUInt(t + 8, 8);
+        const quint64 top = readUInt(t + 16, 8);
+        const quint64 tableOffset = readUInt(t + 24, 8);
+        if (m_offsetSize < 1 || m_offsetSize > 8 || m_refSize < 1 || m_refSize > 8)
+            return fail(QStringLiteral("malformed binary property list (bad integer sizes in the trailer)"));
+        if (objectCount == 0 || top >= objectCount || tableOffset < 8 || tableOffset > quint64(t)
+            || objectCount > (quint64(t) - tableOffset) / quint64(m_offsetSize))
+            return fail(QStringLiteral("malformed binary property list (the object table lies outside the file)"));
+        m_objectCount = qint64(objectCount);
+        m_tableOffset = qint64(tableOffset);
+        return object(qint64(top), 0);
+    }
+
+    qint64 objectOffset(qint64 index)
+    {
+        const quint64 offset = readUInt(m_tableOffset + index * m_offsetSize, m_offsetSize);
+        if (offset < 8 || offset >= quint64(m_tableOffset)) {
+            fail(QStringLiteral("malformed binary property list (object %1 lies outside the object area)").arg(index));
+            return -1;
+        }
+        return qint64(offset);
+    }
+
+    // The length that follows a marker: the low nibble, or an integer object when it is 0xF.
+    bool length(qint64 &pos, int nibble, qint64 &out)
+    {
+        if (nibble != 0xF) {
+            out = nibble;
+            return true;
+        }
+        if (!inBounds(pos, 1) || (m_data[pos] & 0xF0) != 0x10) {
+            fail(QStringLiteral("malformed binary property list (bad length at offset %1)").arg(pos));
+            return false;
+        }
+        const int width = 1 << (m_data[pos] & 0x0F);
+        if (width > 8 || !inBounds(pos + 1, width)) {
+            fail(QStringLiteral("malformed binary property list (bad length at offset %1)").arg(pos));
+            return false;
+        }
+        const quint64 v = readUInt(pos + 1, width);
+        pos += 1 + width;
+        if (v > quint64(m_size)) {
+            fail(QStringLiteral("malformed binary property list (a length larger than the file)"));
+            return false;
+        }
+        out = qint64(v);
+        return true;
+    }
+
+    struct Parsed {
+        QVariant value;
+        qint64 weight = 0;
+        bool inProgress = true;
+    };
+
+    QVariant object(qint64 index, int depth)
+    {
+        if (!m_error.isEmpty())
+            return {};
+        if (index < 0 || index >= m_objectCount)
+            return fail(QStringLiteral("malformed binary property list (reference to object %1 of %2)").arg(index).arg(m_objectCount));
+        if (depth > PropertyList::kMaxDepth)
+            return fail(QStringLiteral("containers nested deeper than %1 levels").arg(PropertyList::kMaxDepth));
+        // Objects may be shared by several containers; each is parsed once and its value reused
+        // (QVariant copies share their data), while the size of the expanded tree is counted.
+        const auto seen = m_parsed.constFind(index);
+        if (seen != m_parsed.cend()) {
+            if (seen->inProgress)
+                return fail(QStringLiteral("malformed binary property list (object %1 contains itself)").arg(index));
+            m_expanded += seen->weight;
+            if (m_expanded > BinaryPropertyListReader::kMaxExpandedValues)
+                return fail(QStringLiteral("binary property list expands into too many values"));
+            return seen->value;
+        }
+        m_parsed.insert(index, Parsed{});
+        const qint64 before = m_expanded;
+        QVariant value = parseObject(index, depth);
+        ++m_expanded;
+        if (m_expanded > BinaryPropertyListReader::kMaxExpandedValues)
+            return fail(QStringLiteral("binary property list expands into too many values"));
+        m_parsed.insert(index, Parsed{value, m_expanded - before, false});
+        return value;
+    }
+
+    QVariant parseObject(qint64 index, int depth)
+    {
+        qint64 pos = objectOffset(index);
+        if (pos < 0)
+            return {};
+        const uchar marker = m_data[pos++];
+        const int type = marker >> 4;
+        const int nibble = marker & 0x0F;
+        switch (type) {
+        case 0x0:
+            if (marker == 0x08)
+                return false;
+            if (marker == 0x09)
+                return true;
+            return fail(QStringLiteral("binary property list holds a null or fill value, which has no place in a property list"));
+        case 0x1: {
+            const int width = 1 << nibble;
+            if (width > 16 || !inBounds(pos, width))
+                return fail(QStringLiteral("malformed binary property list (bad integer at offset %1)").arg(pos - 1));
+            // 16-byte integers carry the value in their low 8 bytes.
+            const quint64 v = readUInt(pos + (width == 16 ? 8 : 0), width == 16 ? 8 : width);
+            return qint64(v);
+        }
+        case 0x2: {
+            if (nibble == 2 && inBounds(pos, 4)) {
+                const quint32 bits = quint32(readUInt(pos, 4));
+                float f;
+                std::memcpy(&f, &bits, 4);
+                return double(f);
+            }
+            if (nibble == 3 && inBounds(pos, 8)) {
+                const quint64 bits = readUInt(pos, 8);
+                double d;
+                std::memcpy(&d, &bits, 8);
+                return d;
+            }
+            return fail(QStringLiteral("malformed binary property list (bad real at offset %1)").arg(pos - 1));
+        }
+        case 0x3: {
+            if (marker != 0x33 || !inBounds(pos, 8))
+                return fail(QStringLiteral("malformed binary property list (bad date at offset %1)").arg(pos - 1));
+            const quint64 bits = readUInt(pos, 8);
+            double seconds;
+            std::memcpy(&seconds, &bits, 8);
+            if (!(seconds > -1e11 && seconds < 1e11))
+                return fail(QStringLiteral("binary property list holds a date out of range"));
+            return QDateTime::fromMSecsSinceEpoch(kPlistEpochMs + qint64(seconds * 1000.0), QTimeZone::utc());
+        }
+        case 0x4:
+        case 0x5:
+        case 0x6: {
+            qint64 count = 0;
+            if (!length(pos, nibble, count))
+                return {};
+            const qint64 bytes = type == 0x6 ? count * 2 : count;
+            if (count > m_size || !inBounds(pos, bytes))
+                return fail(QStringLiteral("malformed binary property list (text or data runs past the end)"));
+            const char *start = reinterpret_cast<const char *>(m_data + pos);
+            if (type == 0x4)
+                return QByteArray(start, qsizetype(bytes));
+            if (type == 0x5)
+                return QString::fromLatin1(start, qsizetype(bytes));
+            QString text(qsizetype(count), Qt::Uninitialized);
+            for (qint64 i = 0; i < count; ++i)
+                text[qsizetype(i)] = QChar(char16_t(readUInt(pos + 2 * i, 2)));
+            return text;
+        }
+        case 0x8: {
+            const int width = nibble + 1;
+            if (width > 8 || !inBounds(pos, width))
+                return fail(QStringLiteral("malformed binary property list (bad reference at offset %1)").arg(pos - 1));
+            return QVariant::fromValue(PlistUid{readUInt(pos, width)});
+        }
+        case 0xA: {
+            qint64 count = 0;
+            if (!length(pos, nibble, count))
+                return {};
+            if (count > m_objectCount * 2 || !inBounds(pos, count * m_refSize))
+                return fail(QStringLiteral("malformed binary property list (array runs past the end)"));
+            QVariantList list;
+            list.reserve(qsizetype(count));
+            for (qint64 i = 0; i < count && m_error.isEmpty(); ++i)
+                list.append(object(qint64(readUInt(pos + i * m_refSize, m_refSize)), depth + 1));
+            return list;
+        }
+        case 0xD: {
+            qint64 count = 0;
+            if (!length(pos, nibble, count))
+                return {};
+            if (count > m_objectCount * 2 || !inBounds(pos, 2 * count * m_refSize))
+                return fail(QStringLiteral("malformed binary property list (dictionary runs past the end)"));
+            QVariantMap map;
+            for (qint64 i = 0; i < count && m_error.isEmpty(); ++i) {
+                const QVariant key = object(qint64(readUInt(pos + i * m_refSize, m_refSize)), depth + 1);
+                if (!m_error.isEmpty())
+                    break;
+                if (key.typeId() != QMetaType::QString)
+                    return fail(QStringLiteral("malformed binary property list (a dictionary key is not text)"));
+                map.insert(key.toString(), object(qint64(readUInt(pos + (count + i) * m_refSize, m_refSize)), depth + 1));
+            }
+            return map;
+        }
+        default:
+            return fail(QStringLiteral("malformed binary property list (unknown object type 0x%1 at offset %2)")
+                            .arg(marker, 2, 16, QLatin1Char('0')).arg(pos - 1));
+        }
+    }
+
+    const uchar *m_data;
+    qint64 m_size;
+    int m_offsetSize = 0;
+    int m_refSize = 0;
+    qint64 m_objectCount = 0;
+    qint64 m_tableOffset = 0;
+    qint64 m_expanded = 0;
+    QHash<qint64, Parsed> m_parsed;
+    QString m_error;
+};
+
+} // namespace
+
+QVariant BinaryPropertyListReader::read(const QByteArray &bytes, QString *error)
+{
+    Parser parser(bytes);
+    return parser.parse(error);
+}
