@@ -66,7 +66,11 @@ bool Preferences::setTessaryBackgroundColor(const QColor &color)
 }
 
 qint64 Preferences::imageBrowserSeletion() const { return m_defaults.integerForKey(ImageBrowserSeletion); }
-qint64 Preferences::selectedTemplateTableRow() const { return m_defaults.integerForKey(SelectedTemplateTableRow); }
+qint64 Preferences::selectedTemplateTableRow() const
+{
+    const QVariant v = m_defaults.objectForKey(SelectedTemplateTableRow);
+    return v.isValid() ? PlistValue::integerValue(v) : kDefaultTemplateRow;
+}
 qint64 Preferences::selectedUserTemplateTableRow() const { return m_defaults.integerForKey(SelectedUserTemplateTableRow); }
 
 qint64 Preferences::moduleSizeInPoints() const { return m_defaults.integerForKey(ModuleSizeInPoints); }

@@ -55,6 +55,9 @@ public:
     static inline const QString BackgroundColor = QStringLiteral("backgroundColor");
     static inline const QString BackgroundImage = QStringLiteral("backgroundImage");
 
+    // The built-in row shown at the very first start.
+    static constexpr qint64 kDefaultTemplateRow = 297;
+
     explicit Preferences(UserDefaults &defaults) : m_defaults(defaults) {}
 
     UserDefaults &defaults() const { return m_defaults; }
@@ -86,7 +89,8 @@ public:
     QColor tessaryBackgroundColor() const;  // clear when absent or unreadable
     bool setTessaryBackgroundColor(const QColor &color);
     qint64 imageBrowserSeletion() const;
-    qint64 selectedTemplateTableRow() const;
+    qint64 selectedTemplateTableRow() const; // 297 when absent; a stored -1 stands
+
     qint64 selectedUserTemplateTableRow() const;
 
     qint64 moduleSizeInPoints() const;

@@ -1,0 +1,213 @@
+#include "foundation/Preferences.h"
+#include "foundation/UserDefaults.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QPointF>
+#include <QTimeZone>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+
+namespace {
+
+class UserDefaultsTest : public ::testing::Test
+{
+protected:
+    QTemporaryDir dir;
+    QString path() const { return dir.filePath(QStringLiteral("defaults.sqlite")); }
+};
+
+TEST_F(UserDefaultsTest, EveryTypeSurvivesReopening)
+{
+    const QVariantMap values{
+        {QStringLiteral("dictionary"), QVariantMap{{QStringLiteral("a"), qint64(1)}, {QStringLiteral("b"), QVariantList{1.5, true}}}},
+        {QStringLiteral("array"), QVariantList{QStringLiteral("x"), QByteArray("\0y", 2)}},
+        {QStringLiteral("string"), QStringLiteral("Image Browser Seletion")},
+        {QStringLiteral("integer"), qint64(-12)},
+        {QStringLiteral("real"), 3.0},
+        {QStringLiteral("boolean"), false},
+        {QStringLiteral("data"), QByteArray("\xff\x00\x01", 3)},
+        {QStringLiteral("date"), QDateTime(QDate(2025, 6, 1), QTime(8, 30), QTimeZone::utc())},
+    };
+    {
+        UserDefaults d(path());
+        ASSERT_TRUE(d.isOpen()) << d.errorString().toStdString();
+        for (auto it = values.cbegin(); it != values.cend(); ++it)
+            ASSERT_TRUE(d.setObject(it.value(), it.key())) << d.errorString().toStdString();
+    }
+    UserDefaults d(path());
+    for (auto it = values.cbegin(); it != values.cend(); ++it) {
+        const QVariant stored = d.objectForKey(it.key());
+        EXPECT_EQ(stored, it.value()) << it.key().toStdString();
+        EXPECT_EQ(stored.typeId(), it.value().typeId()) << it.key().toStdString();
+    }
+    EXPECT_EQ(d.dictionaryRepresentation(), values);
+}
+
+TEST_F(UserDefaultsTest, AbsentKeysAndRemovalAndTypedReaders)
+{
+    UserDefaults d(path());
+    EXPECT_FALSE(d.objectForKey(QStringLiteral("missing")).isValid());
+    EXPECT_EQ(d.integerForKey(QStringLiteral("missing")), 0);
+    EXPECT_FALSE(d.boolForKey(QStringLiteral("missing")));
+    d.setObject(QStringLiteral("42"), QStringLiteral("text"));
+    d.setObject(2.9, QStringLiteral("real"));
+    EXPECT_EQ(d.integerForKey(QStringLiteral("text")), 42); // numbers stored as text read as numbers
+    EXPECT_EQ(d.integerForKey(QStringLiteral("real")), 2);  // integer readings truncate
+    EXPECT_TRUE(d.arrayForKey(QStringLiteral("text")).isEmpty()); // wrong type reads empty
+    ASSERT_TRUE(d.removeObject(QStringLiteral("text")));
+    EXPECT_FALSE(d.hasObject(QStringLiteral("text")));
+    ASSERT_TRUE(d.setObject(QVariant(), QStringLiteral("real"))); // invalid removes
+    EXPECT_FALSE(d.hasObject(QStringLiteral("real")));
+}
+
+TEST_F(UserDefaultsTest, ImportIsAllOrNothing)
+{
+    UserDefaults d(path());
+    d.setInteger(1, QStringLiteral("kept"));
+    const QVariantMap bad{{QStringLiteral("good"), qint64(2)}, {QStringLiteral("bad"), QVariant::fromValue(QPointF(1, 1))}};
+    EXPECT_FALSE(d.setValuesForKeys(bad));
+    EXPECT_FALSE(d.hasObject(QStringLiteral("good")));
+    EXPECT_TRUE(d.setValuesForKeys({{QStringLiteral("good"), qint64(2)}, {QStringLiteral("kept"), qint64(3)}}));
+    EXPECT_EQ(d.integerForKey(QStringLiteral("good")), 2);
+    EXPECT_EQ(d.integerForKey(QStringLiteral("kept")), 3);
+}
+
+TEST_F(UserDefaultsTest, DamagedStoresAreMovedAsideAndReplaced)
+{
+    const std::vector<std::pair<const char *, std::function<void(const QString &)>>> damages{
+        {"not a database", [](const QString &p) {
+             QFile f(p);
+             f.open(QIODevice::WriteOnly);
+             f.write("this is not an SQLite database, just some text that happens to be here\n");
+         }},
+        {"header intact, pages overwritten", [this](const QString &p) {
+             {
+                 UserDefaults d(p);
+                 for (int i = 0; i < 200; ++i)
+                     d.setObject(QByteArray(500, 'x'), QStringLiteral("k%1").arg(i));
+             }
+             QFile f(p);
+             f.open(QIODevice::ReadWrite);
+             f.seek(4096);
+             f.write(QByteArray(8192, '\x5a'));
+         }},
+    };
+    for (const auto &[name, damage] : damages) {
+        SCOPED_TRACE(name);
+        QTemporaryDir local;
+        const QString p = local.filePath(QStringLiteral("defaults.sqlite"));
+        damage(p);
+        UserDefaults d(p);
+        ASSERT_TRUE(d.isOpen()) << d.errorString().toStdString();
+        ASSERT_FALSE(d.movedAsidePath().isEmpty());
+        EXPECT_TRUE(QFile::exists(d.movedAsidePath()));
+        EXPECT_TRUE(d.movedAsidePath().contains(QStringLiteral(".damaged-")));
+        EXPECT_TRUE(d.allKeys().isEmpty());
+        EXPECT_TRUE(d.setInteger(5, QStringLiteral("fresh")));
+        UserDefaults again(p);
+        EXPECT_TRUE(again.movedAsidePath().isEmpty());
+        EXPECT_EQ(again.integerForKey(QStringLiteral("fresh")), 5);
+    }
+}
+
+TEST_F(UserDefaultsTest, UnwritableLocationIsAClearError)
+{
+    QFile blocker(dir.filePath(QStringLiteral("file")));
+    ASSERT_TRUE(blocker.open(QIODevice::WriteOnly));
+    blocker.close();
+    UserDefaults d(dir.filePath(QStringLiteral("file/sub/defaults.sqlite")));
+    EXPECT_FALSE(d.isOpen());
+    EXPECT_TRUE(d.errorString().contains(QStringLiteral("file/sub"))) << d.errorString().toStdString();
+    EXPECT_FALSE(d.setInteger(1, QStringLiteral("x")));
+    EXPECT_FALSE(d.errorString().isEmpty());
+}
+
+TEST_F(UserDefaultsTest, EnvironmentNamesTheStore)
+{
+    qputenv("TESSARY_DEFAULTS", path().toLocal8Bit());
+    EXPECT_EQ(UserDefaults::defaultFilePath(), path());
+    qunsetenv("TESSARY_DEFAULTS");
+    EXPECT_TRUE(UserDefaults::defaultFilePath().endsWith(QStringLiteral("/tessary/defaults.sqlite")));
+}
+
+TEST_F(UserDefaultsTest, PreferenceFallbacksAndStoredValues)
+{
+    UserDefaults d(path());
+    Preferences p(d);
+    struct Case {
+        const char *key;
+        std::function<double()> read;
+        double absent;
+        QVariant stored;
+        double whenStored;
+    };
+    const std::vector<Case> cases{
+        {"CollageWidthIncrement", [&] { return p.collageWidthIncrement(); }, 5, qint64(0), 0},
+        {"CollageHeightIncrement", [&] { return p.collageHeightIncrement(); }, 5, qint64(12), 12},
+        {"MegapixelLimit", [&] { return p.megapixelLimit(); }, 1, false, 0},
+        {"InsetByCropping", [&] { return p.insetByCropping(); }, 1, false, 0},
+        {"AlwaysZoomToFit", [&] { return p.alwaysZoomToFit(); }, 1, false, 0},
+        {"UniformlyCrop", [&] { return p.uniformlyCrop(); }, 1, false, 0},
+        {"UniformlyCropFit", [&] { return p.uniformlyCropFit(); }, 1, false, 0},
+        {"DoNotShowWelcomeWindowAgain", [&] { return p.doNotShowWelcomeWindowAgain(); }, 0, true, 1},
+        {"DontShowAgain", [&] { return p.dontShowAgain(); }, 0, true, 1},
+        {"AutoOpenStitchedImageFile", [&] { return p.autoOpenStitchedImageFile(); }, 0, true, 1},
+        {"RenderEmptyTiles", [&] { return p.renderEmptyTiles(); }, 0, true, 1},
+        {"MatchingMarginWidth", [&] { return p.matchingMarginWidth(); }, 0, 0.35, double(0.35f)},
+        {"IconSize", [&] { return p.iconSize(); }, 0, 0.5, 0.5},
+        {"SelectedTemplateTableRow", [&] { return double(p.selectedTemplateTableRow()); }, 297, qint64(-1), -1},
+        {"SelectedUserTemplateTableRow", [&] { return double(p.selectedUserTemplateTableRow()); }, 0, qint64(4), 4},
+        {"moduleSizeInPoints", [&] { return double(p.moduleSizeInPoints()); }, 0, 104.0, 104},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.key);
+        const QString key = QString::fromLatin1(c.key);
+        d.removeObject(key);
+        EXPECT_DOUBLE_EQ(c.read(), c.absent);
+        d.setObject(c.stored, key);
+        EXPECT_DOUBLE_EQ(c.read(), c.whenStored);
+    }
+}
+
+TEST_F(UserDefaultsTest, ResetWritesTheEightValuesAndLeavesTheRest)
+{
+    UserDefaults d(path());
+    Preferences p(d);
+    d.setBool(false, Preferences::AlwaysZoomToFit);
+    d.setDouble(7.5, Preferences::MatchingMarginWidth);
+    d.setBool(true, Preferences::CropResult);
+    ASSERT_TRUE(p.resetPreferences());
+    EXPECT_EQ(p.matchingMarginWidth(), 0.0f);
+    EXPECT_EQ(d.objectForKey(Preferences::MatchingMarginWidth).typeId(), QMetaType::LongLong);
+    EXPECT_EQ(p.blendingMarginWidth(), 50);
+    EXPECT_EQ(p.inputImageScaling(), 100);
+    EXPECT_FALSE(p.cropResult());
+    EXPECT_TRUE(p.megapixelLimit());
+    EXPECT_FALSE(p.alwaysZoomToFit());
+}
+
+TEST_F(UserDefaultsTest, PresenceKeysAndBackgroundColour)
+{
+    UserDefaults d(path());
+    Preferences p(d);
+    EXPECT_TRUE(p.markPresent(Preferences::FirstRun));
+    EXPECT_FALSE(p.markPresent(Preferences::FirstRun));
+    EXPECT_EQ(d.objectForKey(Preferences::FirstRun), QVariant(false));
+
+    EXPECT_EQ(p.tessaryBackgroundColor().alpha(), 0); // clear until one is stored
+    const QColor chosen = QColor::fromRgbF(0.2f, 0.4f, 0.6f, 0.8f);
+    ASSERT_TRUE(p.setTessaryBackgroundColor(chosen));
+    UserDefaults reopened(path());
+    const QColor back = Preferences(reopened).tessaryBackgroundColor();
+    EXPECT_NEAR(back.redF(), 0.2, 1e-3);
+    EXPECT_NEAR(back.alphaF(), 0.8, 1e-3);
+    d.setObject(QByteArray("garbage"), Preferences::TessaryBackgroundColor);
+    EXPECT_EQ(p.tessaryBackgroundColor().alpha(), 0);
+}
+
+} // namespace
