@@ -20,8 +20,11 @@ cmake -S . -B "$build" -G Ninja -DTESSARY_FUZZ=ON -DCMAKE_BUILD_TYPE=RelWithDebI
   -DCMAKE_CXX_COMPILER=clang++-14 >/dev/null
 cmake --build "$build" --parallel "$(nproc)" >/dev/null
 if [ ${#targets[@]} -eq 0 ]; then
-  for f in "$build"/fuzz/fuzz_*; do targets+=("$(basename "$f")"); done
+  for f in "$build"/fuzz/fuzz_*; do
+    [ -f "$f" ] && [ -x "$f" ] && targets+=("$(basename "$f")")
+  done
 fi
+logs="$build/logs"; mkdir -p "$logs"
 export QT_QPA_PLATFORM=offscreen ASAN_OPTIONS=detect_leaks=0
 status=0
 for t in "${targets[@]}"; do
@@ -34,10 +37,10 @@ for t in "${targets[@]}"; do
     args=(-max_total_time="$seconds")
   fi
   if "$build/fuzz/$t" "${args[@]}" -max_len=65536 -rss_limit_mb=2048 -timeout=20 \
-       -artifact_prefix="$build/fuzz/$t-" "$work" >"$build/fuzz/$t.log" 2>&1; then
-    echo "fuzz: $t: $(grep -Eo '#[0-9]+' "$build/fuzz/$t.log" | tail -1 | tr -d '#') runs, no findings"
+       -artifact_prefix="$logs/$t-" "$work" >"$logs/$t.log" 2>&1; then
+    echo "fuzz: $t: $(grep -Eo '#[0-9]+' "$logs/$t.log" | tail -1 | tr -d '#') runs, no findings"
   else
-    echo "fuzz: $t: FAILED (see $build/fuzz/$t.log)"; tail -30 "$build/fuzz/$t.log"; status=1
+    echo "fuzz: $t: FAILED (see $logs/$t.log)"; tail -30 "$logs/$t.log"; status=1
   fi
   rm -rf "$work"
 done
