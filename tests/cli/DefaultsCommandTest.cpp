@@ -1,0 +1,111 @@
+#include "CliRunner.h"
+
+#include "foundation/PropertyList.h"
+#include "foundation/UserDefaults.h"
+
+#include <QDateTime>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTimeZone>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class DefaultsCommandTest : public ::testing::Test
+{
+protected:
+    QTemporaryDir dir;
+    void SetUp() override { qputenv("TESSARY_DEFAULTS", dir.filePath(QStringLiteral("defaults.sqlite")).toLocal8Bit()); }
+    void TearDown() override { qunsetenv("TESSARY_DEFAULTS"); }
+
+    CliRun run(const QStringList &args) { return CliRun::of(args); }
+    QString file(const QString &name, const QVariant &value, PropertyList::Format format = PropertyList::Format::Xml)
+    {
+        const QString path = dir.filePath(name);
+        PropertyList::writeFile(path, value, format);
+        return path;
+    }
+};
+
+TEST_F(DefaultsCommandTest, WriteReadDeleteOneKey)
+{
+    const QString value = file(QStringLiteral("v.plist"), QVariantList{qint64(1), 2.5, QStringLiteral("three")}, PropertyList::Format::Binary);
+    EXPECT_EQ(run({"defaults", "write", "Bookmarks", value}).code, 0);
+    const CliRun read = run({"defaults", "read", "Bookmarks"});
+    ASSERT_EQ(read.code, 0) << read.err.toStdString();
+    const auto parsed = PropertyList::fromBytes(read.out.toUtf8(), QStringLiteral("out"));
+    ASSERT_TRUE(parsed.ok());
+    EXPECT_EQ(parsed.value, QVariant(QVariantList{qint64(1), 2.5, QStringLiteral("three")}));
+    EXPECT_EQ(run({"defaults", "delete", "Bookmarks"}).code, 0);
+    const CliRun missing = run({"defaults", "read", "Bookmarks"});
+    EXPECT_EQ(missing.code, 1);
+    EXPECT_TRUE(missing.err.contains(QStringLiteral("\"Bookmarks\""))) << missing.err.toStdString();
+    EXPECT_EQ(run({"defaults", "delete", "Bookmarks"}).code, 1);
+}
+
+TEST_F(DefaultsCommandTest, ImportExportRoundTripKeepsEveryType)
+{
+    const QVariantMap all{{QStringLiteral("i"), qint64(7)}, {QStringLiteral("r"), 7.0}, {QStringLiteral("b"), true},
+                          {QStringLiteral("s"), QStringLiteral("x")}, {QStringLiteral("d"), QByteArray("\x01\x02", 2)},
+                          {QStringLiteral("t"), QDateTime(QDate(2020, 1, 2), QTime(3, 4, 5), QTimeZone::utc())},
+                          {QStringLiteral("a"), QVariantList{QVariantMap{{QStringLiteral("k"), qint64(1)}}}}};
+    ASSERT_EQ(run({"defaults", "import", file(QStringLiteral("in.plist"), all)}).code, 0);
+    const QString out = dir.filePath(QStringLiteral("out.plist"));
+    ASSERT_EQ(run({"defaults", "export", out}).code, 0);
+    const auto back = PropertyList::fromFile(out);
+    ASSERT_TRUE(back.ok());
+    EXPECT_EQ(back.value, QVariant(all));
+    EXPECT_EQ(back.value.toMap().value(QStringLiteral("r")).typeId(), QMetaType::Double);
+    EXPECT_EQ(back.value.toMap().value(QStringLiteral("i")).typeId(), QMetaType::LongLong);
+}
+
+TEST_F(DefaultsCommandTest, BadArgumentsAndInputsFailWithAMessage)
+{
+    QFile junk(dir.filePath(QStringLiteral("junk.plist")));
+    junk.open(QIODevice::WriteOnly);
+    junk.write("not a plist");
+    junk.close();
+    const QString array = file(QStringLiteral("array.plist"), QVariantList{qint64(1)});
+    const std::vector<std::pair<QStringList, int>> cases{
+        {{"defaults"}, 2},
+        {{"defaults", "frobnicate"}, 2},
+        {{"defaults", "write", "K"}, 2},
+        {{"defaults", "write", "K", dir.filePath(QStringLiteral("absent.plist"))}, 1},
+        {{"defaults", "write", "K", junk.fileName()}, 1},
+        {{"defaults", "import", array}, 1},
+        {{"defaults", "export", dir.filePath(QStringLiteral("no/such/dir/out.plist"))}, 1},
+        {{"nonsense"}, 2},
+    };
+    for (const auto &[args, code] : cases) {
+        SCOPED_TRACE(args.join(' ').toStdString());
+        const CliRun r = run(args);
+        EXPECT_EQ(r.code, code);
+        EXPECT_FALSE(r.err.isEmpty());
+    }
+    EXPECT_EQ(run({"defaults", "--help"}).code, 0);
+}
+
+TEST_F(DefaultsCommandTest, TemplateInfoDescribesEachTemplateAndRefusesOtherFiles)
+{
+    const QVariantMap t{{QStringLiteral("nbrModules"), qint64(4)}, {QStringLiteral("contentSizeWidth"), 800.0},
+                        {QStringLiteral("contentSizeHeight"), 600.0}, {QStringLiteral("moduleSizeInPoints"), qint64(100)},
+                        {QStringLiteral("borderWidth"), qint64(2)},
+                        {QStringLiteral("savedTessaryDataModules"), QVariantList{QVariantMap{}, QVariantMap{}, QVariantMap{}, QVariantMap{}}},
+                        {QStringLiteral("thumbnail"), QByteArray("png")}};
+    const QString good = file(QStringLiteral("t.plist"), QVariantMap{{QStringLiteral("templates"), QVariantList{t, QVariantMap{}}}},
+                              PropertyList::Format::Binary);
+    const CliRun r = run({"template", "info", good});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    const QStringList lines = r.out.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 2);
+    EXPECT_EQ(lines[0], QStringLiteral("0\tnbrModules=4\tcontent=800x600\tmodule=100\tborder=2\tmodules=4\tthumbnail=yes"));
+    EXPECT_TRUE(lines[1].endsWith(QStringLiteral("modules=0\tthumbnail=no")));
+
+    const QString notTemplates = file(QStringLiteral("n.plist"), QVariantMap{{QStringLiteral("other"), qint64(1)}});
+    const CliRun bad = run({"template", "info", notTemplates});
+    EXPECT_EQ(bad.code, 1);
+    EXPECT_TRUE(bad.err.contains(QStringLiteral("not a templates file"))) << bad.err.toStdString();
+}
+
+} // namespace
