@@ -1,0 +1,101 @@
+#pragma once
+
+// Small pictures made on the fly for the image tests.
+
+#include <QBuffer>
+#include <QByteArray>
+#include <QColor>
+#include <QFile>
+#include <QImage>
+#include <QImageWriter>
+#include <QPainter>
+#include <QString>
+
+#include <ostream>
+
+// Readable values in test failure messages.
+inline void PrintTo(const QSizeF &s, std::ostream *os) { *os << s.width() << " x " << s.height(); }
+inline void PrintTo(const QSize &s, std::ostream *os) { *os << s.width() << " x " << s.height(); }
+inline void PrintTo(const QPointF &p, std::ostream *os) { *os << "(" << p.x() << ", " << p.y() << ")"; }
+inline void PrintTo(const QRectF &r, std::ostream *os)
+{
+    *os << "(" << r.x() << ", " << r.y() << ", " << r.width() << " x " << r.height() << ")";
+}
+
+namespace testimages {
+
+// Left part `left`, right part `right`, split at column `split`.
+inline QImage leftRight(int w, int h, int split, QColor left, QColor right)
+{
+    QImage img(w, h, QImage::Format_RGB32);
+    img.fill(right);
+    QPainter p(&img);
+    p.fillRect(0, 0, split, h, left);
+    return img;
+}
+
+// Top rows `top` (the first `split` rows of the QImage), the rest `bottom`.
+inline QImage topBottom(int w, int h, int split, QColor top, QColor bottom)
+{
+    QImage img(w, h, QImage::Format_RGB32);
+    img.fill(bottom);
+    QPainter p(&img);
+    p.fillRect(0, 0, w, split, top);
+    return img;
+}
+
+inline QImage checkerboard(int w, int h)
+{
+    QImage img(w, h, QImage::Format_RGB32);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            img.setPixel(x, y, ((x + y) & 1) ? 0xffffffffu : 0xff000000u);
+    return img;
+}
+
+// A smooth, detailed picture: gradients plus a diagonal pattern, so that crops and scales
+// show where they come from.
+inline QImage gradient(int w, int h)
+{
+    QImage img(w, h, QImage::Format_RGB32);
+    for (int y = 0; y < h; ++y) {
+        auto *line = reinterpret_cast<QRgb *>(img.scanLine(y));
+        for (int x = 0; x < w; ++x)
+            line[x] = qRgb(x * 255 / qMax(1, w - 1), y * 255 / qMax(1, h - 1), ((x / 16 + y / 16) & 1) * 128 + 64);
+    }
+    return img;
+}
+
+inline QByteArray encode(const QImage &img, const char *format, int quality = -1)
+{
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, format);
+    writer.setQuality(quality);
+    writer.write(img);
+    return bytes;
+}
+
+inline bool writeFile(const QString &path, const QByteArray &bytes)
+{
+    QFile f(path);
+    return f.open(QIODevice::WriteOnly) && f.write(bytes) == bytes.size();
+}
+
+// Mean absolute difference per channel between two images of the same size (0-255).
+inline double meanDifference(const QImage &a, const QImage &b)
+{
+    const QImage x = a.convertToFormat(QImage::Format_RGB32), y = b.convertToFormat(QImage::Format_RGB32);
+    if (x.size() != y.size() || x.isNull())
+        return 1e9;
+    double sum = 0;
+    for (int j = 0; j < x.height(); ++j)
+        for (int i = 0; i < x.width(); ++i) {
+            const QRgb p = x.pixel(i, j), q = y.pixel(i, j);
+            sum += std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
+        }
+    return sum / (3.0 * x.width() * x.height());
+}
+
+} // namespace testimages
