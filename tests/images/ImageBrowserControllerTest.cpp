@@ -1,0 +1,346 @@
+#include "PhotoListFixture.h"
+
+#include "foundation/Preferences.h"
+#include "images/FileWatcher.h"
+#include "images/ImageBookmarks.h"
+#include "images/ImageBrowserController.h"
+#include "images/ImageBrowserSelection.h"
+
+#include <QBuffer>
+#include <QFileInfo>
+#include <QMimeData>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+
+class ImageBrowserControllerTest : public PhotoListFixture
+{
+protected:
+    // A controller over files "a.jpg" .. with n entries, after the first run.
+    std::unique_ptr<ImageBrowserController> makeController(int n)
+    {
+        skipFirstRun();
+        auto c = std::make_unique<ImageBrowserController>(*defaults, resources(), alerts);
+        c->setCollageReloader([this] { ++collageReloads; });
+        QStringList paths;
+        for (int i = 0; i < n; ++i)
+            paths.append(makeFile(QStringLiteral("%1.jpg").arg(QChar('a' + i))));
+        c->addImagesWithPaths(paths);
+        return c;
+    }
+    static QString names(const ImageBrowserController &c)
+    {
+        QString s;
+        for (const QString &path : c.images())
+            s += QFileInfo(path).completeBaseName();
+        return s;
+    }
+    // A file of Tessary's own, in the images folder.
+    QString makeOwnedFile(const QString &name)
+    {
+        QDir().mkpath(imagesFolder());
+        const QString path = QDir(imagesFolder()).filePath(name);
+        QFile f(path);
+        EXPECT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write("png");
+        return path;
+    }
+    static QMimeData *filesMime(const QStringList &paths)
+    {
+        auto *mime = new QMimeData;
+        QList<QUrl> urls;
+        for (const QString &p : paths)
+            urls.append(QUrl::fromLocalFile(p));
+        mime->setUrls(urls);
+        return mime;
+    }
+
+    int collageReloads = 0;
+};
+
+TEST_F(ImageBrowserControllerTest, RemovalGoesHighestFirstAndSelectsTheLowest)
+{
+    struct Case {
+        QList<qsizetype> remove;
+        const char *left;
+        qsizetype selected;
+    };
+    const Case cases[] = {
+        {{1, 3}, "ace", 1},
+        {{3, 1}, "ace", 1},
+        {{4}, "abcd", 3},
+        {{0}, "bcde", 0},
+        {{0, 1, 2, 3, 4}, "", -1},
+        {{2, 2, 9, -1}, "abde", 2}, // repeats and strangers are ignored
+    };
+    for (const Case &k : cases) {
+        auto c = makeController(5);
+        c->removeItemsAtIndexes(k.remove);
+        EXPECT_EQ(names(*c), QLatin1String(k.left));
+        EXPECT_EQ(c->selectedItem(), k.selected) << k.left;
+        const QString label = k.selected < 0 ? QStringLiteral(" ") : QStringLiteral("Image %1").arg(k.selected + 1);
+        EXPECT_EQ(c->imageLabelText(), label);
+        c.reset();
+        defaults->removeObject(Preferences::Bookmarks);
+    }
+}
+
+TEST_F(ImageBrowserControllerTest, OnlyFilesInTheImagesFolderAreDeleted)
+{
+    auto c = makeController(2);
+    const QString owned = makeOwnedFile(QStringLiteral("owned.png"));
+    const QString ownedTwice = makeOwnedFile(QStringLiteral("twice.png"));
+    // A neighbour whose name merely starts like the images folder is not ours.
+    QDir().mkpath(documents() + QStringLiteral("/Images2"));
+    const QString lookalike = documents() + QStringLiteral("/Images2/x.png");
+    QFile(lookalike).open(QIODevice::WriteOnly);
+    const QString outside = c->images().at(0);
+
+    c->addImagesWithPaths({owned, ownedTwice, ownedTwice, lookalike}); // a b owned twice twice x
+    ASSERT_EQ(c->count(), 6);
+
+    c->replaceImage(makeFile(QStringLiteral("r.jpg")), 2); // owned -> r
+    EXPECT_FALSE(QFile::exists(owned));
+    c->replaceImage(makeFile(QStringLiteral("s.jpg")), 0); // a (outside) -> s
+    EXPECT_TRUE(QFile::exists(outside));
+    c->removeItemsAtIndexes({3}); // one of the two entries of twice.png
+    EXPECT_TRUE(QFile::exists(ownedTwice));
+    c->removeItemsAtIndexes({3}); // the last one
+    EXPECT_FALSE(QFile::exists(ownedTwice));
+    c->removeItemsAtIndexes({3}); // Images2/x.png
+    EXPECT_TRUE(QFile::exists(lookalike));
+    EXPECT_EQ(names(*c), QStringLiteral("sbr"));
+}
+
+TEST_F(ImageBrowserControllerTest, MissingFilesAreRefusedWithAnAlert)
+{
+    auto c = makeController(2);
+    const QString missing = dir.filePath(QStringLiteral("photos/none.jpg"));
+    struct Case { std::function<void()> act; const char *message; const char *informative; };
+    const Case cases[] = {
+        {[&] { c->insertImage(missing, 1); }, "Image can not be inserted.", "The image does not exist."},
+        {[&] { c->insertImage(dir.filePath(QStringLiteral("photos"))); }, "Image can not be inserted.", "The image does not exist."},
+        {[&] { c->replaceImage(missing, 0); }, "Image can not be replaced.", "The replacement image does not exist."},
+    };
+    for (const Case &k : cases) {
+        alerts.alerts.clear();
+        const int beeps = alerts.beeps;
+        k.act();
+        ASSERT_EQ(alerts.alerts.size(), 1);
+        EXPECT_EQ(alerts.alerts.at(0).messageText, QLatin1String(k.message));
+        EXPECT_EQ(alerts.alerts.at(0).informativeText, QLatin1String(k.informative));
+        EXPECT_EQ(alerts.alerts.at(0).style, AlertPresenter::Style::Critical);
+        EXPECT_EQ(alerts.beeps, beeps + 1);
+        EXPECT_EQ(names(*c), QStringLiteral("ab"));
+    }
+}
+
+TEST_F(ImageBrowserControllerTest, AddingSkipsFoldersHiddenAndMissingFiles)
+{
+    auto c = makeController(0);
+    const int reloadsBefore = collageReloads;
+    c->addImagesWithPaths({makeFile(QStringLiteral(".hidden.jpg")), dir.filePath(QStringLiteral("photos")),
+                           dir.filePath(QStringLiteral("nothing.jpg"))});
+    EXPECT_EQ(c->count(), 0);
+    EXPECT_EQ(collageReloads, reloadsBefore); // nothing to show: no reload
+    c->addImagesWithPaths({makeFile(QStringLiteral("a.jpg")), makeFile(QStringLiteral("b.jpg"))});
+    EXPECT_EQ(names(*c), QStringLiteral("ab"));
+    EXPECT_EQ(c->selectedItem(), 1);
+    EXPECT_GT(collageReloads, reloadsBefore);
+}
+
+TEST_F(ImageBrowserControllerTest, DroppedFilesBeforeAndOnAnItem)
+{
+    struct Case {
+        ImageBrowserController::DropOperation operation;
+        qsizetype index;
+        const char *expected;
+        qsizetype selected;
+    };
+    const Case cases[] = {
+        {ImageBrowserController::DropBefore, 2, "abzyxcde", 2}, // dragged x y z: reversed
+        {ImageBrowserController::DropOn, 1, "azcde", 1},       // replaced one after another
+        {ImageBrowserController::DropBefore, 5, "abcdezyx", 5},
+        {ImageBrowserController::DropOn, 5, "abcdezyx", 5},    // on the empty space after the end
+        {ImageBrowserController::DropBefore, -1, "abcdezyx", 5},
+    };
+    for (const Case &k : cases) {
+        auto c = makeController(5);
+        std::unique_ptr<QMimeData> mime(filesMime({makeFile(QStringLiteral("x.jpg")), makeFile(QStringLiteral("y.jpg")),
+                                                   dir.filePath(QStringLiteral("photos")), makeFile(QStringLiteral("z.jpg"))}));
+        ASSERT_TRUE(c->performDragOperation(*mime, k.index, k.operation));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return c->count() != 5 || names(*c) != QStringLiteral("abcde"); }, 2000));
+        EXPECT_EQ(names(*c), QLatin1String(k.expected)) << k.index;
+        EXPECT_EQ(c->selectedItem(), k.selected) << k.index;
+        c.reset();
+        defaults->removeObject(Preferences::Bookmarks);
+    }
+}
+
+TEST_F(ImageBrowserControllerTest, DroppedImageDataIsKeptInTheImagesFolder)
+{
+    auto c = makeController(2);
+    QImage image(8, 6, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    QByteArray jpeg;
+    {
+        QBuffer buffer(&jpeg);
+        buffer.open(QIODevice::WriteOnly);
+        ASSERT_TRUE(image.save(&buffer, "JPEG"));
+    }
+    struct Case { const char *format; QByteArray bytes; bool image; bool accepted; const char *suffix; };
+    const Case cases[] = {
+        {"image/jpeg", jpeg, false, true, "jpg"},
+        {"image/png", QByteArray("not a picture"), true, true, "png"}, // broken bytes, usable image
+        {"image/png", QByteArray("not a picture"), false, false, ""},
+        {"text/plain", QByteArray("hello"), false, false, ""},
+    };
+    for (const Case &k : cases) {
+        QMimeData mime;
+        mime.setData(QLatin1String(k.format), k.bytes);
+        if (k.image)
+            mime.setImageData(image);
+        const qsizetype before = c->count();
+        EXPECT_EQ(c->performDragOperation(mime, 1, ImageBrowserController::DropBefore), k.accepted) << k.format;
+        if (!k.accepted)
+            continue;
+        ASSERT_TRUE(QTest::qWaitFor([&] { return c->count() == before + 1; }, 2000));
+        const QFileInfo added(c->images().at(1));
+        EXPECT_TRUE(ImageBrowserController::isInImagesFolder(added.filePath()));
+        EXPECT_EQ(added.suffix(), QLatin1String(k.suffix));
+        EXPECT_EQ(QImage(added.filePath()).size(), image.size());
+    }
+}
+
+TEST_F(ImageBrowserControllerTest, PasteImageOrFile)
+{
+    auto c = makeController(3);
+    c->selectIndex(1);
+    {
+        QMimeData mime;
+        QImage image(5, 4, QImage::Format_ARGB32);
+        image.fill(Qt::blue);
+        mime.setImageData(image);
+        ASSERT_TRUE(c->paste(mime));
+        const QString path = c->images().at(1);
+        EXPECT_TRUE(ImageBrowserController::isInImagesFolder(path));
+        EXPECT_TRUE(path.endsWith(QStringLiteral(".png")));
+        EXPECT_EQ(QImage(path).size(), QSize(5, 4));
+        EXPECT_EQ(c->selectedItem(), 1);
+    }
+    {
+        std::unique_ptr<QMimeData> mime(filesMime({makeFile(QStringLiteral("p.jpg")), makeFile(QStringLiteral("q.jpg"))}));
+        ASSERT_TRUE(c->paste(*mime));
+        EXPECT_EQ(QFileInfo(c->images().at(1)).fileName(), QStringLiteral("p.jpg"));
+    }
+    QMimeData empty;
+    EXPECT_FALSE(c->paste(empty));
+    EXPECT_EQ(c->count(), 5);
+}
+
+TEST_F(ImageBrowserControllerTest, ReorderingDragsMoveOrSwap)
+{
+    struct Case { qsizetype from; qsizetype to; ImageBrowserController::DropOperation op; const char *expected; };
+    const Case cases[] = {
+        {0, 3, ImageBrowserController::DropBefore, "bcade"},
+        {0, 3, ImageBrowserController::DropOn, "dbcae"},
+        {4, 0, ImageBrowserController::DropBefore, "eabcd"},
+    };
+    for (const Case &k : cases) {
+        auto c = makeController(5);
+        EXPECT_TRUE(c->moveItemsAtIndexes({k.from, 1}, k.to, k.op));
+        EXPECT_EQ(names(*c), QLatin1String(k.expected));
+        c.reset();
+        defaults->removeObject(Preferences::Bookmarks);
+    }
+}
+
+TEST_F(ImageBrowserControllerTest, ExchangeAndSelectionByNumber)
+{
+    auto c = makeController(5);
+    c->exchangeItem(0, 4);
+    EXPECT_EQ(names(*c), QStringLiteral("ebcda"));
+    EXPECT_EQ(alerts.beeps, 0);
+    c->exchangeItem(0, 5);
+    c->exchangeItem(-1, 2);
+    EXPECT_EQ(alerts.beeps, 2);
+    EXPECT_EQ(names(*c), QStringLiteral("ebcda"));
+
+    c->selectIndex(2);
+    const struct { const char *typed; bool ok; qsizetype selected; } cases[] = {
+        {"0", false, 2}, {"6", false, 2}, {"-1", false, 2}, {"two", false, 2}, {"", false, 2},
+        {"5", true, 4}, {" 1 ", true, 0},
+    };
+    for (const auto &k : cases) {
+        EXPECT_EQ(c->selectItemNumber(QLatin1String(k.typed)), k.ok) << k.typed;
+        EXPECT_EQ(c->selectedItem(), k.selected) << k.typed;
+    }
+    c->selectIndex(7);
+    EXPECT_EQ(c->selectedItem(), 0);
+}
+
+TEST_F(ImageBrowserControllerTest, AlignmentChangesNeedASelection)
+{
+    auto c = makeController(3);
+    c->selection().clear();
+    c->imageAligmentFitAll();
+    c->imageAligmentDidChange(2);
+    EXPECT_EQ(c->imageBookmarks().imageAlignments(), (QList<int>{0, 0, 0}));
+
+    QSignalSpy popup(c.get(), &ImageBrowserController::selectedAlignmentChanged);
+    c->selectIndex(1);
+    c->imageAligmentDidChange(2);
+    EXPECT_EQ(c->imageBookmarks().imageAlignments(), (QList<int>{0, 2, 0}));
+    c->imageAligmentFitAll();
+    EXPECT_EQ(c->imageBookmarks().imageAlignments(), (QList<int>{3, 3, 3}));
+    c->imageAligmentCenterAll();
+    EXPECT_EQ(c->imageBookmarks().imageAlignments(), (QList<int>{0, 0, 0}));
+    ASSERT_EQ(popup.size(), 2);
+    EXPECT_EQ(popup.at(0).at(0).toInt(), 3);
+    EXPECT_EQ(popup.at(1).at(0).toInt(), 0);
+}
+
+TEST_F(ImageBrowserControllerTest, SelectionIsStoredAndRestored)
+{
+    {
+        auto c = makeController(4);
+        c->selectIndex(2);
+        c->appWillTerminate();
+        EXPECT_EQ(defaults->integerForKey(Preferences::ImageBrowserSeletion), 2);
+        EXPECT_TRUE(c->imageBookmarks().fileWatcher().watchedPaths().isEmpty());
+    }
+    auto c = std::make_unique<ImageBrowserController>(*defaults, resources(), alerts);
+    c->setInitialSelection();
+    EXPECT_EQ(c->selectedItem(), 2);
+    defaults->setInteger(9, Preferences::ImageBrowserSeletion); // beyond the list: the first item
+    c->selection().clear();
+    c->setInitialSelection();
+    EXPECT_EQ(c->selectedItem(), 0);
+}
+
+TEST_F(ImageBrowserControllerTest, ClearEmptiesListAndPreview)
+{
+    auto c = makeController(3);
+    QSignalSpy preview(c.get(), &ImageBrowserController::previewChanged);
+    c->clearImages();
+    EXPECT_EQ(c->count(), 0);
+    EXPECT_EQ(c->selectedItem(), -1);
+    ASSERT_TRUE(preview.wait(3000));
+    EXPECT_TRUE(preview.last().at(0).toString().isEmpty());
+}
+
+// A listed file deleted by another program leaves through the controller: list, selection and
+// store agree afterwards.
+TEST_F(ImageBrowserControllerTest, WatchedFileRemovalKeepsTheSelectionValid)
+{
+    auto c = makeController(3);
+    c->selectIndex(2);
+    QFile::remove(c->images().at(2));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return c->count() == 2; }, 4000));
+    EXPECT_EQ(alerts.alerts.size(), 1);
+    EXPECT_EQ(c->selectedItem(), 1);
+    EXPECT_EQ(defaults->arrayForKey(Preferences::Bookmarks).size(), 2);
+}
+
+} // namespace
