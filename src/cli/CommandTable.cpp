@@ -1,12 +1,14 @@
 #include "CommandTable.h"
 
 #include "DefaultsCommand.h"
+#include "PhotosCommand.h"
 #include "TemplateCommand.h"
 
 const std::vector<CommandTable::Entry> &CommandTable::entries()
 {
     static const std::vector<Entry> table{
         {QStringLiteral("defaults"), QStringLiteral("read and change the user defaults store"), DefaultsCommand::run},
+        {QStringLiteral("photos"), QStringLiteral("list and edit the photo list"), PhotosCommand::run},
         {QStringLiteral("template"), QStringLiteral("inspect templates files"), TemplateCommand::run},
     };
     return table;

@@ -1,0 +1,269 @@
+#include "PhotosCommand.h"
+
+#include "PrintingAlertPresenter.h"
+
+#include "foundation/Paths.h"
+#include "foundation/UserDefaults.h"
+#include "images/ImageBookmarks.h"
+#include "images/ImageBrowserController.h"
+
+#include <QFileInfo>
+#include <QSet>
+
+#include <map>
+
+namespace {
+
+struct Verb {
+    const char *usage;
+    const char *description;
+};
+
+// Each action, with the line of help it shows on its own.
+const std::map<QString, Verb> &verbs()
+{
+    static const std::map<QString, Verb> table{
+        {QStringLiteral("list"), {"list", "print each photo as INDEX, ALIGNMENT and PATH, separated by tabs"}},
+        {QStringLiteral("add"), {"add FILE...", "append the files, in order (folders and hidden files are refused)"}},
+        {QStringLiteral("remove"), {"remove INDEX...", "remove the photos at the indexes; files Tessary made in\n"
+                                                       "      Documents/Images are deleted with them"}},
+        {QStringLiteral("move"), {"move FROM TO", "move the photo at FROM so that it ends up at index TO"}},
+        {QStringLiteral("swap"), {"swap A B", "exchange the photos at A and B"}},
+        {QStringLiteral("align"), {"align INDEX METHOD", "set the alignment of one photo; 'align all center' and\n"
+                                                         "      'align all fit' set every photo"}},
+        {QStringLiteral("clear"), {"clear", "remove every photo (files Tessary made are deleted)"}},
+    };
+    return table;
+}
+
+QString help()
+{
+    QString text = QStringLiteral("Usage:\n");
+    for (const auto &[name, verb] : verbs())
+        text += QStringLiteral("  tessary-cli photos %1\n      %2\n").arg(QLatin1String(verb.usage), QLatin1String(verb.description));
+    text += QStringLiteral(
+        "\nIndexes start at 0, as 'list' prints them. METHOD is one of 0 center, 1 start, 2 end, 3 fit:\n"
+        "fill the tile cropping both sides, keeping the start (left or top), keeping the end, or show\n"
+        "the whole photo.\n"
+        "The photo list lives in the user defaults store: $TESSARY_DEFAULTS when set. On a store that\n"
+        "has never held a photo list, the factory photos are listed first, as in the application.\n");
+    return text;
+}
+
+QString verbHelp(const QString &name)
+{
+    const Verb &verb = verbs().at(name);
+    return QStringLiteral("Usage: tessary-cli photos %1\n  %2\n").arg(QLatin1String(verb.usage), QLatin1String(verb.description));
+}
+
+// A non-negative index below count, or -1.
+qsizetype parseIndex(const QString &text, qsizetype count)
+{
+    bool ok = false;
+    const qint64 value = text.toLongLong(&ok);
+    return ok && value >= 0 && value < count ? qsizetype(value) : -1;
+}
+
+int parseAlignment(const QString &text)
+{
+    static const QStringList names{QStringLiteral("center"), QStringLiteral("start"), QStringLiteral("end"), QStringLiteral("fit")};
+    const QString lower = text.toLower();
+    if (lower == QLatin1String("centre"))
+        return ImageBookmarks::ResizeCrop;
+    if (names.contains(lower))
+        return int(names.indexOf(lower));
+    bool ok = false;
+    const int value = text.toInt(&ok);
+    return ok && value >= 0 && value < ImageBookmarks::kAlignmentCount ? value : -1;
+}
+
+class Photos
+{
+public:
+    Photos(CliContext &context, UserDefaults &defaults)
+        : m_context(context)
+        , m_alerts(context.err)
+        , m_controller(defaults, Paths::resourcesFolder(), m_alerts)
+    {
+    }
+
+    int run(const QString &verb, const QStringList &args)
+    {
+        if (verb == QLatin1String("list"))
+            return list(args);
+        if (verb == QLatin1String("add"))
+            return add(args);
+        if (verb == QLatin1String("remove"))
+            return remove(args);
+        if (verb == QLatin1String("move"))
+            return move(args);
+        if (verb == QLatin1String("swap"))
+            return swap(args);
+        if (verb == QLatin1String("align"))
+            return align(args);
+        return clear(args);
+    }
+
+private:
+    int usageError(const QString &verb, const QString &message)
+    {
+        return m_context.fail(QStringLiteral("photos %1: %2\n\n%3").arg(verb, message, verbHelp(verb)), 2);
+    }
+    int badIndex(const QString &verb, const QString &text)
+    {
+        const qsizetype n = m_controller.count();
+        const QString range = n ? QStringLiteral("0 to %1").arg(n - 1) : QStringLiteral("none: the list is empty");
+        return m_context.fail(QStringLiteral("photos %1: '%2' is not the index of a photo (valid: %3)").arg(verb, text, range));
+    }
+    // The exit code after the controller did its work: an alert means it refused something.
+    int finish() { return m_alerts.alertCount() ? 1 : 0; }
+
+    int list(const QStringList &args)
+    {
+        if (!args.isEmpty())
+            return usageError(QStringLiteral("list"), QStringLiteral("takes no arguments"));
+        const QStringList paths = m_controller.images();
+        for (qsizetype i = 0; i < paths.size(); ++i)
+            m_context.out << i << '\t' << m_controller.alignmentIndexAtIndex(i) << '\t' << paths.at(i) << '\n';
+        return finish();
+    }
+
+    int add(const QStringList &args)
+    {
+        if (args.isEmpty())
+            return usageError(QStringLiteral("add"), QStringLiteral("name at least one file"));
+        // Nothing is added unless every file can be.
+        QStringList paths;
+        int bad = 0;
+        for (const QString &arg : args) {
+            const QFileInfo info(arg);
+            QString problem;
+            if (!info.exists())
+                problem = QStringLiteral("does not exist");
+            else if (info.isDir())
+                problem = QStringLiteral("is a folder");
+            else if (info.fileName().startsWith(QLatin1Char('.')))
+                problem = QStringLiteral("is a hidden file");
+            else if (!info.isReadable())
+                problem = QStringLiteral("cannot be read");
+            if (!problem.isEmpty()) {
+                m_context.err << "tessary-cli: photos add: " << arg << ' ' << problem << '\n';
+                ++bad;
+            }
+            paths.append(info.absoluteFilePath());
+        }
+        if (bad)
+            return m_context.fail(QStringLiteral("photos add: nothing was added"));
+        m_controller.addImagesWithPaths(paths);
+        return finish();
+    }
+
+    int remove(const QStringList &args)
+    {
+        if (args.isEmpty())
+            return usageError(QStringLiteral("remove"), QStringLiteral("name at least one index"));
+        QList<qsizetype> indexes;
+        for (const QString &arg : args) {
+            const qsizetype index = parseIndex(arg, m_controller.count());
+            if (index < 0)
+                return badIndex(QStringLiteral("remove"), arg);
+            indexes.append(index);
+        }
+        m_controller.removeItemsAtIndexes(indexes);
+        return finish();
+    }
+
+    int move(const QStringList &args)
+    {
+        if (args.size() != 2)
+            return usageError(QStringLiteral("move"), QStringLiteral("expected FROM and TO"));
+        const qsizetype from = parseIndex(args[0], m_controller.count());
+        if (from < 0)
+            return badIndex(QStringLiteral("move"), args[0]);
+        const qsizetype to = parseIndex(args[1], m_controller.count());
+        if (to < 0)
+            return badIndex(QStringLiteral("move"), args[1]);
+        // The browser names the place before the item is taken out; TO here is where it ends up.
+        m_controller.moveItemsAtIndexes({from}, from < to ? to + 1 : to, ImageBrowserController::DropBefore);
+        return finish();
+    }
+
+    int swap(const QStringList &args)
+    {
+        if (args.size() != 2)
+            return usageError(QStringLiteral("swap"), QStringLiteral("expected two indexes"));
+        for (const QString &arg : args) {
+            if (parseIndex(arg, m_controller.count()) < 0)
+                return badIndex(QStringLiteral("swap"), arg);
+        }
+        m_controller.exchangeItem(parseIndex(args[0], m_controller.count()), parseIndex(args[1], m_controller.count()));
+        return finish();
+    }
+
+    int align(const QStringList &args)
+    {
+        if (args.size() != 2)
+            return usageError(QStringLiteral("align"), QStringLiteral("expected INDEX (or all) and METHOD"));
+        const int alignment = parseAlignment(args[1]);
+        if (alignment < 0)
+            return usageError(QStringLiteral("align"), QStringLiteral("'%1' is not an alignment").arg(args[1]));
+        if (args[0] == QLatin1String("all")) {
+            if (alignment != ImageBookmarks::ResizeCrop && alignment != ImageBookmarks::ResizeScale)
+                return usageError(QStringLiteral("align"), QStringLiteral("every photo can be set to center or fit only"));
+            if (m_controller.count() == 0)
+                return 0;
+            // The window's "centre all" and "fit all" act while a photo is selected.
+            m_controller.selectIndex(0);
+            if (alignment == ImageBookmarks::ResizeCrop)
+                m_controller.imageAligmentCenterAll();
+            else
+                m_controller.imageAligmentFitAll();
+            return finish();
+        }
+        const qsizetype index = parseIndex(args[0], m_controller.count());
+        if (index < 0)
+            return badIndex(QStringLiteral("align"), args[0]);
+        m_controller.selectIndex(index);
+        m_controller.imageAligmentDidChange(alignment);
+        return finish();
+    }
+
+    int clear(const QStringList &args)
+    {
+        if (!args.isEmpty())
+            return usageError(QStringLiteral("clear"), QStringLiteral("takes no arguments"));
+        m_controller.clearImages();
+        return finish();
+    }
+
+    CliContext &m_context;
+    PrintingAlertPresenter m_alerts;
+    ImageBrowserController m_controller;
+};
+
+} // namespace
+
+int PhotosCommand::run(const QStringList &args, CliContext &context)
+{
+    if (args.isEmpty()) {
+        context.err << help();
+        return 2;
+    }
+    const QString verb = args.first();
+    if (verb == QLatin1String("--help") || verb == QLatin1String("-h") || verb == QLatin1String("help")) {
+        context.out << help();
+        return 0;
+    }
+    if (!verbs().count(verb))
+        return context.fail(QStringLiteral("photos: unknown action '%1'\n\n%2").arg(verb, help()), 2);
+    const QStringList rest = args.mid(1);
+    if (CliContext::wantsHelp(rest)) {
+        context.out << verbHelp(verb);
+        return 0;
+    }
+    UserDefaults defaults;
+    if (!defaults.isOpen())
+        return context.fail(defaults.errorString());
+    Photos photos(context, defaults);
+    return photos.run(verb, rest);
+}
