@@ -1,0 +1,30 @@
+#pragma once
+
+#include "foundation/AlertPresenter.h"
+
+#include <QList>
+
+#include <deque>
+
+// An alert presenter for tests: records every alert and beep, and answers each alert at once
+// with the next scripted response (the default button when the script has run out).
+class RecordingAlertPresenter : public AlertPresenter
+{
+public:
+    void presentAlert(const Alert &alert, std::function<void(int response)> completion) override
+    {
+        alerts.append(alert);
+        int response = DefaultButton;
+        if (!responses.empty()) {
+            response = responses.front();
+            responses.pop_front();
+        }
+        if (completion)
+            completion(response);
+    }
+    void beep() override { ++beeps; }
+
+    std::deque<int> responses;
+    QList<Alert> alerts;
+    int beeps = 0;
+};
