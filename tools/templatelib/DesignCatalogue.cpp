@@ -1,0 +1,212 @@
+#include "DesignCatalogue.h"
+
+#include "ColumnPatterns.h"
+#include "FeaturePatterns.h"
+#include "FramePatterns.h"
+#include "GridPatterns.h"
+#include "MosaicPatterns.h"
+
+#include <QHash>
+#include <QSet>
+#include <QStringList>
+
+#include <numeric>
+
+namespace {
+
+// Tiles narrower or wider than this crop photos too hard to look good.
+constexpr double kMinTileRatio = 0.4;
+constexpr double kMaxTileRatio = 2.6;
+constexpr int kMaxGridSide = 96;
+
+// How gladly each shape is picked; strips and tall panoramas are for the few who want them.
+double shapeWeight(const QString &shape)
+{
+    static const QHash<QString, double> weights = {
+        {QStringLiteral("square"), 1.0}, {QStringLiteral("4:3"), 1.0}, {QStringLiteral("3:2"), 1.0},
+        {QStringLiteral("16:9"), 0.9},   {QStringLiteral("3:4"), 0.8}, {QStringLiteral("2:3"), 0.8},
+        {QStringLiteral("3:1"), 0.4},    {QStringLiteral("4:1"), 0.25}, {QStringLiteral("1:3"), 0.25},
+    };
+    return weights.value(shape, 0.5);
+}
+
+// The looks templates come in; most are plain tiles.
+TileStyle styleFor(const QString &name)
+{
+    TileStyle s;
+    switch (qHash(name, 7u) % 10) {
+    case 6:
+    case 7:
+        s.cornerRadius = 0.12;
+        break;
+    case 8:
+        s.borderWidth = 0.04;
+        s.borderColor = Qt::white;
+        s.collageBorderWidth = 2;
+        break;
+    case 9:
+        s.cornerRadius = 0.25;
+        s.borderWidth = 0.02;
+        s.borderColor = QColor(0x44, 0x44, 0x44);
+        break;
+    default:
+        break;
+    }
+    return s;
+}
+
+// Two designs with the same shape and the same tiles at the same relative places are one.
+QString geometryKey(const TemplateDesign &d)
+{
+    QStringList parts{d.shape()};
+    for (const QRect &t : d.tiles()) {
+        parts << QString::number(double(t.x()) / d.columns(), 'f', 5) + QLatin1Char(',')
+                     + QString::number(double(t.y()) / d.rows(), 'f', 5) + QLatin1Char(',')
+                     + QString::number(double(t.width()) / d.columns(), 'f', 5) + QLatin1Char(',')
+                     + QString::number(double(t.height()) / d.rows(), 'f', 5);
+    }
+    return parts.join(QLatin1Char(';'));
+}
+
+const std::vector<SlotPattern> &allPatterns()
+{
+    static const std::vector<SlotPattern> patterns = [] {
+        std::vector<SlotPattern> all;
+        for (auto &&family : {GridPatterns::make(), FeaturePatterns::make(), FramePatterns::make(),
+                              ColumnPatterns::columns(), ColumnPatterns::rows(), MosaicPatterns::make()}) {
+            all.insert(all.end(), family.begin(), family.end());
+        }
+        return all;
+    }();
+    return patterns;
+}
+
+} // namespace
+
+const std::map<int, int> &DesignCatalogue::quotas()
+{
+    static const std::map<int, int> q = [] {
+        std::map<int, int> m = {{1, 7},  {2, 12}, {3, 13}, {4, 14},  {5, 13}, {6, 14},
+                                {7, 12}, {8, 13}, {9, 13}, {10, 12}, {11, 10}, {12, 13}};
+        for (int n = 13; n <= 24; ++n)
+            m[n] = 6;
+        for (int n = 25; n <= 48; ++n)
+            m[n] = 3;
+        for (int n : {25, 30, 32, 36, 40, 42, 48})
+            m[n] = 4;
+        m[kFirstStartModules] = 12;
+        // Larger collages for those with more photos than the factory set.
+        for (auto [n, count] : std::initializer_list<std::pair<int, int>>{
+                 {50, 1}, {54, 2}, {56, 2}, {60, 2}, {63, 1}, {64, 2}, {70, 1}, {72, 2}, {80, 2}, {81, 1}, {90, 1}, {100, 2}})
+            m[n] = count;
+        return m;
+    }();
+    return q;
+}
+
+TemplateDesign DesignCatalogue::firstStartDesign()
+{
+    std::vector<QRect> blocks;
+    for (int y = 0; y < 7; ++y) {
+        for (int x = 0; x < 7; ++x)
+            blocks.emplace_back(x, y, 1, 1);
+    }
+    const SlotPattern grid(QStringLiteral("grid"), QStringLiteral("7x7"), 7, 7, std::move(blocks));
+    TemplateDesign d(grid, CollageShape::named(QStringLiteral("square")), QSize(1, 1));
+    d.setStyle(TileStyle());
+    return d;
+}
+
+std::vector<TemplateDesign> DesignCatalogue::candidates(int moduleCount)
+{
+    std::vector<TemplateDesign> out;
+    QSet<QString> seen;
+    for (const SlotPattern &p : allPatterns()) {
+        if (p.blockCount() != moduleCount || !p.tilesExactly())
+            continue;
+        for (const CollageShape &shape : CollageShape::all()) {
+            const auto slot = p.slotSizeFor(shape.ratio);
+            if (!slot)
+                continue;
+            TemplateDesign d(p, shape, *slot);
+            if (d.columns() > kMaxGridSide || d.rows() > kMaxGridSide)
+                continue;
+            if (moduleCount > 1 && (d.narrowestTile() < kMinTileRatio || d.widestTile() > kMaxTileRatio))
+                continue;
+            const QString key = geometryKey(d);
+            if (seen.contains(key))
+                continue;
+            seen.insert(key);
+            d.setStyle(styleFor(d.name()));
+            out.push_back(std::move(d));
+        }
+    }
+    return out;
+}
+
+std::vector<TemplateDesign> DesignCatalogue::build(QString *error)
+{
+    int below = 0;
+    for (const auto &[n, count] : quotas()) {
+        if (n < kFirstStartModules)
+            below += count;
+    }
+    if (below != kFirstStartRow) {
+        if (error)
+            *error = QStringLiteral("the templates below %1 modules number %2, not %3")
+                         .arg(kFirstStartModules).arg(below).arg(kFirstStartRow);
+        return {};
+    }
+
+    const TemplateDesign first = firstStartDesign();
+    const QString firstKey = geometryKey(first);
+    QHash<QString, int> globalShapeUse;
+    std::vector<TemplateDesign> chosen;
+    for (const auto &[n, quota] : quotas()) {
+        std::vector<TemplateDesign> pool = candidates(n);
+        std::vector<bool> taken(pool.size(), false);
+        int picked = 0;
+        if (n == kFirstStartModules) {
+            chosen.push_back(first);
+            ++picked;
+            for (size_t i = 0; i < pool.size(); ++i)
+                taken[i] = taken[i] || geometryKey(pool[i]) == firstKey;
+        }
+        QHash<QString, int> familyUse, patternUse, shapeUse;
+        while (picked < quota) {
+            // Least-used family first, then a pattern not yet shown in another shape, then a
+            // shape this count has not had, then shapes the library has few of.
+            size_t best = pool.size();
+            std::tuple<int, int, double, double, size_t> bestKey;
+            for (size_t i = 0; i < pool.size(); ++i) {
+                if (taken[i])
+                    continue;
+                const TemplateDesign &d = pool[i];
+                const QString pattern = d.name().section(QLatin1Char(' '), 0, -2);
+                const double w = shapeWeight(d.shape());
+                const auto key = std::make_tuple(familyUse.value(d.family()), patternUse.value(pattern),
+                                                 (shapeUse.value(d.shape()) + 1) / w,
+                                                 (globalShapeUse.value(d.shape()) + 1) / w, i);
+                if (best == pool.size() || key < bestKey) {
+                    best = i;
+                    bestKey = key;
+                }
+            }
+            if (best == pool.size()) {
+                if (error)
+                    *error = QStringLiteral("only %1 of %2 templates with %3 modules can be made")
+                                 .arg(picked).arg(quota).arg(n);
+                return {};
+            }
+            taken[best] = true;
+            const TemplateDesign &d = pool[best];
+            familyUse[d.family()]++;
+            patternUse[d.name().section(QLatin1Char(' '), 0, -2)]++;
+            shapeUse[d.shape()]++;
+            globalShapeUse[d.shape()]++;
+            chosen.push_back(d);
+            ++picked;
+        }
+    }
+    return chosen;
+}
