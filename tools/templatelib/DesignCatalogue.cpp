@@ -7,16 +7,15 @@
 #include "MosaicPatterns.h"
 
 #include <QHash>
-#include <QSet>
-#include <QStringList>
 
 #include <numeric>
+#include <set>
 
 namespace {
 
 // Tiles narrower or wider than this crop photos too hard to look good.
-constexpr double kMinTileRatio = 0.4;
-constexpr double kMaxTileRatio = 2.6;
+constexpr double kMinTileRatio = 0.5;
+constexpr double kMaxTileRatio = 2.0;
 constexpr int kMaxGridSide = 96;
 
 // How gladly each shape is picked; strips and tall panoramas are for the few who want them.
@@ -55,19 +54,24 @@ TileStyle styleFor(const QString &name)
     return s;
 }
 
-// Two designs with the same shape and the same tiles at the same relative places are one.
-QString geometryKey(const TemplateDesign &d)
+// Two designs with the same shape and the same tiles at the same relative places are one:
+// the key is the tiles with each axis divided by the greatest common divisor of its numbers.
+std::vector<int> geometryKey(const TemplateDesign &d, int shapeIndex)
 {
-    QStringList parts{d.shape()};
+    int gx = d.columns(), gy = d.rows();
     for (const QRect &t : d.tiles()) {
-        parts << QString::number(double(t.x()) / d.columns(), 'f', 5) + QLatin1Char(',')
-                     + QString::number(double(t.y()) / d.rows(), 'f', 5) + QLatin1Char(',')
-                     + QString::number(double(t.width()) / d.columns(), 'f', 5) + QLatin1Char(',')
-                     + QString::number(double(t.height()) / d.rows(), 'f', 5);
+        gx = std::gcd(gx, std::gcd(t.x(), t.width()));
+        gy = std::gcd(gy, std::gcd(t.y(), t.height()));
     }
-    return parts.join(QLatin1Char(';'));
+    std::vector<int> key{shapeIndex, d.columns() / gx, d.rows() / gy};
+    key.reserve(3 + 4 * d.tiles().size());
+    for (const QRect &t : d.tiles()) {
+        key.insert(key.end(), {t.x() / gx, t.y() / gy, t.width() / gx, t.height() / gy});
+    }
+    return key;
 }
 
+// Every pattern of every family.
 const std::vector<SlotPattern> &allPatterns()
 {
     static const std::vector<SlotPattern> patterns = [] {
@@ -79,6 +83,20 @@ const std::vector<SlotPattern> &allPatterns()
         return all;
     }();
     return patterns;
+}
+
+// Every sound pattern, by its number of blocks.
+const std::map<int, std::vector<SlotPattern>> &patternsByCount()
+{
+    static const std::map<int, std::vector<SlotPattern>> byCount = [] {
+        std::map<int, std::vector<SlotPattern>> m;
+        for (const SlotPattern &p : allPatterns()) {
+            if (p.tilesExactly())
+                m[p.blockCount()].push_back(p);
+        }
+        return m;
+    }();
+    return byCount;
 }
 
 } // namespace
@@ -120,23 +138,30 @@ TemplateDesign DesignCatalogue::firstStartDesign()
 std::vector<TemplateDesign> DesignCatalogue::candidates(int moduleCount)
 {
     std::vector<TemplateDesign> out;
-    QSet<QString> seen;
-    for (const SlotPattern &p : allPatterns()) {
-        if (p.blockCount() != moduleCount || !p.tilesExactly())
-            continue;
-        for (const CollageShape &shape : CollageShape::all()) {
+    std::set<std::vector<int>> seen;
+    const auto found = patternsByCount().find(moduleCount);
+    if (found == patternsByCount().end())
+        return out;
+    for (const SlotPattern &p : found->second) {
+        for (size_t shapeIndex = 0; shapeIndex < CollageShape::all().size(); ++shapeIndex) {
+            const CollageShape &shape = CollageShape::all()[shapeIndex];
             const auto slot = p.slotSizeFor(shape.ratio);
             if (!slot)
                 continue;
+            if (p.columns() * slot->width() > kMaxGridSide || p.rows() * slot->height() > kMaxGridSide)
+                continue;
+            if (moduleCount > 1) {
+                bool suits = true;
+                for (const QRect &b : p.blocks()) {
+                    const double r = double(b.width() * slot->width()) / double(b.height() * slot->height());
+                    suits = suits && r >= kMinTileRatio && r <= kMaxTileRatio;
+                }
+                if (!suits)
+                    continue;
+            }
             TemplateDesign d(p, shape, *slot);
-            if (d.columns() > kMaxGridSide || d.rows() > kMaxGridSide)
+            if (!seen.insert(geometryKey(d, int(shapeIndex))).second)
                 continue;
-            if (moduleCount > 1 && (d.narrowestTile() < kMinTileRatio || d.widestTile() > kMaxTileRatio))
-                continue;
-            const QString key = geometryKey(d);
-            if (seen.contains(key))
-                continue;
-            seen.insert(key);
             d.setStyle(styleFor(d.name()));
             out.push_back(std::move(d));
         }
@@ -159,7 +184,15 @@ std::vector<TemplateDesign> DesignCatalogue::build(QString *error)
     }
 
     const TemplateDesign first = firstStartDesign();
-    const QString firstKey = geometryKey(first);
+    const auto shapeIndexOf = [](const TemplateDesign &d) {
+        const auto &shapes = CollageShape::all();
+        for (size_t i = 0; i < shapes.size(); ++i) {
+            if (shapes[i].name == d.shape())
+                return int(i);
+        }
+        return -1;
+    };
+    const std::vector<int> firstKey = geometryKey(first, shapeIndexOf(first));
     QHash<QString, int> globalShapeUse;
     std::vector<TemplateDesign> chosen;
     for (const auto &[n, quota] : quotas()) {
@@ -170,7 +203,7 @@ std::vector<TemplateDesign> DesignCatalogue::build(QString *error)
             chosen.push_back(first);
             ++picked;
             for (size_t i = 0; i < pool.size(); ++i)
-                taken[i] = taken[i] || geometryKey(pool[i]) == firstKey;
+                taken[i] = taken[i] || geometryKey(pool[i], shapeIndexOf(pool[i])) == firstKey;
         }
         QHash<QString, int> familyUse, patternUse, shapeUse;
         while (picked < quota) {

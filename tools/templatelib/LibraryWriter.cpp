@@ -50,7 +50,7 @@ bool LibraryWriter::write(const QString &resourcesFolder, const std::vector<Entr
 {
     QMap<QString, QVariantList> files;
     for (const Entry &e : entries)
-        files[destinationFor(e.design)].append(e.design.templateDictionary(e.thumbnail));
+        files[destinationFor(e.design)].append(e.dictionary);
 
     const QDir root(resourcesFolder);
     if (!root.mkpath(kFolder)) {

@@ -23,6 +23,8 @@ public:
     {
         TemplateDesign design;
         QByteArray thumbnail;
+        // The template dictionary as it is written, thumbnail included.
+        QVariantMap dictionary;
     };
 
     // The file, relative to the resources folder, that a design belongs in.

@@ -32,13 +32,21 @@ std::optional<QSize> SlotPattern::slotSizeFor(double ratio, double tolerance, in
         return std::nullopt;
     // Errors are compared in steps of half a percent, and within a step the smaller slot wins:
     // a slightly less exact fit on a much smaller grid gives simpler, faster layouts.
-    const double wanted = std::log(ratio);
+    static const std::vector<double> logs = [] {
+        std::vector<double> l(64);
+        for (size_t i = 1; i < l.size(); ++i)
+            l[i] = std::log(double(i));
+        return l;
+    }();
+    if (maxSlotSide >= int(logs.size()))
+        maxSlotSide = int(logs.size()) - 1;
+    const double wanted = std::log(ratio) - std::log(double(m_columns) / double(m_rows));
     std::optional<QSize> best;
     int bestStep = 0;
     double bestError = 0;
     for (int sw = 1; sw <= maxSlotSide; ++sw) {
         for (int sh = 1; sh <= maxSlotSide; ++sh) {
-            const double error = std::abs(std::log(double(m_columns * sw) / double(m_rows * sh)) - wanted);
+            const double error = std::abs(logs[size_t(sw)] - logs[size_t(sh)] - wanted);
             const int step = int(error / 0.005);
             const bool better = !best || step < bestStep
                 || (step == bestStep && sw * sh < best->width() * best->height());

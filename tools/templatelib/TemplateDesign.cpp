@@ -2,6 +2,7 @@
 
 #include "model/TessaryData.h"
 
+#include <QHashFunctions>
 #include <QUuid>
 #include <QVariantList>
 
@@ -30,6 +31,12 @@ TemplateDesign::TemplateDesign(const SlotPattern &pattern, const CollageShape &s
     m_moduleSize = std::max(1, kLongSidePoints / std::max(1, std::max(m_columns, m_rows)));
 }
 
+int TemplateDesign::colourSeed() const
+{
+    // qHash is seeded per process unless given a seed; a fixed one keeps thumbnails stable.
+    return int(qHash(m_name, 0x7e55u) % 1024u);
+}
+
 double TemplateDesign::narrowestTile() const
 {
     double r = 0;
@@ -50,19 +57,25 @@ double TemplateDesign::widestTile() const
 
 QVariantMap TemplateDesign::templateDictionary(const QByteArray &thumbnail) const
 {
+    // Every module shares the template's look, so one module's dictionary form serves as the
+    // prototype for all; each copy gets its own size and file name. This also spares encoding
+    // the same border colour archive once per module.
+    TessaryData prototype = TessaryData::initDefault();
+    prototype.setTileAlpha(m_style.alpha);
+    prototype.setTileBorderWidth(m_style.borderWidth);
+    prototype.setTileCornerRadius(m_style.cornerRadius);
+    prototype.setTileBorderColor(m_style.borderColor);
+    const QVariantMap prototypeDictionary = prototype.dictionaryRepresentation();
+
     QVariantList modules;
     modules.reserve(qsizetype(m_tiles.size()));
     for (size_t i = 0; i < m_tiles.size(); ++i) {
-        TessaryData module = TessaryData::initDefault();
+        QVariantMap module = prototypeDictionary;
         const QUuid id = QUuid::createUuidV5(kModuleNamespace, QStringLiteral("%1/%2").arg(m_name).arg(i));
-        module.setImageFilename(id.toString(QUuid::WithoutBraces).toUpper() + QStringLiteral(".png"));
-        module.setWidthFactor(m_tiles[i].width());
-        module.setHeightFactor(m_tiles[i].height());
-        module.setTileAlpha(m_style.alpha);
-        module.setTileBorderWidth(m_style.borderWidth);
-        module.setTileCornerRadius(m_style.cornerRadius);
-        module.setTileBorderColor(m_style.borderColor);
-        modules.append(module.dictionaryRepresentation());
+        module.insert(QStringLiteral("imageFilename"), id.toString(QUuid::WithoutBraces).toUpper() + QStringLiteral(".png"));
+        module.insert(QStringLiteral("widthFactor"), qint64(m_tiles[i].width()));
+        module.insert(QStringLiteral("heightFactor"), qint64(m_tiles[i].height()));
+        modules.append(module);
     }
     QVariantMap t;
     t.insert(QStringLiteral("nbrModules"), qint64(m_tiles.size()));

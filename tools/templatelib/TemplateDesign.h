@@ -35,6 +35,8 @@ public:
     double contentWidth() const { return double(m_columns) * m_moduleSize; }
     double contentHeight() const { return double(m_rows) * m_moduleSize; }
     const TileStyle &style() const { return m_style; }
+    // Where the thumbnail's palette starts, so that neighbouring templates differ in colour.
+    int colourSeed() const;
     void setStyle(const TileStyle &style) { m_style = style; }
 
     // The tiles in module order (top to bottom, then left to right), in cells.

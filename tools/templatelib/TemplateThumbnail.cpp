@@ -40,7 +40,7 @@ const std::vector<QColor> &TemplateThumbnail::palette()
     return colours;
 }
 
-std::vector<int> TemplateThumbnail::colourIndices(const std::vector<QRect> &tiles)
+std::vector<int> TemplateThumbnail::colourIndices(const std::vector<QRect> &tiles, int colourSeed)
 {
     const int count = int(palette().size());
     std::vector<int> out(tiles.size(), 0);
@@ -48,7 +48,7 @@ std::vector<int> TemplateThumbnail::colourIndices(const std::vector<QRect> &tile
         // Walk the palette with a stride that scatters the colours, skipping any a neighbour
         // already has; with eight colours a free one always exists for these layouts, and the
         // stride start is kept when none is.
-        const int start = int((i * 3) % size_t(count));
+        const int start = int((i * 3 + size_t(std::max(0, colourSeed))) % size_t(count));
         out[i] = start;
         for (int step = 0; step < count; ++step) {
             const int c = (start + step) % count;
@@ -73,7 +73,8 @@ QSize TemplateThumbnail::sizeFor(double contentWidth, double contentHeight)
     return QSize(std::max(1, int(std::lround(kLongSide * contentWidth / contentHeight))), kLongSide);
 }
 
-QImage TemplateThumbnail::render(int columns, int rows, const std::vector<QRect> &tiles, double cornerRadius)
+QImage TemplateThumbnail::render(int columns, int rows, const std::vector<QRect> &tiles, double cornerRadius,
+                                 int colourSeed)
 {
     const QSize size = sizeFor(columns, rows);
     QImage image(size, QImage::Format_ARGB32_Premultiplied);
@@ -91,7 +92,7 @@ QImage TemplateThumbnail::render(int columns, int rows, const std::vector<QRect>
     const double gap = 2.5;
     const double cellW = (size.width() - 2 * margin + gap) / std::max(1, columns);
     const double cellH = (size.height() - 2 * margin + gap) / std::max(1, rows);
-    const std::vector<int> colours = colourIndices(tiles);
+    const std::vector<int> colours = colourIndices(tiles, colourSeed);
     p.setPen(Qt::NoPen);
     for (size_t i = 0; i < tiles.size(); ++i) {
         const QRect &t = tiles[i];

@@ -20,10 +20,12 @@ public:
     static QSize sizeFor(double contentWidth, double contentHeight);
     // tiles are in the collage's own units (cells), on a grid of columns x rows;
     // cornerRadius is the tiles' radius as a fraction of half their smaller side.
-    static QImage render(int columns, int rows, const std::vector<QRect> &tiles, double cornerRadius = 0.0);
+    // colourSeed picks where the palette starts.
+    static QImage render(int columns, int rows, const std::vector<QRect> &tiles, double cornerRadius = 0.0,
+                         int colourSeed = 0);
     static QByteArray png(const QImage &image);
 
     // Palette entries for the tiles, chosen so that tiles sharing an edge differ.
-    static std::vector<int> colourIndices(const std::vector<QRect> &tiles);
+    static std::vector<int> colourIndices(const std::vector<QRect> &tiles, int colourSeed = 0);
     static const std::vector<QColor> &palette();
 };

@@ -43,6 +43,7 @@ int main(int argc, char **argv)
     timer.start();
     QString error;
     const std::vector<TemplateDesign> designs = DesignCatalogue::build(&error);
+    const qint64 designedAt = timer.elapsed();
     if (designs.empty()) {
         err << "tessary-templatelib: " << error << '\n';
         return 1;
@@ -51,15 +52,19 @@ int main(int argc, char **argv)
     std::vector<LibraryWriter::Entry> entries;
     entries.reserve(designs.size());
     for (const TemplateDesign &d : designs) {
-        const QString problem = LayoutProof::check(d);
+        const QImage thumbnail = TemplateThumbnail::render(d.columns(), d.rows(), d.tiles(), d.style().cornerRadius,
+                                                           d.colourSeed());
+        LibraryWriter::Entry entry{d, TemplateThumbnail::png(thumbnail), {}};
+        entry.dictionary = d.templateDictionary(entry.thumbnail);
+        const QString problem = LayoutProof::check(d, entry.dictionary);
         if (!problem.isEmpty()) {
             err << "tessary-templatelib: template \"" << d.name() << "\" (" << d.moduleCount()
                 << " modules) fails: " << problem << '\n';
             return 1;
         }
-        const QImage thumbnail = TemplateThumbnail::render(d.columns(), d.rows(), d.tiles(), d.style().cornerRadius);
-        entries.push_back({d, TemplateThumbnail::png(thumbnail)});
+        entries.push_back(std::move(entry));
     }
+    const qint64 provedAt = timer.elapsed();
     if (!LibraryWriter::write(parser.value(outputOption), entries, &error)) {
         err << "tessary-templatelib: " << error << '\n';
         return 1;
@@ -77,6 +82,7 @@ int main(int argc, char **argv)
         return a->design.moduleCount() < b->design.moduleCount();
     });
 
+    const qint64 writtenAt = timer.elapsed();
     if (parser.isSet(sheetOption)) {
         std::vector<ContactSheet::Item> items;
         for (size_t i = 0; i < rows.size(); ++i) {
@@ -94,7 +100,9 @@ int main(int argc, char **argv)
         std::map<int, int> perCount;
         for (const TemplateDesign &d : designs)
             perCount[d.moduleCount()]++;
-        out << designs.size() << " templates in " << timer.elapsed() << " ms; row "
+        out << designs.size() << " templates in " << timer.elapsed() << " ms (designed " << designedAt
+            << " ms, drawn and proved " << provedAt - designedAt << " ms, written " << writtenAt - provedAt
+            << " ms); row "
             << DesignCatalogue::kFirstStartRow << " is \"" << rows[DesignCatalogue::kFirstStartRow]->design.name()
             << "\"\n";
         QStringList summary;
