@@ -43,18 +43,25 @@ const std::vector<QColor> &TemplateThumbnail::palette()
 std::vector<int> TemplateThumbnail::colourIndices(const std::vector<QRect> &tiles, int colourSeed)
 {
     const int count = int(palette().size());
-    std::vector<int> out(tiles.size(), 0);
-    for (size_t i = 0; i < tiles.size(); ++i) {
+    std::vector<int> out(tiles.size(), -1);
+    // Large tiles first: a big tile can border more tiles than there are colours, but each
+    // small tile around it then has only a few coloured neighbours to avoid.
+    std::vector<size_t> order(tiles.size());
+    for (size_t i = 0; i < order.size(); ++i)
+        order[i] = i;
+    std::stable_sort(order.begin(), order.end(), [&](size_t a, size_t b) {
+        return tiles[a].width() * tiles[a].height() > tiles[b].width() * tiles[b].height();
+    });
+    for (size_t i : order) {
         // Walk the palette with a stride that scatters the colours, skipping any a neighbour
-        // already has; with eight colours a free one always exists for these layouts, and the
-        // stride start is kept when none is.
+        // already has; the stride start is kept when every colour is taken.
         const int start = int((i * 3 + size_t(std::max(0, colourSeed))) % size_t(count));
         out[i] = start;
         for (int step = 0; step < count; ++step) {
             const int c = (start + step) % count;
             bool clash = false;
-            for (size_t j = 0; j < i && !clash; ++j)
-                clash = out[j] == c && adjacent(tiles[i], tiles[j]);
+            for (size_t j = 0; j < tiles.size() && !clash; ++j)
+                clash = j != i && out[j] == c && adjacent(tiles[i], tiles[j]);
             if (!clash) {
                 out[i] = c;
                 break;
