@@ -9,7 +9,7 @@ const std::vector<CommandTable::Entry> &CommandTable::entries()
     static const std::vector<Entry> table{
         {QStringLiteral("defaults"), QStringLiteral("read and change the user defaults store"), DefaultsCommand::run},
         {QStringLiteral("photos"), QStringLiteral("list and edit the photo list"), PhotosCommand::run},
-        {QStringLiteral("template"), QStringLiteral("inspect templates files"), TemplateCommand::run},
+        {QStringLiteral("template"), QStringLiteral("list, apply, import, export and edit templates; print the layout"), TemplateCommand::run},
     };
     return table;
 }

@@ -80,7 +80,6 @@ TemplateStore::Templates TemplateStore::readBuiltInTemplates(const QString &reso
 void TemplateStore::loadBuiltInTemplates(const QString &resourcesFolder)
 {
     m_builtInTemplates = readBuiltInTemplates(resourcesFolder);
-    qCInfo(lcTessary, "Loaded %lld built-in templates", qint64(m_builtInTemplates.size()));
 }
 
 void TemplateStore::restoreUserTemplates()

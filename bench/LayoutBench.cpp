@@ -1,0 +1,99 @@
+#include "foundation/Paths.h"
+#include "images/UIImage.h"
+#include "model/LayoutEngine.h"
+#include "model/TessaryViewDelegate.h"
+#include "templates/TemplateStore.h"
+
+#include <QImage>
+
+#include <benchmark/benchmark.h>
+
+#include <vector>
+
+namespace {
+
+// The photo list of the benchmarks: n photos, each with its own alignment.
+class BenchPhotos : public TessaryViewDelegate
+{
+public:
+    explicit BenchPhotos(int n)
+    {
+        for (int i = 0; i < n; ++i)
+            m_photos << QStringLiteral("/photos/p%1.jpg").arg(i);
+    }
+    QStringList pickedPhotos() const override { return m_photos; }
+    int alignmentIndexAtIndex(qsizetype index) const override { return int(index % 4); }
+    qsizetype selectedItem() const override { return 0; }
+    void selectIndex(qsizetype) override {}
+    void exchangeItem(qsizetype, qsizetype) override {}
+
+private:
+    QStringList m_photos;
+};
+
+// A collage of 7 x 7 single cells with 49 modules, 100 points a cell.
+QVariantMap fortyNineTileTemplate()
+{
+    QVariantList modules;
+    for (int i = 0; i < 49; ++i)
+        modules << QVariantMap{{QStringLiteral("widthFactor"), qint64(1)}, {QStringLiteral("heightFactor"), qint64(1)},
+                               {QStringLiteral("borderWidth"), 0.05}, {QStringLiteral("cornerRadius"), 0.1}};
+    return {{QStringLiteral("nbrModules"), qint64(49)},
+            {QStringLiteral("contentSizeWidth"), 700.0},
+            {QStringLiteral("contentSizeHeight"), 700.0},
+            {QStringLiteral("moduleSizeInPoints"), qint64(100)},
+            {QStringLiteral("borderWidth"), qint64(4)},
+            {QStringLiteral("savedTessaryDataModules"), modules}};
+}
+
+// Placement and geometry of 49 tiles in a collage window of 1000 x 800 points.
+void BM_LayoutFortyNineTiles(benchmark::State &state)
+{
+    const QVariantMap t = fortyNineTileTemplate();
+    const BenchPhotos photos(49);
+    LayoutEngine engine(QStringLiteral("/res/defaultImage.png"));
+    for (auto _ : state) {
+        const CollageLayout layout = engine.layoutTemplate(t, QSizeF(1000, 800), &photos);
+        benchmark::DoNotOptimize(layout.tiles.data());
+    }
+}
+BENCHMARK(BM_LayoutFortyNineTiles)->Unit(benchmark::kMillisecond);
+
+// The same with each tile's photo fitted to its tile, the photos already decoded in memory (as
+// a warm image cache holds them: reduced copies of at most half a megapixel, 816 x 612).
+void BM_LayoutFortyNineTilesFittingWarmImages(benchmark::State &state)
+{
+    const QVariantMap t = fortyNineTileTemplate();
+    const BenchPhotos photos(49);
+    std::vector<UIImage> images;
+    for (int i = 0; i < 49; ++i) {
+        QImage frame(816, 612, QImage::Format_RGB32);
+        frame.fill(QColor::fromHsv((i * 7) % 360, 200, 200));
+        images.emplace_back(frame);
+    }
+    LayoutEngine engine(QStringLiteral("/res/defaultImage.png"));
+    for (auto _ : state) {
+        const CollageLayout layout = engine.layoutTemplate(t, QSizeF(1000, 800), &photos);
+        for (const TileLayout &tile : layout.tiles)
+            benchmark::DoNotOptimize(images[size_t(tile.tag)].imageToFitSize(tile.imageSize, tile.imageAlignment));
+    }
+}
+BENCHMARK(BM_LayoutFortyNineTilesFittingWarmImages)->Unit(benchmark::kMillisecond);
+
+// Reading and sorting the whole built-in library from the resources folder.
+void BM_LoadBuiltInLibrary(benchmark::State &state)
+{
+    const QString resources = Paths::resourcesFolder();
+    qsizetype count = 0;
+    for (auto _ : state) {
+        const TemplateStore::Templates templates = TemplateStore::readBuiltInTemplates(resources);
+        count = templates.size();
+        benchmark::DoNotOptimize(templates.data());
+    }
+    state.counters["templates"] = double(count);
+    if (count == 0)
+        state.SkipWithError(qPrintable(QStringLiteral("no built-in templates in %1").arg(resources)));
+}
+BENCHMARK(BM_LoadBuiltInLibrary)->Unit(benchmark::kMillisecond);
+
+} // namespace

@@ -1,0 +1,146 @@
+#include "CliRunner.h"
+
+#include "foundation/Preferences.h"
+#include "foundation/PropertyList.h"
+#include "foundation/UserDefaults.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QVariantMap moduleDict(qint64 w, qint64 h)
+{
+    return {{QStringLiteral("widthFactor"), w}, {QStringLiteral("heightFactor"), h}};
+}
+
+QVariantMap makeTemplate(qint64 nbr, QVariantList modules, double width = 400, double height = 300)
+{
+    return {{QStringLiteral("nbrModules"), nbr},
+            {QStringLiteral("contentSizeWidth"), width},
+            {QStringLiteral("contentSizeHeight"), height},
+            {QStringLiteral("moduleSizeInPoints"), qint64(100)},
+            {QStringLiteral("borderWidth"), qint64(0)},
+            {QStringLiteral("savedTessaryDataModules"), modules}};
+}
+
+class TemplateCommandTest : public ::testing::Test
+{
+protected:
+    QTemporaryDir dir;
+    void SetUp() override
+    {
+        qputenv("TESSARY_DEFAULTS", dir.filePath(QStringLiteral("defaults.sqlite")).toLocal8Bit());
+        qputenv("TESSARY_RESOURCES", dir.filePath(QStringLiteral("res")).toLocal8Bit());
+        qputenv("TESSARY_DOCUMENTS", dir.filePath(QStringLiteral("docs")).toLocal8Bit());
+        QDir().mkpath(dir.filePath(QStringLiteral("res/Templates")));
+        // A user store that has a (empty) photo list already, so no factory photos are added.
+        UserDefaults defaults(dir.filePath(QStringLiteral("defaults.sqlite")));
+        defaults.setObject(QVariantList{}, Preferences::Bookmarks);
+        defaults.setObject(QVariantList{}, Preferences::Aligments);
+        defaults.setBool(false, Preferences::FirstRunLoadFactoryImages);
+    }
+    void TearDown() override
+    {
+        for (const char *name : {"TESSARY_DEFAULTS", "TESSARY_RESOURCES", "TESSARY_DOCUMENTS"})
+            qunsetenv(name);
+    }
+    QString write(const QString &name, const QVariant &value)
+    {
+        const QString path = dir.filePath(name);
+        EXPECT_TRUE(PropertyList::writeFile(path, value, PropertyList::Format::Binary));
+        return path;
+    }
+    static QVariantMap file(const QVariantList &templates) { return {{QStringLiteral("templates"), templates}}; }
+};
+
+TEST_F(TemplateCommandTest, ImportApplyAndLayOut)
+{
+    // Built-in store: two templates in the resources, listed sorted by module count.
+    write(QStringLiteral("res/templates.plist"), file({makeTemplate(3, {}), makeTemplate(1, {})}));
+    const QString mine = write(QStringLiteral("mine.plist"),
+                               file({makeTemplate(4, {moduleDict(2, 2), moduleDict(2, 1), moduleDict(2, 2), moduleDict(4, 1)})}));
+    EXPECT_EQ(CliRun::of({"template", "import", mine}).code, 0);
+
+    const CliRun list = CliRun::of({"template", "list"});
+    ASSERT_EQ(list.code, 0);
+    const QStringList lines = list.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 3);
+    EXPECT_TRUE(lines[0].startsWith(QStringLiteral("builtin\t0\tnbrModules=1")));
+    EXPECT_TRUE(lines[2].startsWith(QStringLiteral("user\t0\tnbrModules=4")));
+
+    ASSERT_EQ(CliRun::of({"template", "apply-user", "0"}).code, 0);
+    EXPECT_EQ(UserDefaults(dir.filePath(QStringLiteral("defaults.sqlite"))).integerForKey(Preferences::SelectedUserTemplateTableRow), 0);
+    const CliRun layout = CliRun::of({"template", "layout"});
+    ASSERT_EQ(layout.code, 0) << layout.err.toStdString();
+    EXPECT_TRUE(layout.out.startsWith(QStringLiteral("collage 400x300 grid 4x3 cell 100")));
+    EXPECT_TRUE(layout.out.contains(QStringLiteral("\n0\t4.5,4.5 191x191\t(placeholder) ")));
+    EXPECT_TRUE(layout.out.contains(QStringLiteral("\n1\t204.5,2.25 191x95.5\t")));
+    EXPECT_TRUE(layout.out.contains(QStringLiteral("\n3\tfits nowhere\n")));
+
+    // Fitted to half the width: cells of 50 points.
+    const CliRun half = CliRun::of({"template", "layout", "--size", "200x1000", "--spacing", "1"});
+    EXPECT_TRUE(half.out.startsWith(QStringLiteral("collage 200x150 grid 4x3 cell 50"))) << half.out.toStdString();
+    EXPECT_TRUE(half.out.contains(QStringLiteral("\n0\t-2.25,-2.25 104.5x104.5\t")));
+
+    ASSERT_EQ(CliRun::of({"template", "apply", "1"}).code, 0);
+    EXPECT_EQ(UserDefaults(dir.filePath(QStringLiteral("defaults.sqlite"))).integerForKey(Preferences::SelectedTemplateTableRow), 1);
+    EXPECT_TRUE(CliRun::of({"template", "layout"}).out.contains(QStringLiteral("no modules")));
+}
+
+TEST_F(TemplateCommandTest, EditAndExportMyTemplates)
+{
+    const QString mine = write(QStringLiteral("mine.plist"), file({makeTemplate(5, {}), makeTemplate(2, {}), makeTemplate(3, {})}));
+    ASSERT_EQ(CliRun::of({"template", "import", mine}).code, 0);
+    const CliRun sorted = CliRun::of({"template", "sort"});
+    EXPECT_TRUE(sorted.out.startsWith(QStringLiteral("user\t0\tnbrModules=2\t")));
+    EXPECT_EQ(CliRun::of({"template", "delete", "0"}).code, 0);
+
+    const QString out = dir.filePath(QStringLiteral("all.plist"));
+    ASSERT_EQ(CliRun::of({"template", "export-one", out}).code, 0);
+    const CliRun info = CliRun::of({"template", "info", out});
+    EXPECT_EQ(info.out.count(QLatin1Char('\n')), 2);
+    EXPECT_TRUE(info.out.startsWith(QStringLiteral("0\tnbrModules=3")));
+
+    const QString folder = dir.filePath(QStringLiteral("Spring"));
+    QDir().mkpath(folder);
+    const CliRun many = CliRun::of({"template", "export-many", folder});
+    EXPECT_EQ(many.code, 0);
+    EXPECT_EQ(many.out, QStringLiteral("Tessary-Templates-Spring.html\n")); // no thumbnails: index only
+}
+
+TEST_F(TemplateCommandTest, ErrorsAndHelp)
+{
+    struct Case {
+        QStringList args;
+        int code;
+        const char *message;
+    };
+    const QString notPlist = write(QStringLiteral("x.plist"), QVariantMap{{QStringLiteral("a"), 1}});
+    for (const Case &c : {Case{{"template"}, 2, "Usage:"},
+                          Case{{"template", "frobnicate"}, 2, "unknown action"},
+                          Case{{"template", "apply"}, 2, "expected one row"},
+                          Case{{"template", "apply", "0"}, 1, "the store is empty"},
+                          Case{{"template", "apply-user", "x"}, 1, "'x' is not a row"},
+                          Case{{"template", "delete", "-1"}, 1, "is not a row"},
+                          Case{{"template", "import"}, 2, "expected at least one FILE"},
+                          Case{{"template", "import", notPlist}, 1, "no templates found"},
+                          Case{{"template", "export-many", "/no/such/folder"}, 1, "is not a folder"},
+                          Case{{"template", "layout", "--size"}, 2, "needs a value"},
+                          Case{{"template", "layout", "--transform", "7"}, 2, "0 to 4"},
+                          Case{{"template", "list", "everything"}, 2, "'builtin' or 'user'"},
+                          Case{{"template", "sort", "now"}, 2, "takes no arguments"}}) {
+        const CliRun r = CliRun::of(c.args);
+        EXPECT_EQ(r.code, c.code) << c.args.join(' ').toStdString();
+        EXPECT_TRUE(r.err.contains(QLatin1String(c.message))) << r.err.toStdString();
+    }
+    for (const char *verb : {"list", "apply", "layout", "export-many"}) {
+        const CliRun r = CliRun::of({"template", verb, "--help"});
+        EXPECT_EQ(r.code, 0);
+        EXPECT_TRUE(r.out.startsWith(QStringLiteral("Usage: tessary-cli template %1").arg(QLatin1String(verb))));
+    }
+}
+
+} // namespace
