@@ -1,0 +1,132 @@
+#include "images/ImageCache.h"
+#include "model/TessaryViewDelegate.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QImage>
+#include <QImageReader>
+#include <QThreadPool>
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+
+// Filling the image cache from a folder of 49 large photos, as at the first layout after the
+// photos were chosen. The photos are 12-megapixel JPEGs made here, deterministically, the first
+// time (in $TESSARY_BENCH_PHOTOS, else a folder in the temporary folder), so the comparison
+// script can hand the very same files to other tools.
+
+namespace {
+
+constexpr int kPhotoCount = 49;
+constexpr int kWidth = 4000;
+constexpr int kHeight = 3000;
+
+QString photoFolder()
+{
+    const QByteArray env = qgetenv("TESSARY_BENCH_PHOTOS");
+    return env.isEmpty() ? QDir(QDir::tempPath()).filePath(QStringLiteral("tessary-bench-photos")) : QString::fromLocal8Bit(env);
+}
+
+// A photo-like picture: smooth colour fields, some edges and a little grain, different for
+// each number. Grain matters: it keeps the JPEG as busy to decode as a real photo.
+QImage syntheticPhoto(int number)
+{
+    QImage image(kWidth, kHeight, QImage::Format_RGB32);
+    quint32 seed = 0x9e3779b9u * quint32(number + 1);
+    const double phase = number * 0.37;
+    for (int y = 0; y < kHeight; ++y) {
+        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
+        const double fy = double(y) / kHeight;
+        for (int x = 0; x < kWidth; ++x) {
+            const double fx = double(x) / kWidth;
+            seed = seed * 1664525u + 1013904223u; // a fixed linear congruential sequence
+            const int grain = int(seed >> 28) - 8;
+            const double wave = std::sin(fx * 23.0 + phase) * std::cos(fy * 17.0 - phase);
+            const int r = int(120 + 90 * fx + 30 * wave) + grain;
+            const int g = int(100 + 80 * fy + 40 * wave * (((x / 250) + (y / 250)) % 2 ? 1 : -1)) + grain;
+            const int b = int(140 + 60 * std::sin(fx * 5.0 + fy * 3.0 + phase)) + grain;
+            line[x] = qRgb(qBound(0, r, 255), qBound(0, g, 255), qBound(0, b, 255));
+        }
+    }
+    return image;
+}
+
+QStringList benchPhotos()
+{
+    static QStringList paths;
+    if (!paths.isEmpty())
+        return paths;
+    const QString folder = photoFolder();
+    QDir().mkpath(folder);
+    for (int i = 0; i < kPhotoCount; ++i) {
+        const QString path = QDir(folder).filePath(QStringLiteral("photo-%1.jpg").arg(i, 2, 10, QLatin1Char('0')));
+        if (QImageReader(path).size() != QSize(kWidth, kHeight)) {
+            if (!syntheticPhoto(i).save(path, "JPEG", 90))
+                return {};
+        }
+        paths.append(path);
+    }
+    return paths;
+}
+
+class PhotoList : public TessaryViewDelegate
+{
+public:
+    explicit PhotoList(QStringList photos) : m_photos(std::move(photos)) {}
+    QStringList pickedPhotos() const override { return m_photos; }
+    int alignmentIndexAtIndex(qsizetype) const override { return 0; }
+    qsizetype selectedItem() const override { return -1; }
+    void selectIndex(qsizetype) override {}
+    void exchangeItem(qsizetype, qsizetype) override {}
+
+private:
+    QStringList m_photos;
+};
+
+// A cold cache asked for every photo in list order, as a layout does; threads = decoders.
+void BM_ImageCacheColdFill(benchmark::State &state)
+{
+    const QStringList photos = benchPhotos();
+    if (photos.size() != kPhotoCount) {
+        state.SkipWithError("the benchmark photos could not be written");
+        return;
+    }
+    const PhotoList list(photos);
+    QThreadPool pool;
+    pool.setMaxThreadCount(int(state.range(0)));
+    QSize size;
+    for (auto _ : state) {
+        ImageCache cache(&list, &pool);
+        for (const QString &path : photos)
+            size = cache.getImageForPath(path).pixelSize();
+        benchmark::DoNotOptimize(cache.count());
+        if (cache.count() != kPhotoCount)
+            state.SkipWithError("not every photo was cached");
+    }
+    state.SetItemsProcessed(state.iterations() * kPhotoCount);
+    // The size of each cached copy, for the comparison script.
+    state.SetLabel(QStringLiteral("%1x%2").arg(size.width()).arg(size.height()).toStdString());
+}
+BENCHMARK(BM_ImageCacheColdFill)->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
+
+// Every lookup of a warm cache checks every listed file's date: 49 x 49 attribute reads.
+void BM_ImageCacheWarmLayout(benchmark::State &state)
+{
+    const QStringList photos = benchPhotos();
+    if (photos.size() != kPhotoCount) {
+        state.SkipWithError("the benchmark photos could not be written");
+        return;
+    }
+    const PhotoList list(photos);
+    ImageCache cache(&list);
+    cache.fillCache(photos);
+    for (auto _ : state) {
+        for (const QString &path : photos)
+            benchmark::DoNotOptimize(cache.getImageForPath(path));
+    }
+    state.SetItemsProcessed(state.iterations() * kPhotoCount);
+}
+BENCHMARK(BM_ImageCacheWarmLayout)->Unit(benchmark::kMillisecond);
+
+} // namespace
