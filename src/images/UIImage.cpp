@@ -165,12 +165,14 @@ UIImage UIImage::fixOrientation() const
 UIImage UIImage::croppedImage(const QRectF &rect) const
 {
     const QImage frame = bestRepresentation();
-    if (frame.isNull() || size().isEmpty())
+    if (frame.isNull() || size().isEmpty() || !std::isfinite(rect.x()) || !std::isfinite(rect.y())
+        || !(std::abs(rect.width()) < 1e9) || !(std::abs(rect.height()) < 1e9) || std::abs(rect.x()) > 1e9 || std::abs(rect.y()) > 1e9)
         return UIImage();
     const QRectF topLeft = BottomLeftCoordinates::toTopLeft(rect, size().height());
     const qreal px = frame.width() / size().width(), py = frame.height() / size().height();
-    const QRect pixels = QRectF(topLeft.x() * px, topLeft.y() * py, topLeft.width() * px, topLeft.height() * py)
-                             .toAlignedRect()
+    // Whole pixels by rounding origin and size, so a centred crop keeps its exact width.
+    const QRect pixels = QRect(int(std::lround(topLeft.x() * px)), int(std::lround(topLeft.y() * py)),
+                               int(std::lround(topLeft.width() * px)), int(std::lround(topLeft.height() * py)))
                              .intersected(frame.rect());
     if (pixels.isEmpty())
         return UIImage();
