@@ -1,6 +1,7 @@
 #include "CommandTable.h"
 
 #include "DefaultsCommand.h"
+#include "ImageCommand.h"
 #include "PhotosCommand.h"
 #include "TemplateCommand.h"
 
@@ -10,6 +11,7 @@ const std::vector<CommandTable::Entry> &CommandTable::entries()
         {QStringLiteral("defaults"), QStringLiteral("read and change the user defaults store"), DefaultsCommand::run},
         {QStringLiteral("photos"), QStringLiteral("list and edit the photo list"), PhotosCommand::run},
         {QStringLiteral("template"), QStringLiteral("list, apply, import, export and edit templates; print the layout"), TemplateCommand::run},
+        {QStringLiteral("image"), QStringLiteral("inspect pictures and fit them into a size"), ImageCommand::run},
     };
     return table;
 }

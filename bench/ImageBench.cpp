@@ -1,0 +1,99 @@
+#include "images/UIImage.h"
+
+#include <QBuffer>
+#include <QColor>
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QImageWriter>
+#include <QTemporaryDir>
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+// A deterministic photo-like test picture: smooth gradients with fine texture, so that the JPEG
+// encoder has real work (a flat picture would decode unrealistically fast).
+QImage syntheticPhoto(int w, int h)
+{
+    QImage img(w, h, QImage::Format_RGB32);
+    quint32 seed = 12345;
+    for (int y = 0; y < h; ++y) {
+        auto *line = reinterpret_cast<QRgb *>(img.scanLine(y));
+        for (int x = 0; x < w; ++x) {
+            seed = seed * 1664525u + 1013904223u;
+            const int noise = int(seed >> 28) - 8;
+            line[x] = qRgb(qBound(0, x * 255 / w + noise, 255), qBound(0, y * 255 / h + noise, 255),
+                           qBound(0, ((x / 37 + y / 23) % 7) * 36 + noise, 255));
+        }
+    }
+    return img;
+}
+
+// The 12-megapixel (4000 x 3000) JPEG shared by the loading cases, written once per run.
+const QString &twelveMegapixelJpeg()
+{
+    static QTemporaryDir dir;
+    static const QString path = [] {
+        const QString p = dir.filePath(QStringLiteral("photo-12mp.jpg"));
+        QImageWriter writer(p, "jpeg");
+        writer.setQuality(90);
+        writer.write(syntheticPhoto(4000, 3000));
+        return p;
+    }();
+    return path;
+}
+
+void BM_ImageLoadFull12MP(benchmark::State &state)
+{
+    const QString &path = twelveMegapixelJpeg();
+    for (auto _ : state) {
+        const UIImage img = UIImage::initWithContentsOfFile(path);
+        benchmark::DoNotOptimize(img.pixelsWide());
+    }
+}
+BENCHMARK(BM_ImageLoadFull12MP)->Unit(benchmark::kMillisecond);
+
+// The image cache's path: the same result as loading fully and then scaling under 0.5 MP.
+void BM_ImageLoadFullThenScaleUnderHalfMP(benchmark::State &state)
+{
+    const QString &path = twelveMegapixelJpeg();
+    for (auto _ : state) {
+        const UIImage img = UIImage::initWithContentsOfFile(path).scaleToUnderMegaPixels(0.5);
+        benchmark::DoNotOptimize(img.pixelsWide());
+    }
+}
+BENCHMARK(BM_ImageLoadFullThenScaleUnderHalfMP)->Unit(benchmark::kMillisecond);
+
+void BM_ImageLoadScaledUnderHalfMP(benchmark::State &state)
+{
+    const QString &path = twelveMegapixelJpeg();
+    for (auto _ : state) {
+        const UIImage img = UIImage::initWithContentsOfFileUnderMegaPixels(path, 0.5);
+        benchmark::DoNotOptimize(img.pixelsWide());
+    }
+}
+BENCHMARK(BM_ImageLoadScaledUnderHalfMP)->Unit(benchmark::kMillisecond);
+
+void BM_ImageFit12MPInto728Crop(benchmark::State &state)
+{
+    const UIImage img(syntheticPhoto(4000, 3000));
+    for (auto _ : state) {
+        const UIImage fitted = img.imageToFitSize(QSizeF(728, 728), 0);
+        benchmark::DoNotOptimize(fitted.pixelsWide());
+    }
+}
+BENCHMARK(BM_ImageFit12MPInto728Crop)->Unit(benchmark::kMillisecond);
+
+// A 12 MP result framed with a border, reduced to the 8 MP ceiling.
+void BM_ImageBorderedFrame8MP(benchmark::State &state)
+{
+    const UIImage img(syntheticPhoto(4000, 3000));
+    for (auto _ : state) {
+        const UIImage framed = img.imageWithInsetContent(20, true, QColor(Qt::white), true);
+        benchmark::DoNotOptimize(framed.pixelsWide());
+    }
+}
+BENCHMARK(BM_ImageBorderedFrame8MP)->Unit(benchmark::kMillisecond);
+
+} // namespace

@@ -1,0 +1,114 @@
+#include "CliRunner.h"
+
+#include <QBuffer>
+#include <QFile>
+#include <QImage>
+#include <QImageReader>
+#include <QImageWriter>
+#include <QPainter>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class ImageCommandTest : public ::testing::Test
+{
+protected:
+    QTemporaryDir dir;
+    QString path(const QString &name) const { return dir.filePath(name); }
+
+    // 300 x 100: red left third, green middle, blue right third.
+    QString threeBands(const QString &name = QStringLiteral("bands.png"))
+    {
+        QImage img(300, 100, QImage::Format_RGB32);
+        QPainter p(&img);
+        p.fillRect(0, 0, 100, 100, Qt::red);
+        p.fillRect(100, 0, 100, 100, Qt::green);
+        p.fillRect(200, 0, 100, 100, Qt::blue);
+        p.end();
+        img.save(path(name));
+        return path(name);
+    }
+};
+
+} // namespace
+
+TEST_F(ImageCommandTest, FitWritesEachFormatWithTheMethodsCrop)
+{
+    const QString in = threeBands();
+    const struct {
+        const char *out;
+        const char *method;
+        const char *format;
+        QColor centre;
+    } cases[] = {
+        {"start.png", "1", "png", Qt::red},
+        {"middle.tiff", "0", "tiff", Qt::green},
+        {"end.webp", "2", "webp", Qt::blue},
+        {"fit.jpg", "3", "jpeg", Qt::green},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.out);
+        const QString out = path(QString::fromLatin1(c.out));
+        const CliRun r = CliRun::of({"image", "fit", in, "50", "50", c.method, out});
+        ASSERT_EQ(r.code, 0) << r.err.toStdString();
+        QImageReader reader(out);
+        reader.setDecideFormatFromContent(true);
+        EXPECT_EQ(reader.format(), QByteArray(c.format));
+        const QImage written = reader.read();
+        ASSERT_EQ(written.size(), QSize(50, 50));
+        const QColor centre = written.pixelColor(25, 25);
+        EXPECT_NEAR(centre.red(), c.centre.red(), 40);
+        EXPECT_NEAR(centre.green(), c.centre.green(), 40);
+        EXPECT_NEAR(centre.blue(), c.centre.blue(), 40);
+    }
+}
+
+TEST_F(ImageCommandTest, InfoPrintsSizeAndFrames)
+{
+    const CliRun r = CliRun::of({"image", "info", threeBands()});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    EXPECT_EQ(r.out, QStringLiteral("size: 300 x 100\nframes: 1\n"));
+}
+
+TEST_F(ImageCommandTest, BadInputFailsWithAMessage)
+{
+    const QString in = threeBands();
+    QFile text(path(QStringLiteral("words.jpg")));
+    ASSERT_TRUE(text.open(QIODevice::WriteOnly));
+    text.write("not a picture");
+    text.close();
+    const struct {
+        QStringList args;
+        const char *message;
+    } cases[] = {
+        {{"image"}, "Usage"},
+        {{"image", "rotate"}, "unknown action"},
+        {{"image", "info"}, "expected one FILE"},
+        {{"image", "info", path(QStringLiteral("missing.png"))}, "no such file"},
+        {{"image", "info", text.fileName()}, "not a picture"},
+        {{"image", "fit", in, "50", "50", "0"}, "expected IN"},
+        {{"image", "fit", in, "0", "50", "0", path(QStringLiteral("o.png"))}, "above 0"},
+        {{"image", "fit", in, "abc", "50", "0", path(QStringLiteral("o.png"))}, "above 0"},
+        {{"image", "fit", in, "50", "50", "4", path(QStringLiteral("o.png"))}, "METHOD"},
+        {{"image", "fit", in, "50000", "50000", "0", path(QStringLiteral("o.png"))}, "megapixel limit"},
+        {{"image", "fit", in, "50", "50", "0", path(QStringLiteral("o.xyz"))}, "extension"},
+        {{"image", "fit", text.fileName(), "50", "50", "0", path(QStringLiteral("o.png"))}, "not a picture"},
+        {{"image", "fit", in, "50", "50", "0", path(QStringLiteral("no/such/folder/o.png"))}, "cannot write"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.args.join(QLatin1Char(' ')).toStdString());
+        const CliRun r = CliRun::of(c.args);
+        EXPECT_NE(r.code, 0);
+        EXPECT_TRUE(r.err.contains(QLatin1String(c.message))) << r.err.toStdString();
+    }
+    EXPECT_FALSE(QFile::exists(path(QStringLiteral("o.png"))));
+}
+
+TEST_F(ImageCommandTest, HelpGoesToStandardOutput)
+{
+    const CliRun r = CliRun::of({"image", "--help"});
+    EXPECT_EQ(r.code, 0);
+    EXPECT_TRUE(r.out.contains(QLatin1String("image fit IN WIDTH HEIGHT METHOD OUT")));
+}
