@@ -140,8 +140,9 @@ TEST(ImageOperations, BorderedFrame)
         EXPECT_EQ(border, QColor(10, 200, 30));
         const int e = c.effectiveInset;
         EXPECT_EQ(px.pixelColor(e - 1, px.height() / 2), QColor(10, 200, 30));
-        if (px.width() - 2 * e >= 1 && px.height() - 2 * e >= 1 && c.pixels.width() > 100)
-            EXPECT_EQ(px.pixelColor(px.width() / 2, px.height() / 2), QColor(Qt::white));
+        // The centre shows the picture unless the content area has no height left.
+        const bool contentLeft = px.height() - 2 * e >= 1;
+        EXPECT_EQ(px.pixelColor(px.width() / 2, px.height() / 2) == QColor(Qt::white), contentLeft);
     }
 }
 
