@@ -5,6 +5,8 @@
 #include "foundation/Paths.h"
 #include "foundation/PlistValue.h"
 #include "model/LayoutEngine.h"
+#include "templates/TemplateStore.h"
+#include "templates/TemplateTables.h"
 #include "templates/TemplatesFile.h"
 #include "support/QtPrinters.h"
 
@@ -21,17 +23,25 @@ namespace {
 
 constexpr int kFirstStartRow = 297;
 
-// The built-in list: "templates.plist", "templates_additional.plist", then every file of the
-// "Templates" folder in the given listing order, stably sorted by module count.
-QVariantList loadLibrary(bool reverseFolderListing = false)
+// The built-in list as the application's store loads it.
+QVariantList loadLibrary()
+{
+    QVariantList all;
+    for (const TemplateStore::Template &t : TemplateStore::readBuiltInTemplates(Paths::resourcesFolder()))
+        all.append(*t);
+    return all;
+}
+
+// The same list with the "Templates" folder listed in another order, as another file system
+// might list it.
+QVariantList loadLibraryWithReversedFolder()
 {
     const QDir resources(Paths::resourcesFolder());
     QStringList files{resources.filePath(QStringLiteral("templates.plist")),
                       resources.filePath(QStringLiteral("templates_additional.plist"))};
     const QDir folder(resources.filePath(QStringLiteral("Templates")));
     QStringList names = folder.entryList(QDir::Files, QDir::Name);
-    if (reverseFolderListing)
-        std::reverse(names.begin(), names.end());
+    std::reverse(names.begin(), names.end());
     for (const QString &name : names)
         files << folder.filePath(name);
     QVariantList all;
@@ -117,9 +127,18 @@ TEST_F(BuiltInLibrary, FirstStartRowIsASquareSevenBySevenGrid)
     EXPECT_LT(integer(library()[kFirstStartRow - 1].toMap(), "nbrModules"), 49);
 }
 
+TEST_F(BuiltInLibrary, FortyNinePhotosFindTheFirstStartRow)
+{
+    // With the 49 factory photos, the first template matching the photo count is the one the
+    // first start shows.
+    EXPECT_EQ(TemplateTables::findFirstTemplateMatchingPhotoCount(
+                  TemplateStore::readBuiltInTemplates(Paths::resourcesFolder()), 49),
+              kFirstStartRow);
+}
+
 TEST_F(BuiltInLibrary, FirstStartRowDoesNotDependOnTheFolderListingOrder)
 {
-    const QVariantList reversed = loadLibrary(true);
+    const QVariantList reversed = loadLibraryWithReversedFolder();
     ASSERT_EQ(reversed.size(), library().size());
     EXPECT_EQ(reversed[kFirstStartRow].toMap(), library()[kFirstStartRow].toMap());
 }

@@ -119,6 +119,15 @@ TEST(TemplateDesignTest, TilesAreInReadingOrderAndScaledToCells)
     EXPECT_EQ(t, d.templateDictionary(QByteArray("png")));
 }
 
+TEST(TemplateDesignTest, ChoicesFromTheNameAreTheSameInEveryRun)
+{
+    // Styles and thumbnail colours are picked from this hash; a per-process seeded hash would
+    // make every build write different files.
+    const TemplateDesign d(pattern(1, 1, {QRect(0, 0, 1, 1)}), CollageShape::named(QStringLiteral("square")), QSize(1, 1));
+    EXPECT_EQ(d.name(), QStringLiteral("test p square"));
+    EXPECT_EQ(d.stableHash(), 0x2ef6a910u);
+}
+
 TEST(LayoutProofTest, AcceptsASoundTemplate)
 {
     const TemplateDesign d = largeLeftDesign();

@@ -30,10 +30,10 @@ double shapeWeight(const QString &shape)
 }
 
 // The looks templates come in; most are plain tiles.
-TileStyle styleFor(const QString &name)
+TileStyle styleFor(const TemplateDesign &d)
 {
     TileStyle s;
-    switch (qHash(name, 7u) % 10) {
+    switch (d.stableHash() % 10) {
     case 6:
     case 7:
         s.cornerRadius = 0.12;
@@ -162,7 +162,7 @@ std::vector<TemplateDesign> DesignCatalogue::candidates(int moduleCount)
             TemplateDesign d(p, shape, *slot);
             if (!seen.insert(geometryKey(d, int(shapeIndex))).second)
                 continue;
-            d.setStyle(styleFor(d.name()));
+            d.setStyle(styleFor(d));
             out.push_back(std::move(d));
         }
     }

@@ -2,7 +2,6 @@
 
 #include "model/TessaryData.h"
 
-#include <QHashFunctions>
 #include <QUuid>
 #include <QVariantList>
 
@@ -31,10 +30,20 @@ TemplateDesign::TemplateDesign(const SlotPattern &pattern, const CollageShape &s
     m_moduleSize = std::max(1, kLongSidePoints / std::max(1, std::max(m_columns, m_rows)));
 }
 
+quint32 TemplateDesign::stableHash() const
+{
+    // FNV-1a over the UTF-16 code units.
+    quint32 h = 2166136261u;
+    for (QChar c : m_name) {
+        h ^= c.unicode();
+        h *= 16777619u;
+    }
+    return h;
+}
+
 int TemplateDesign::colourSeed() const
 {
-    // qHash is seeded per process unless given a seed; a fixed one keeps thumbnails stable.
-    return int(qHash(m_name, 0x7e55u) % 1024u);
+    return int((stableHash() >> 8) % 1024u);
 }
 
 double TemplateDesign::narrowestTile() const

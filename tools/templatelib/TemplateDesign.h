@@ -37,6 +37,9 @@ public:
     const TileStyle &style() const { return m_style; }
     // Where the thumbnail's palette starts, so that neighbouring templates differ in colour.
     int colourSeed() const;
+    // A hash of the design's name that is the same in every run (Qt's string hashes are
+    // seeded per process), so that choices made from it give the same files on every build.
+    quint32 stableHash() const;
     void setStyle(const TileStyle &style) { m_style = style; }
 
     // The tiles in module order (top to bottom, then left to right), in cells.

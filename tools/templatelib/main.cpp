@@ -91,8 +91,7 @@ int main(int argc, char **argv)
             t.loadFromData(rows[i]->thumbnail, "PNG");
             items.push_back({t, QStringLiteral("%1 \u00b7 %2").arg(i).arg(rows[i]->design.moduleCount())});
         }
-        // Light compression: the sheet is large and only for looking at.
-        if (!ContactSheet::render(items).save(parser.value(sheetOption), "PNG", 90)) {
+        if (!ContactSheet::render(items).save(parser.value(sheetOption), "PNG")) {
             err << "tessary-templatelib: cannot write " << parser.value(sheetOption) << '\n';
             return 1;
         }
