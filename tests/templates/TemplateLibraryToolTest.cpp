@@ -6,6 +6,7 @@
 #include "DesignCatalogue.h"
 #include "GridPatterns.h"
 #include "LayoutProof.h"
+#include "LibraryGenerator.h"
 #include "LibraryWriter.h"
 #include "SlotPattern.h"
 #include "TemplateDesign.h"
@@ -278,4 +279,26 @@ TEST(LibraryWriterTest, WritesThreePlacesAndDropsStaleFolderFiles)
     }
     EXPECT_EQ(written, int(entries.size()));
     EXPECT_FALSE(QFile::exists(dir.filePath(QStringLiteral("Templates/Old.plist"))));
+}
+
+TEST(LibraryGeneratorTest, BuiltInRowsFollowTheLoadOrderWithinEachCount)
+{
+    // Larger counts first in the list handed over, to see the sort at work.
+    std::vector<LibraryWriter::Entry> entries;
+    for (int n : {5, 4}) {
+        for (const TemplateDesign &d : DesignCatalogue::candidates(n))
+            entries.push_back({d, {}, {}});
+    }
+    const QStringList files = LibraryWriter::destinations(entries);
+    const std::vector<const LibraryWriter::Entry *> rows = LibraryGenerator::builtInRows(entries);
+    ASSERT_EQ(rows.size(), entries.size());
+    for (size_t i = 1; i < rows.size(); ++i) {
+        const int a = rows[i - 1]->design.moduleCount(), b = rows[i]->design.moduleCount();
+        ASSERT_LE(a, b) << "row " << i;
+        if (a == b) {
+            EXPECT_LE(files.indexOf(LibraryWriter::destinationFor(rows[i - 1]->design)),
+                      files.indexOf(LibraryWriter::destinationFor(rows[i]->design)))
+                << "row " << i;
+        }
+    }
 }

@@ -4,9 +4,8 @@
 
 #include "ContactSheet.h"
 #include "DesignCatalogue.h"
-#include "LayoutProof.h"
+#include "LibraryGenerator.h"
 #include "LibraryWriter.h"
-#include "TemplateThumbnail.h"
 
 #include <QCommandLineParser>
 #include <QElapsedTimer>
@@ -42,48 +41,19 @@ int main(int argc, char **argv)
     QElapsedTimer timer;
     timer.start();
     QString error;
-    const std::vector<TemplateDesign> designs = DesignCatalogue::build(&error);
-    const qint64 designedAt = timer.elapsed();
-    if (designs.empty()) {
+    const auto entries = LibraryGenerator::generate(&error);
+    if (!entries) {
         err << "tessary-templatelib: " << error << '\n';
         return 1;
     }
-
-    std::vector<LibraryWriter::Entry> entries;
-    entries.reserve(designs.size());
-    for (const TemplateDesign &d : designs) {
-        const QImage thumbnail = TemplateThumbnail::render(d.columns(), d.rows(), d.tiles(), d.style().cornerRadius,
-                                                           d.colourSeed());
-        LibraryWriter::Entry entry{d, TemplateThumbnail::png(thumbnail), {}};
-        entry.dictionary = d.templateDictionary(entry.thumbnail);
-        const QString problem = LayoutProof::check(d, entry.dictionary);
-        if (!problem.isEmpty()) {
-            err << "tessary-templatelib: template \"" << d.name() << "\" (" << d.moduleCount()
-                << " modules) fails: " << problem << '\n';
-            return 1;
-        }
-        entries.push_back(std::move(entry));
-    }
-    const qint64 provedAt = timer.elapsed();
-    if (!LibraryWriter::write(parser.value(outputOption), entries, &error)) {
+    const qint64 generatedAt = timer.elapsed();
+    if (!LibraryWriter::write(parser.value(outputOption), *entries, &error)) {
         err << "tessary-templatelib: " << error << '\n';
         return 1;
     }
-
-    // The rows of the built-in list: files in load order, then a stable sort by module count.
-    std::vector<const LibraryWriter::Entry *> rows;
-    for (const QString &file : LibraryWriter::destinations(entries)) {
-        for (const LibraryWriter::Entry &e : entries) {
-            if (LibraryWriter::destinationFor(e.design) == file)
-                rows.push_back(&e);
-        }
-    }
-    std::stable_sort(rows.begin(), rows.end(), [](auto *a, auto *b) {
-        return a->design.moduleCount() < b->design.moduleCount();
-    });
-
     const qint64 writtenAt = timer.elapsed();
-    qint64 sheetTime = 0;
+
+    const std::vector<const LibraryWriter::Entry *> rows = LibraryGenerator::builtInRows(*entries);
     if (parser.isSet(sheetOption)) {
         std::vector<ContactSheet::Item> items;
         for (size_t i = 0; i < rows.size(); ++i) {
@@ -95,18 +65,16 @@ int main(int argc, char **argv)
             err << "tessary-templatelib: cannot write " << parser.value(sheetOption) << '\n';
             return 1;
         }
-        sheetTime = timer.elapsed() - writtenAt;
     }
 
     if (!parser.isSet(quietOption)) {
-        std::map<int, int> perCount;
-        for (const TemplateDesign &d : designs)
-            perCount[d.moduleCount()]++;
-        out << designs.size() << " templates in " << writtenAt << " ms (designed " << designedAt
-            << " ms, drawn and proved " << provedAt - designedAt << " ms, written " << writtenAt - provedAt
-            << " ms; contact sheet " << sheetTime << " ms); row "
+        out << entries->size() << " templates in " << writtenAt << " ms (designed, drawn and proved "
+            << generatedAt << " ms, written " << writtenAt - generatedAt << " ms); row "
             << DesignCatalogue::kFirstStartRow << " is \"" << rows[DesignCatalogue::kFirstStartRow]->design.name()
             << "\"\n";
+        std::map<int, int> perCount;
+        for (const LibraryWriter::Entry &e : *entries)
+            perCount[e.design.moduleCount()]++;
         QStringList summary;
         for (auto [n, c] : perCount)
             summary << QStringLiteral("%1:%2").arg(n).arg(c);
