@@ -66,8 +66,9 @@ bool LibraryWriter::write(const QString &resourcesFolder, const std::vector<Entr
     }
     for (auto it = files.cbegin(); it != files.cend(); ++it) {
         const QString path = root.filePath(it.key());
-        // The additional file is binary, the rest XML, so both readers serve the library.
-        const auto format = it.key() == kAdditional ? PropertyList::Format::Binary : PropertyList::Format::Xml;
+        // The main file stays XML, readable by people and the XML reader; the rest are binary,
+        // which loads many times faster at start-up.
+        const auto format = it.key() == kMain ? PropertyList::Format::Xml : PropertyList::Format::Binary;
         QString why;
         if (!PropertyList::writeFile(path, TemplatesFile::makeTemplateDictionaryWithTemplates(it.value()), format, &why)) {
             if (error)

@@ -15,7 +15,8 @@
 // Even grids and strips go to "templates.plist", so the first-start design (the first
 // 49-module template there) is the first of its count whatever order the folder is listed in;
 // large-tile and framed layouts go to "templates_additional.plist"; columns, rows, mosaics and
-// the collages of more than 49 tiles get a file each in "Templates".
+// the collages of more than 49 tiles get a file each in "Templates". "templates.plist" is an
+// XML property list, the others binary ones.
 class LibraryWriter
 {
 public:
