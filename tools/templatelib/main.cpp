@@ -73,12 +73,21 @@ int main(int argc, char **argv)
             << DesignCatalogue::kFirstStartRow << " is \"" << rows[DesignCatalogue::kFirstStartRow]->design.name()
             << "\"\n";
         std::map<int, int> perCount;
-        for (const LibraryWriter::Entry &e : *entries)
+        std::map<QString, int> perFamily, perShape;
+        for (const LibraryWriter::Entry &e : *entries) {
             perCount[e.design.moduleCount()]++;
-        QStringList summary;
+            perFamily[e.design.family()]++;
+            perShape[e.design.shape()]++;
+        }
+        QStringList counts, families, shapes;
         for (auto [n, c] : perCount)
-            summary << QStringLiteral("%1:%2").arg(n).arg(c);
-        out << "modules:templates " << summary.join(QLatin1Char(' ')) << '\n';
+            counts << QStringLiteral("%1:%2").arg(n).arg(c);
+        for (const auto &[f, c] : perFamily)
+            families << QStringLiteral("%1:%2").arg(f).arg(c);
+        for (const auto &[f, c] : perShape)
+            shapes << QStringLiteral("%1=%2").arg(f).arg(c);
+        out << "modules:templates " << counts.join(QLatin1Char(' ')) << '\n'
+            << "kinds: " << families.join(QLatin1Char(' ')) << "; shapes: " << shapes.join(QLatin1Char(' ')) << '\n';
     }
     return 0;
 }
