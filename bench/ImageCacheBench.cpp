@@ -1,3 +1,5 @@
+#include "foundation/PropertyList.h"
+#include "foundation/UserDefaults.h"
 #include "images/ImageCache.h"
 #include "model/TessaryViewDelegate.h"
 
@@ -5,6 +7,7 @@
 #include <QFileInfo>
 #include <QImage>
 #include <QImageReader>
+#include <QTemporaryDir>
 #include <QThreadPool>
 
 #include <benchmark/benchmark.h>
@@ -128,5 +131,56 @@ void BM_ImageCacheWarmLayout(benchmark::State &state)
     state.SetItemsProcessed(state.iterations() * kPhotoCount);
 }
 BENCHMARK(BM_ImageCacheWarmLayout)->Unit(benchmark::kMillisecond);
+
+} // namespace
+
+namespace {
+
+// Saving a full cache at termination, and restoring it at the next start.
+void BM_ImageCacheSave(benchmark::State &state)
+{
+    const QStringList photos = benchPhotos();
+    if (photos.size() != kPhotoCount) {
+        state.SkipWithError("the benchmark photos could not be written");
+        return;
+    }
+    const PhotoList list(photos);
+    ImageCache cache(&list);
+    cache.fillCache(photos);
+    QTemporaryDir dir;
+    UserDefaults defaults(dir.filePath(QStringLiteral("defaults.sqlite")));
+    for (auto _ : state)
+        cache.saveImageCacheToUserDefaults(defaults);
+    // The size of the stored record.
+    state.counters["record_MB"] =
+        double(PropertyList::toBinary(defaults.objectForKey(QStringLiteral("image cache"))).size()) / (1024 * 1024);
+}
+BENCHMARK(BM_ImageCacheSave)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
+
+void BM_ImageCacheRestore(benchmark::State &state)
+{
+    const QStringList photos = benchPhotos();
+    if (photos.size() != kPhotoCount) {
+        state.SkipWithError("the benchmark photos could not be written");
+        return;
+    }
+    const PhotoList list(photos);
+    QTemporaryDir dir;
+    UserDefaults defaults(dir.filePath(QStringLiteral("defaults.sqlite")));
+    {
+        ImageCache cache(&list);
+        cache.fillCache(photos);
+        cache.saveImageCacheToUserDefaults(defaults);
+    }
+    qsizetype restored = 0;
+    for (auto _ : state) {
+        ImageCache cache(&list);
+        cache.restoreImageCacheFromUserDefaults(defaults);
+        restored = cache.count();
+    }
+    // How many of the photos fit the stored record.
+    state.counters["restored"] = double(restored);
+}
+BENCHMARK(BM_ImageCacheRestore)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(2);
 
 } // namespace

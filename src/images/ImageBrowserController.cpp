@@ -136,7 +136,6 @@ void ImageBrowserController::reloadCollage()
 void ImageBrowserController::reloadData()
 {
     emit browserReloaded();
-    reloadCollage();
     // One selection change at most: a selection past the end (the list shrank) is none, none
     // becomes the first item, and a pending selection wins.
     qsizetype target = m_selection->selectedIndex();
@@ -147,12 +146,17 @@ void ImageBrowserController::reloadData()
     if (m_pendingSelection >= 0 && m_pendingSelection < count())
         target = m_pendingSelection;
     m_pendingSelection = -1;
+    // The collage is laid out once, after the selection settled, not again for the selection.
+    m_reloading = true;
     m_selection->select(target);
+    m_reloading = false;
+    reloadCollage();
 }
 
 void ImageBrowserController::selectionDidChange()
 {
-    reloadCollage();
+    if (!m_reloading)
+        reloadCollage();
     m_previewTimer.start();
 }
 

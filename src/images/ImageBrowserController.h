@@ -133,6 +133,7 @@ private:
     std::function<void()> m_reloadCollage;
     QString m_blankImage;
     qsizetype m_pendingSelection = -1;
+    bool m_reloading = false;
     QTimer m_previewTimer;
 
     DropOperation m_dropOperation = DropBefore;

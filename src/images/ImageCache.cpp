@@ -163,16 +163,40 @@ UIImage ImageCache::getImageForPath(const QString &path)
 bool ImageCache::saveImageCacheToUserDefaults(UserDefaults &defaults) const
 {
     qCInfo(lcTessary, "Saving image cache...");
+    // The listed photos first, in list order, so that when the record is full it is the
+    // photos of the current collage that come back at the next start.
+    QStringList order;
+    if (m_delegate) {
+        for (const QString &path : m_delegate->pickedPhotos()) {
+            if (m_imageCacheDictionary.contains(path) && !order.contains(path))
+                order.append(path);
+        }
+    }
+    const QStringList keys = m_imageCacheDictionary.keys();
+    for (const QString &path : keys) {
+        if (!order.contains(path))
+            order.append(path);
+    }
+    const QList<QByteArray> encoded = QtConcurrent::blockingMapped<QList<QByteArray>>(
+        m_pool, order, [this](const QString &path) { return m_imageCacheDictionary.value(path).image.TIFFRepresentation(); });
+
     QVariantMap stored;
-    for (auto it = m_imageCacheDictionary.constBegin(); it != m_imageCacheDictionary.constEnd(); ++it) {
-        const QByteArray tiff = it->image.TIFFRepresentation();
-        if (tiff.isEmpty() || !it->date.isValid())
+    qint64 total = 0;
+    for (qsizetype i = 0; i < order.size(); ++i) {
+        const QString &path = order.at(i);
+        const QByteArray &tiff = encoded.at(i);
+        const QDateTime date = m_imageCacheDictionary.value(path).date;
+        if (tiff.isEmpty() || !date.isValid())
             continue; // nothing that could be read back
+        // The store reads values up to a fixed size; a record beyond it would never load.
+        if (total + tiff.size() + path.size() + 64 > m_storeBudgetBytes)
+            continue;
+        total += tiff.size() + path.size() + 64;
         QVariantMap entry;
         entry.insert(QStringLiteral("image"), tiff);
-        entry.insert(QStringLiteral("date"), it->date);
-        stored.insert(it.key(), entry);
-        qCInfo(lcTessary, "Saved image cache path: %s", qUtf8Printable(QFileInfo(it.key()).fileName()));
+        entry.insert(QStringLiteral("date"), date);
+        stored.insert(path, entry);
+        qCInfo(lcTessary, "Saved image cache path: %s", qUtf8Printable(QFileInfo(path).fileName()));
     }
     const bool ok = defaults.setObject(stored, Preferences::ImageCache);
     defaults.synchronize();

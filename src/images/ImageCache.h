@@ -26,6 +26,10 @@ class ImageCache
 {
 public:
     static constexpr double kMegaPixels = 0.5;
+    // The stored record is kept below what the defaults store reads back as one value (64 MB),
+    // with room to spare: about 29 photos of half a megapixel. Entries beyond it are left out
+    // (the listed photos go first, in list order) and rebuilt when next needed.
+    static constexpr qint64 kStoreBudgetBytes = 56LL * 1024 * 1024;
 
     struct Entry {
         UIImage image;
@@ -37,6 +41,8 @@ public:
     explicit ImageCache(const TessaryViewDelegate *delegate = nullptr, QThreadPool *pool = nullptr);
 
     void setDelegate(const TessaryViewDelegate *delegate) { m_delegate = delegate; }
+    // The most bytes of images the stored record may hold.
+    void setStoreBudgetBytes(qint64 bytes) { m_storeBudgetBytes = bytes; }
 
     void restoreImageCacheFromUserDefaults(const UserDefaults &defaults);
     // Writes every entry that can be encoded; the cache in memory stays usable afterwards.
@@ -70,6 +76,7 @@ private:
 
     const TessaryViewDelegate *m_delegate;
     QThreadPool *m_pool;
+    qint64 m_storeBudgetBytes = kStoreBudgetBytes;
     QHash<QString, Entry> m_imageCacheDictionary;
     // Files whose reduced copy could not be made, with their date at the time.
     QHash<QString, QDateTime> m_failed;

@@ -240,6 +240,29 @@ TEST_F(ImageCacheTest, StoredCacheRoundTrips)
     EXPECT_TRUE(log.lines().filter(QStringLiteral("Removed path")).isEmpty());
 }
 
+// The store reads one value up to a fixed size: a record beyond it would never come back, so
+// saving stops short of it, keeping the photos of the current list first.
+TEST_F(ImageCacheTest, StoredRecordStaysWithinItsBudget)
+{
+    const QString a = makeImage(QStringLiteral("a.png"), {100, 100});
+    const QString b = makeImage(QStringLiteral("b.png"), {100, 100});
+    const QString c = makeImage(QStringLiteral("c.png"), {100, 100});
+    delegate.photos = {c, a, b};
+    ImageCache cache(&delegate);
+    cache.getImageForPath(a);
+    delegate.photos = {b, c}; // a is still cached but no longer listed
+    const qint64 one = cache.imageCacheDictionary().value(a).image.TIFFRepresentation().size();
+    cache.setStoreBudgetBytes(2 * one + 1000);
+    ASSERT_TRUE(cache.saveImageCacheToUserDefaults(*defaults));
+    const QVariantMap stored = defaults->dictionaryForKey(Preferences::ImageCache);
+    EXPECT_EQ(QStringList(stored.keys()), (QStringList{b, c}));
+
+    cache.setStoreBudgetBytes(0);
+    ASSERT_TRUE(cache.saveImageCacheToUserDefaults(*defaults));
+    EXPECT_TRUE(defaults->dictionaryForKey(Preferences::ImageCache).isEmpty());
+    EXPECT_TRUE(defaults->hasObject(Preferences::ImageCache));
+}
+
 TEST_F(ImageCacheTest, RestoringWithNothingStoredLogsOnlyStartAndEnd)
 {
     ImageCache cache(&delegate);
