@@ -1,0 +1,173 @@
+#include "SkyPainter.h"
+
+#include "Noise.h"
+#include "PaintKit.h"
+
+#include <QLinearGradient>
+#include <QPainter>
+#include <QRadialGradient>
+
+#include <cmath>
+
+void SkyPainter::gradient(QPainter &p, const QRectF &rect, const Stops &stops)
+{
+    QLinearGradient g(rect.topLeft(), rect.bottomLeft());
+    for (const auto &[at, colour] : stops)
+        g.setColorAt(at, colour);
+    p.fillRect(rect, g);
+}
+
+void SkyPainter::layeredClouds(QImage &image, const QRectF &region, quint32 seed, const Layer &layer)
+{
+    const Noise noise(seed);
+    const Noise detail(seed ^ 0x5bd1e995U);
+    const QSize size = region.size().toSize();
+    const double top = region.top();
+    const double height = region.height();
+    const QImage cloud = PaintKit::field(size, 4, [&](double x, double y) -> QRgb {
+        const double nx = x / layer.scaleX;
+        const double ny = (y + top) / layer.scaleY;
+        const double warp = detail.fbm(nx * 0.7, ny * 0.7, 3) * 0.6;
+        const double density = noise.fbm(nx + warp, ny, 6, 2.0, 0.55);
+        double alpha = PaintKit::smoothstep(layer.coverage * 0.5, layer.coverage * 0.5 + 0.35, density);
+        // Thin out towards the bottom of the region (the horizon) and a little at the very top.
+        alpha *= 1.0 - PaintKit::smoothstep(0.55, 1.0, y / height);
+        alpha *= layer.opacity;
+        // Light: the denser part of a cloud is its shaded core, unless lit from below.
+        const double below = noise.fbm(nx + warp, ny + 0.12, 6, 2.0, 0.55);
+        double lit = PaintKit::clamp01(0.55 + (density - below) * 3.0);
+        if (layer.litFromBelow)
+            lit = 1.0 - lit * 0.8;
+        lit = PaintKit::clamp01(lit - PaintKit::smoothstep(0.3, 0.8, density) * 0.35);
+        return PaintKit::premultiplied(PaintKit::mix(layer.shadow, layer.light, lit), alpha);
+    });
+    QPainter p(&image);
+    p.drawImage(region.topLeft(), cloud);
+}
+
+void SkyPainter::cumulus(QImage &image, const QRectF &region, QRandomGenerator &rng, int count,
+                         double size, const QColor &light, const QColor &shadow)
+{
+    QImage layer(image.size(), QImage::Format_ARGB32_Premultiplied);
+    layer.fill(Qt::transparent);
+    QPainter p(&layer);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.setPen(Qt::NoPen);
+    for (int c = 0; c < count; ++c) {
+        // Distant clouds are smaller and lower.
+        const double depth = PaintKit::uniform(rng, 0.0, 1.0);
+        const double width = size * PaintKit::lerp(0.35, 1.0, depth) * PaintKit::uniform(rng, 0.7, 1.3);
+        const double cx = PaintKit::uniform(rng, region.left() - width * 0.3, region.right() + width * 0.3);
+        const double base = region.top() + region.height() * PaintKit::lerp(0.95, 0.35, depth);
+        const int puffs = 10 + int(rng.bounded(12));
+        for (int i = 0; i < puffs; ++i) {
+            const double t = PaintKit::uniform(rng, -0.5, 0.5);
+            const double r = width * PaintKit::uniform(rng, 0.08, 0.2) * (1.0 - std::abs(t) * 0.9);
+            const double x = cx + t * width;
+            // Puffs near the middle heap up higher.
+            const double y = base - r * 0.6 - (0.5 - std::abs(t)) * width * PaintKit::uniform(rng, 0.05, 0.3);
+            QRadialGradient g(QPointF(x - r * 0.3, y - r * 0.45), r * 1.4);
+            g.setColorAt(0.0, light);
+            g.setColorAt(0.55, PaintKit::mix(light, shadow, 0.25));
+            g.setColorAt(1.0, PaintKit::mix(light, shadow, 0.75));
+            p.setBrush(g);
+            p.drawEllipse(QPointF(x, y), r, r * 0.9);
+        }
+        // Flat, shaded base.
+        QLinearGradient under(0, base - width * 0.18, 0, base);
+        under.setColorAt(0.0, PaintKit::withAlpha(shadow, 0.0));
+        under.setColorAt(1.0, PaintKit::withAlpha(shadow, 0.8));
+        p.setCompositionMode(QPainter::CompositionMode_SourceAtop);
+        p.fillRect(QRectF(cx - width, base - width * 0.18, width * 2, width * 0.18), under);
+        p.setCompositionMode(QPainter::CompositionMode_DestinationOut);
+        p.fillRect(QRectF(cx - width, base, width * 2, width), Qt::black);
+        p.setCompositionMode(QPainter::CompositionMode_SourceOver);
+    }
+    p.end();
+    const QImage soft = PaintKit::blurred(layer, size * 0.012 + 1);
+    QPainter out(&image);
+    out.setOpacity(0.95);
+    out.drawImage(0, 0, soft);
+}
+
+void SkyPainter::sun(QPainter &p, QPointF centre, double radius, const QColor &core, const QColor &halo)
+{
+    p.setRenderHint(QPainter::Antialiasing);
+    PaintKit::glow(p, centre, radius * 14, halo, 0.45);
+    PaintKit::glow(p, centre, radius * 4, halo, 0.6);
+    QRadialGradient g(centre, radius);
+    g.setColorAt(0.0, Qt::white);
+    g.setColorAt(0.7, core);
+    g.setColorAt(1.0, PaintKit::withAlpha(core, 0.9));
+    p.setPen(Qt::NoPen);
+    p.setBrush(g);
+    p.drawEllipse(centre, radius, radius);
+}
+
+void SkyPainter::stars(QImage &image, const QRectF &region, QRandomGenerator &rng, int count, bool galaxy)
+{
+    QPainter p(&image);
+    p.setRenderHint(QPainter::Antialiasing);
+    const double unit = std::max(1.0, image.width() / 1600.0);
+    if (galaxy) {
+        // A diagonal glowing band with dark lanes.
+        const Noise noise(rng.generate());
+        const double angle = PaintKit::uniform(rng, -0.5, 0.5);
+        const QSize size = region.size().toSize();
+        const QImage band = PaintKit::field(size, 4, [&](double x, double y) -> QRgb {
+            const double u = (x - size.width() / 2.0) * std::cos(angle) + (y - size.height() * 0.4) * std::sin(angle);
+            const double v = -(x - size.width() / 2.0) * std::sin(angle) + (y - size.height() * 0.4) * std::cos(angle);
+            const double across = v / (size.height() * 0.18) + noise.fbm(u / 300, 0.5, 3) * 0.6;
+            double a = std::exp(-across * across);
+            const double dust = noise.fbm(u / 90, v / 90, 5);
+            a *= PaintKit::clamp01(0.55 + dust * 1.3);
+            a *= 1.0 - PaintKit::smoothstep(0.55, 1.0, y / size.height());
+            return PaintKit::premultiplied(QColor(225, 215, 235), a * 0.45);
+        });
+        p.drawImage(region.topLeft(), band);
+    }
+    p.setPen(Qt::NoPen);
+    for (int i = 0; i < count; ++i) {
+        const double x = PaintKit::uniform(rng, region.left(), region.right());
+        const double y = region.top() + region.height() * std::pow(rng.generateDouble(), 1.3);
+        const double fade = 1.0 - PaintKit::smoothstep(0.5, 1.0, (y - region.top()) / region.height());
+        const double b = std::pow(rng.generateDouble(), 3.0);
+        const double r = unit * (0.45 + b * 1.3);
+        QColor c = PaintKit::mix(QColor(255, 230, 200), QColor(200, 220, 255), rng.generateDouble());
+        c.setAlphaF(float(PaintKit::clamp01((0.35 + b) * fade)));
+        p.setBrush(c);
+        p.drawEllipse(QPointF(x, y), r, r);
+        if (b > 0.6)
+            PaintKit::glow(p, QPointF(x, y), r * 6, c, 0.35 * fade);
+    }
+}
+
+void SkyPainter::reflect(QImage &image, int waterY, const QColor &water, double ripple, quint32 seed,
+                         double darken)
+{
+    const Noise noise(seed);
+    const int w = image.width();
+    const int h = image.height();
+    const QImage source = image.copy(0, 0, w, waterY);
+    const QRgb tint = water.rgb();
+    for (int y = waterY; y < h; ++y) {
+        const double distance = double(y - waterY) / std::max(1, h - waterY);
+        // Rows further from the horizon mirror rows further up, and waves widen with distance.
+        const int sourceY = std::clamp(waterY - 1 - (y - waterY), 0, waterY - 1);
+        const double amplitude = ripple * (0.3 + distance * 1.5);
+        const double shift = amplitude * noise.fbm(0.5, y / (2.0 + distance * 10.0), 3);
+        const int dx = int(std::lround(shift));
+        const double toWater = PaintKit::clamp01(0.25 + distance * 0.6);
+        const auto *src = reinterpret_cast<const QRgb *>(source.constScanLine(sourceY));
+        auto *dst = reinterpret_cast<QRgb *>(image.scanLine(y));
+        const int k = int(256 * toWater);
+        const int dk = int(256 * darken);
+        for (int x = 0; x < w; ++x) {
+            const QRgb s = src[std::clamp(x + dx, 0, w - 1)];
+            const int r = ((qRed(s) * dk >> 8) * (256 - k) + qRed(tint) * k) >> 8;
+            const int g = ((qGreen(s) * dk >> 8) * (256 - k) + qGreen(tint) * k) >> 8;
+            const int b = ((qBlue(s) * dk >> 8) * (256 - k) + qBlue(tint) * k) >> 8;
+            dst[x] = qRgb(r, g, b);
+        }
+    }
+}
