@@ -8,10 +8,12 @@
 std::vector<double> HarpSynth::pluck(double frequency, int count, double brightness, double sustain, quint32 seed)
 {
     std::vector<double> out(size_t(std::max(0, count)), 0.0);
-    // The averaging filter delays by half a sample; the all-pass makes up the fraction.
-    const double period = sampleRate / frequency - 0.5;
-    const int length = std::max(2, int(std::floor(period - 0.1)));
-    const double fraction = period - length;
+    // The loop reads a sample and averages it with the one after it, so a line of `length`
+    // samples delays by length - 0.5; the all-pass adds the missing fraction (kept between 0.1
+    // and 1.1 samples, where its delay is accurate).
+    const double period = sampleRate / frequency;
+    const int length = std::max(2, int(std::floor(period + 0.5 - 0.1)));
+    const double fraction = period + 0.5 - length;
     const double coefficient = (1.0 - fraction) / (1.0 + fraction);
 
     QRandomGenerator rng(seed);

@@ -24,6 +24,38 @@ QRgb PaintKit::premultiplied(const QColor &c, double alpha)
                  int(255 * a + 0.5));
 }
 
+QImage PaintKit::enlarge(const QImage &grid, QSize size, int step)
+{
+    QImage out(size, QImage::Format_ARGB32_Premultiplied);
+    const int gw = grid.width();
+    const int gh = grid.height();
+    // Horizontal weights and sample indices are the same on every row.
+    std::vector<int> x0(size_t(size.width())), wx(size_t(size.width()));
+    for (int x = 0; x < size.width(); ++x) {
+        x0[size_t(x)] = std::min(x / step, gw - 2);
+        wx[size_t(x)] = ((x - x0[size_t(x)] * step) << 8) / step;
+    }
+    for (int y = 0; y < size.height(); ++y) {
+        const int y0 = std::min(y / step, gh - 2);
+        const int wy = ((y - y0 * step) << 8) / step;
+        const auto *top = reinterpret_cast<const QRgb *>(grid.constScanLine(y0));
+        const auto *bottom = reinterpret_cast<const QRgb *>(grid.constScanLine(y0 + 1));
+        auto *line = reinterpret_cast<QRgb *>(out.scanLine(y));
+        for (int x = 0; x < size.width(); ++x) {
+            const int i = x0[size_t(x)];
+            const int w = wx[size_t(x)];
+            const QRgb a = top[i], b = top[i + 1], c = bottom[i], d = bottom[i + 1];
+            auto channel = [&](int shift) {
+                const int ab = (((a >> shift) & 0xff) * (256 - w) + ((b >> shift) & 0xff) * w);
+                const int cd = (((c >> shift) & 0xff) * (256 - w) + ((d >> shift) & 0xff) * w);
+                return ((ab * (256 - wy) + cd * wy) + (1 << 15)) >> 16;
+            };
+            line[x] = qRgba(channel(16), channel(8), channel(0), channel(24));
+        }
+    }
+    return out;
+}
+
 void PaintKit::boxBlur(QImage &image, int radius)
 {
     if (radius < 1)

@@ -54,10 +54,11 @@ public:
         }
         if (step == 1)
             return small.copy(0, 0, size.width(), size.height());
-        // The coarse grid overhangs the picture by up to one step; enlarge, then crop it away.
-        return small.scaled(w * step, h * step, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-            .copy(0, 0, size.width(), size.height());
+        return enlarge(small, size, step);
     }
+
+    // Bilinear enlargement of a grid whose sample (i, j) stands for pixel (i * step, j * step).
+    static QImage enlarge(const QImage &grid, QSize size, int step);
 
     // A Gaussian-like blur of about `radius` pixels (three box passes at a reduced size).
     static QImage blurred(const QImage &image, double radius);

@@ -45,27 +45,37 @@ QImage TexturePainter::wood(const SceneRequest &request)
     const double across = vertical ? w : h;
     const int boards = 4 + int(rng.bounded(3));
     const double boardWidth = across / boards;
-    std::vector<double> tone(static_cast<size_t>(boards)), offset(tone), joint(tone);
-    for (int i = 0; i < boards; ++i) {
-        tone[size_t(i)] = PaintKit::uniform(rng, -0.12, 0.12);
-        offset[size_t(i)] = PaintKit::uniform(rng, 0, 1000);
-        joint[size_t(i)] = PaintKit::uniform(rng, 0.2, 0.8) * along;
+    // Per board: tone, and where the log's centre lay relative to the board (a centre off to the
+    // side gives straight grain; one just past the edge gives the arches of flat-sawn boards).
+    std::vector<double> tone(static_cast<size_t>(boards)), pith(tone), apex(tone), offset(tone), joint(tone);
+    for (size_t i = 0; i < size_t(boards); ++i) {
+        tone[i] = PaintKit::uniform(rng, -0.16, 0.16);
+        pith[i] = (rng.bounded(2) ? -1 : 1) * PaintKit::uniform(rng, 0.6, 3.0) * boardWidth + boardWidth / 2;
+        apex[i] = PaintKit::uniform(rng, -0.3, 1.3) * along;
+        offset[i] = PaintKit::uniform(rng, 0, 1000);
+        joint[i] = PaintKit::uniform(rng, 0.2, 0.8) * along;
     }
+    const double ringWidth = boardWidth * 0.09;
     QImage image = PaintKit::field(size, 1, [&](double x, double y) -> QRgb {
         const double a = vertical ? y : x;   // along the grain
         const double c = vertical ? x : y;   // across the grain
-        const int board = std::clamp(int(c / boardWidth), 0, boards - 1);
-        const double local = c - board * boardWidth;
-        const double o = offset[size_t(board)] + (a > joint[size_t(board)] ? 500 : 0);
-        // Growth rings: stretched along the board, bent by low-frequency noise.
-        const double bend = noise.fbm(a / (along * 0.35) + o, local / (boardWidth * 2), 3) * boardWidth * 0.9;
-        const double rings = (local + bend) / (boardWidth * 0.09) + o;
-        const double ring = 0.5 + 0.5 * std::sin(rings * 2 * M_PI);
-        const double fine = noise.at(a / (along * 0.002) + o, local / 2.2);
-        double t = std::pow(ring, 3.0) * 0.6 + 0.2 + fine * 0.08 + tone[size_t(board)];
+        const size_t board = size_t(std::clamp(int(c / boardWidth), 0, boards - 1));
+        const double local = c - double(board) * boardWidth;
+        const bool second = a > joint[board];
+        const double o = offset[board] + (second ? 500 : 0);
+        const double p = pith[board] + (second ? boardWidth * 0.7 : 0);
+        // Distance from the log's centre, the length squeezed so that rings become long arches.
+        const double sway = noise.fbm(a / (along * 0.5) + o, local / boardWidth, 3) * ringWidth * 4;
+        const double d = std::hypot(local + sway - p, (a - apex[board]) * 0.06) / ringWidth
+                         + noise.fbm(a / along + o, local / boardWidth * 3, 2) * 1.5;
+        const double ring = d - std::floor(d);
+        // Each ring: pale earlywood, then a narrow darker band of latewood.
+        const double late = PaintKit::smoothstep(0.55, 0.85, ring) * (1.0 - PaintKit::smoothstep(0.9, 1.0, ring));
+        const double streak = noise.at(a / (along * 0.03) + o, local / (boardWidth * 0.012)) * 0.06;
+        double t = 0.75 - late * 0.45 + streak + tone[board];
         // Dark seams between boards and at the board ends.
         const double seam = std::min(local, boardWidth - local);
-        const double endSeam = std::abs(a - joint[size_t(board)]);
+        const double endSeam = std::abs(a - joint[board]);
         t *= PaintKit::smoothstep(0.0, 3.0, std::min(seam, endSeam)) * 0.7 + 0.3;
         const QColor col = PaintKit::mix(pal.dark, pal.light, PaintKit::clamp01(t));
         return PaintKit::premultiplied(col, 1.0);
@@ -230,7 +240,8 @@ QImage TexturePainter::fabric(const SceneRequest &request)
     QRandomGenerator rng(request.seed);
     const Noise noise(rng.generate());
     const int v = request.variant % 3;
-    const double thread = std::max(5.0, std::min(w, h) / 180.0);
+    // Close enough to see single threads: a coarse linen, a denim twill, a tartan wool.
+    const double thread = std::max(5.0, std::min(w, h) / (v == 0 ? 55.0 : v == 1 ? 90.0 : 110.0));
     // Large soft folds, as if the cloth lay loosely on a table.
     const QImage folds = PaintKit::field(size, 8, [&](double x, double y) -> QRgb {
         const double n = noise.fbm(x / (w * 0.5), y / (h * 0.3), 3);
@@ -242,33 +253,39 @@ QImage TexturePainter::fabric(const SceneRequest &request)
         const int row = int(y / thread);
         const double fx = x / thread - col;
         const double fy = y / thread - row;
-        // Plain weave (linen, plaid) or twill (denim): which thread lies on top here.
-        const bool warpOnTop = v == 0 ? ((col + row) & 1) : ((col + row) % 4 < 2);
-        const double profile = warpOnTop ? std::sin(fx * M_PI) : std::sin(fy * M_PI);
-        const double slub = noise.at(warpOnTop ? x / 2 : y / 2, warpOnTop ? y / 60 : x / 60) * 0.12;
+        // Plain weave (linen, tartan) or a three-over-one twill (denim): which yarn is on top.
+        const bool warpOnTop = v == 1 ? ((col + row) % 4 != 0) : ((col + row) & 1);
+        const double across = warpOnTop ? fx : fy;
+        // Each yarn is round: bright along its middle, dark in the gaps between yarns.
+        const double profile = std::pow(std::sin(across * M_PI), 0.7);
+        // Every yarn has its own thickness and tone, varying slowly along it.
+        const double yarn = warpOnTop ? noise.at(col * 0.71 + 0.3, y / (thread * 9)) : noise.at(x / (thread * 9), row * 0.71 + 0.3);
+        const double fibre = noise.at(warpOnTop ? x / (thread * 0.15) : x / (thread * 2), warpOnTop ? y / (thread * 2) : y / (thread * 0.15)) * 0.08;
         QColor warp, weft;
         if (v == 0) {
-            warp = QColor(215, 200, 175);
-            weft = QColor(200, 185, 160);
+            warp = QColor(205, 190, 165);
+            weft = QColor(190, 175, 150);
         } else if (v == 1) {
-            warp = QColor(50, 75, 125);
-            weft = QColor(190, 195, 205);
+            // Indigo, faded in patches.
+            const double fade = PaintKit::smoothstep(-0.2, 0.6, noise.fbm(x / (w * 0.3) + 5, y / (h * 0.3), 3));
+            warp = PaintKit::mix(QColor(35, 55, 105), QColor(95, 125, 170), fade * 0.7);
+            weft = QColor(165, 170, 185);
         } else {
-            // Plaid: stripes of colour in both directions.
+            // Tartan: the same sett of stripes in both directions.
             auto stripe = [](int i) {
-                const int k = i % 24;
-                if (k < 8) return QColor(170, 35, 40);
+                const int k = ((i % 24) + 24) % 24;
+                if (k < 8) return QColor(165, 35, 40);
                 if (k < 10) return QColor(30, 40, 70);
-                if (k < 12) return QColor(230, 200, 90);
+                if (k < 12) return QColor(225, 195, 90);
                 if (k < 20) return QColor(30, 70, 50);
-                return QColor(170, 35, 40);
+                return QColor(165, 35, 40);
             };
             warp = stripe(col / 2);
             weft = stripe(row / 2);
         }
         const QColor base = warpOnTop ? warp : weft;
-        const double lit = 0.55 + 0.45 * profile + slub;
-        return PaintKit::premultiplied(PaintKit::shade(base, 0.55 + 0.55 * lit), 1.0);
+        const double lit = 0.35 + 0.6 * profile + yarn * 0.12 + fibre;
+        return PaintKit::premultiplied(PaintKit::shade(base, 0.5 + 0.6 * lit), 1.0);
     });
     QPainter p(&image);
     p.setCompositionMode(QPainter::CompositionMode_SoftLight);
