@@ -1,0 +1,228 @@
+#include "model/CollageRenderer.h"
+
+#include "model/CoordinateTransform.h"
+#include "model/LayoutEngine.h"
+#include "model/TilePainter.h"
+#include "support/FakePhotoList.h"
+
+#include <QPainter>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+// Colours far enough apart that JPEG noise never confuses them.
+const QColor kColours[] = {QColor(220, 30, 30), QColor(30, 200, 40), QColor(40, 60, 220), QColor(230, 200, 20),
+                           QColor(200, 40, 200), QColor(20, 200, 210)};
+const QColor kBackground(250, 250, 250);
+
+bool near(const QColor &a, const QColor &b, int tolerance = 12)
+{
+    return std::abs(a.red() - b.red()) <= tolerance && std::abs(a.green() - b.green()) <= tolerance
+           && std::abs(a.blue() - b.blue()) <= tolerance;
+}
+
+::testing::AssertionResult shows(const QImage &image, QPoint at, const QColor &expected)
+{
+    const QColor got = image.pixelColor(at);
+    if (near(got, expected))
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "pixel (" << at.x() << ", " << at.y() << ") is " << got.name().toStdString()
+                                         << ", expected " << expected.name().toStdString();
+}
+
+class RendererTest : public ::testing::Test
+{
+protected:
+    // A solid photo file; large JPEGs exercise the reduced decoding.
+    QString photo(const QString &name, const QColor &colour, QSize size = QSize(1600, 1200))
+    {
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(colour);
+        const QString path = dir.filePath(name);
+        EXPECT_TRUE(image.save(path));
+        return path;
+    }
+    // A photo whose first half (left, or top for a tall one) and second half differ.
+    QString halves(const QString &name, QSize size, const QColor &first, const QColor &second)
+    {
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(second);
+        QPainter p(&image);
+        if (size.width() >= size.height())
+            p.fillRect(0, 0, size.width() / 2, size.height(), first);
+        else
+            p.fillRect(0, 0, size.width(), size.height() / 2, first);
+        p.end();
+        const QString path = dir.filePath(name);
+        EXPECT_TRUE(image.save(path));
+        return path;
+    }
+
+    // A grid of columns x rows cells of 100 points, one 1 x 1 module per cell.
+    CollageLayout layout(int columns, int rows, const TessaryViewDelegate &photos, int transform = 0, int spacing = 0)
+    {
+        LayoutEngine engine(photo(QStringLiteral("defaultImage.png"), QColor(128, 128, 128), QSize(64, 64)));
+        engine.setCoordinateTransform(transform);
+        engine.setSpacingType(spacing);
+        engine.setup(100, 0, columns * 100.0, rows * 100.0, QSizeF(columns * 100.0, rows * 100.0));
+        QVariantList modules;
+        for (int i = 0; i < columns * rows; ++i)
+            modules << QVariantMap{{QStringLiteral("widthFactor"), 1}, {QStringLiteral("heightFactor"), 1}};
+        engine.loadTessaryDataModules(modules, true);
+        CollageLayout result = engine.setupLayoutWithTessaryElements(engine.tessaryDataModules(), &photos);
+        CoordinateTransform::applyCoordinateTransform(result);
+        return result;
+    }
+
+    static CollageRenderer::Options options(bool renderEmptyTiles = false)
+    {
+        CollageRenderer::Options o;
+        o.background = kBackground;
+        o.renderEmptyTiles = renderEmptyTiles;
+        o.threads = 2;
+        return o;
+    }
+
+    QTemporaryDir dir;
+};
+
+// Every tile's centre shows its own photo and every gap between tiles shows the background,
+// whichever way the collage is turned.
+TEST_F(RendererTest, TileCentresShowTheirPhotosAndGapsTheBackground)
+{
+    QStringList paths;
+    for (int i = 0; i < 6; ++i)
+        paths << photo(QStringLiteral("p%1.%2").arg(i).arg(i % 2 ? "png" : "jpg"), kColours[i],
+                       i % 3 == 2 ? QSize(900, 1500) : QSize(1600, 1200));
+    const FakePhotoList photos(paths, {0, 1, 2, 3, 0, 1});
+    for (int transform = 0; transform < CoordinateTransform::kCount; ++transform) {
+        SCOPED_TRACE(transform);
+        const CollageLayout l = layout(3, 2, photos, transform);
+        const CollageRenderer::Result r = CollageRenderer::renderScaled(l, 2, options());
+        ASSERT_TRUE(r.ok()) << r.error.toStdString();
+        EXPECT_TRUE(r.warnings.isEmpty());
+        EXPECT_EQ(r.image.size(), CoordinateTransform::isRotation(transform) ? QSize(400, 600) : QSize(600, 400));
+        ASSERT_EQ(l.tiles.size(), 6u);
+        for (const TileLayout &t : l.tiles) {
+            const QRect px = CollageRenderer::pixelRect(t.frame, 2);
+            EXPECT_TRUE(shows(r.image, px.center(), kColours[t.tag])) << "tile " << t.tag;
+            // Just outside the tile, in the spacing around it.
+            EXPECT_TRUE(shows(r.image, QPoint(px.left() - 2, px.center().y()), kBackground)) << "left of " << t.tag;
+            EXPECT_TRUE(shows(r.image, QPoint(px.center().x(), px.bottom() + 2), kBackground)) << "below tile " << t.tag;
+        }
+        EXPECT_TRUE(shows(r.image, QPoint(0, 0), kBackground));
+    }
+}
+
+TEST_F(RendererTest, PlaceholderTilesAreDrawnOnlyWhenAskedFor)
+{
+    const FakePhotoList photos({photo(QStringLiteral("a.jpg"), kColours[0])});
+    const CollageLayout l = layout(2, 1, photos);
+    ASSERT_TRUE(l.tiles[1].placeholder);
+    const QPoint emptyCentre = CollageRenderer::pixelRect(l.tiles[1].frame, 1).center();
+    for (bool renderEmpty : {false, true}) {
+        const CollageRenderer::Result r = CollageRenderer::renderScaled(l, 1, options(renderEmpty));
+        EXPECT_TRUE(shows(r.image, CollageRenderer::pixelRect(l.tiles[0].frame, 1).center(), kColours[0]));
+        EXPECT_TRUE(shows(r.image, emptyCentre, renderEmpty ? QColor(128, 128, 128) : kBackground)) << renderEmpty;
+    }
+}
+
+struct AlignmentCase {
+    QSize size;
+    int method;
+    int expectedHalf; // 0 the first (left or top) half, 1 the second, -1 the background
+};
+
+TEST_F(RendererTest, AlignmentKeepsTheRightEndOfThePhoto)
+{
+    const QColor first(220, 30, 30), second(40, 60, 220);
+    const AlignmentCase cases[] = {
+        {QSize(1600, 400), 1, 0}, {QSize(1600, 400), 2, 1}, // too wide: keep the left / the right end
+        {QSize(400, 1600), 1, 0}, {QSize(400, 1600), 2, 1}, // too tall: keep the upper / the lower end
+    };
+    for (const AlignmentCase &c : cases) {
+        const FakePhotoList photos({halves(QStringLiteral("h.jpg"), c.size, first, second)}, {c.method});
+        const CollageLayout l = layout(1, 1, photos);
+        const CollageRenderer::Result r = CollageRenderer::renderScaled(l, 3, options());
+        const QRect px = CollageRenderer::pixelRect(l.tiles[0].frame, 3);
+        EXPECT_TRUE(shows(r.image, px.center(), c.expectedHalf == 0 ? first : second))
+            << c.size.width() << "x" << c.size.height() << " method " << c.method;
+    }
+    // Fitting the whole photo leaves bands of background above and below a wide photo.
+    const FakePhotoList photos({photo(QStringLiteral("wide.jpg"), first, QSize(1600, 400))}, {3});
+    const CollageLayout l = layout(1, 1, photos);
+    const CollageRenderer::Result r = CollageRenderer::renderScaled(l, 3, options());
+    const QRect px = CollageRenderer::pixelRect(l.tiles[0].frame, 3);
+    EXPECT_TRUE(shows(r.image, px.center(), first));
+    EXPECT_TRUE(shows(r.image, QPoint(px.center().x(), px.top() + 5), kBackground));
+}
+
+TEST_F(RendererTest, OverlappingTilesStackInLayoutOrder)
+{
+    QStringList paths;
+    for (int i = 0; i < 6; ++i)
+        paths << photo(QStringLiteral("o%1.jpg").arg(i), kColours[i]);
+    const FakePhotoList photos(paths);
+    const CollageLayout l = layout(3, 2, photos, 0, 1); // outset: neighbours overlap
+    ASSERT_TRUE(l.tiles[0].frame.intersects(l.tiles[1].frame));
+    for (int run = 0; run < 5; ++run) {
+        const CollageRenderer::Result r = CollageRenderer::renderScaled(l, 2, options());
+        // Where tile 0 and tile 1 overlap (around x = 200), the later tile 1 lies on top; where
+        // the first row overlaps the second, the second row does.
+        EXPECT_TRUE(shows(r.image, QPoint(201, 100), kColours[1]));
+        EXPECT_TRUE(shows(r.image, QPoint(198, 100), kColours[1]));
+        EXPECT_TRUE(shows(r.image, QPoint(100, 198), kColours[3]));
+    }
+}
+
+TEST_F(RendererTest, UnreadablePhotoLeavesItsTileEmptyAndIsNamed)
+{
+    QFile broken(dir.filePath(QStringLiteral("broken.jpg")));
+    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
+    broken.write("\xFF\xD8\xFF\xE0 not really a jpeg");
+    broken.close();
+    const FakePhotoList photos({photo(QStringLiteral("ok.jpg"), kColours[2]), broken.fileName(),
+                                dir.filePath(QStringLiteral("missing.jpg"))});
+    const CollageLayout l = layout(3, 1, photos);
+    const CollageRenderer::Result r = CollageRenderer::renderScaled(l, 1, options());
+    ASSERT_TRUE(r.ok());
+    ASSERT_EQ(r.warnings.size(), 2);
+    EXPECT_TRUE(r.warnings[0].contains(QStringLiteral("broken.jpg"))) << r.warnings[0].toStdString();
+    EXPECT_TRUE(r.warnings[1].contains(QStringLiteral("missing.jpg"))) << r.warnings[1].toStdString();
+    EXPECT_TRUE(shows(r.image, CollageRenderer::pixelRect(l.tiles[0].frame, 1).center(), kColours[2]));
+    EXPECT_TRUE(shows(r.image, CollageRenderer::pixelRect(l.tiles[1].frame, 1).center(), kBackground));
+}
+
+TEST_F(RendererTest, UnscaledRenderShowsOpacityBorderAndSelection)
+{
+    const QColor red(220, 30, 30);
+    const FakePhotoList photos({photo(QStringLiteral("r.jpg"), red), photo(QStringLiteral("g.jpg"), kColours[1])}, {},
+                               1);
+    CollageLayout l = layout(2, 1, photos);
+    ASSERT_TRUE(l.tiles[1].selected);
+    l.tiles[0].alpha = 0.5;
+    l.tiles[0].borderWidth = 6;
+    l.tiles[0].borderColor = QColor(0, 0, 0);
+    const CollageRenderer::Result r = CollageRenderer::renderUnscaled(l, options());
+    ASSERT_TRUE(r.ok());
+    EXPECT_EQ(r.image.size(), QSize(200, 100));
+    const QRect a = CollageRenderer::pixelRect(l.tiles[0].frame, 1);
+    const QRect b = CollageRenderer::pixelRect(l.tiles[1].frame, 1);
+    // Half-transparent red over the near-white background, and its half-transparent border.
+    EXPECT_TRUE(shows(r.image, QPoint(a.center().x(), a.top() + 20), QColor(235, 140, 140)));
+    EXPECT_TRUE(shows(r.image, QPoint(a.center().x(), a.top() + 3), QColor(125, 125, 125)));
+    // The selected tile: the blue outline on its edge, then the 3-point margin, then the photo.
+    EXPECT_TRUE(shows(r.image, QPoint(b.center().x(), b.top()), TilePainter::selectionColor()));
+    EXPECT_TRUE(shows(r.image, QPoint(b.center().x(), b.top() + 2), kBackground));
+    EXPECT_TRUE(shows(r.image, QPoint(b.center().x(), b.top() + 4), kColours[1]));
+    // The scaled render shows none of that.
+    const CollageRenderer::Result plain = CollageRenderer::renderScaled(l, 1, options());
+    EXPECT_TRUE(shows(plain.image, QPoint(a.center().x(), a.top() + 3), red));
+    EXPECT_TRUE(shows(plain.image, QPoint(b.center().x(), b.top()), kColours[1]));
+}
+
+} // namespace
