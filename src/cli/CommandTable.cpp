@@ -3,6 +3,7 @@
 #include "DefaultsCommand.h"
 #include "ImageCommand.h"
 #include "PhotosCommand.h"
+#include "RenderCommand.h"
 #include "TemplateCommand.h"
 
 const std::vector<CommandTable::Entry> &CommandTable::entries()
@@ -12,6 +13,7 @@ const std::vector<CommandTable::Entry> &CommandTable::entries()
         {QStringLiteral("photos"), QStringLiteral("list and edit the photo list"), PhotosCommand::run},
         {QStringLiteral("template"), QStringLiteral("list, apply, import, export and edit templates; print the layout"), TemplateCommand::run},
         {QStringLiteral("image"), QStringLiteral("inspect pictures and fit them into a size"), ImageCommand::run},
+        {QStringLiteral("render"), QStringLiteral("render a collage into a picture, or print its tile frames"), RenderCommand::run},
     };
     return table;
 }

@@ -1,0 +1,533 @@
+#include "RenderCommand.h"
+
+#include "PrintingAlertPresenter.h"
+#include "RenderPhotoList.h"
+
+#include "foundation/Paths.h"
+#include "foundation/PlistValue.h"
+#include "foundation/Preferences.h"
+#include "foundation/UserDefaults.h"
+#include "images/ImageBookmarks.h"
+#include "model/CollageRenderer.h"
+#include "model/CoordinateTransform.h"
+#include "model/LayoutEngine.h"
+#include "model/RenderScale.h"
+#include "templates/TemplateStore.h"
+#include "templates/TemplatesFile.h"
+
+#include <QFileInfo>
+#include <QImageWriter>
+#include <QPainter>
+#include <QSaveFile>
+
+#include <optional>
+
+#include <unistd.h>
+
+namespace {
+
+const char *kHelp =
+    "Usage: tessary-cli render [OPTIONS] [PHOTO...] -o OUT\n"
+    "       tessary-cli render [OPTIONS] [PHOTO...] --layout-only\n"
+    "\n"
+    "Renders a collage into one picture. Without --template or --builtin it is the current\n"
+    "collage of the user defaults store ($TESSARY_DEFAULTS when set): its layout and its photo\n"
+    "list. PHOTO arguments replace the stored photo list: photo i goes into module i, modules\n"
+    "without a photo show nothing (or the placeholder with --render-empty-tiles).\n"
+    "\n"
+    "Collage:\n"
+    "  --template FILE[:INDEX]  a template of a templates file (INDEX from 0, default 0)\n"
+    "  --builtin N              the built-in template at row N (297: the one shown at first start)\n"
+    "  --align A                fit every photo by A: 0 center, 1 start, 2 end, 3 fit\n"
+    "  --transform T            0 none, 1 flip horizontally, 2 flip vertically,\n"
+    "                           3 rotate left, 4 rotate right\n"
+    "  --spacing inset|outset   gaps between the tiles (default) or overlapping tiles\n"
+    "  --increments W H         tile spacing in percent (default: the stored setting, else 5 5)\n"
+    "  --size W[xH]             the size the collage is shown at, in points (default: the\n"
+    "                           template's own size); the height fits the width when omitted\n"
+    "\n"
+    "Picture:\n"
+    "  -o, --output OUT         PNG, TIFF, JPEG or WebP, chosen by the extension\n"
+    "  --scale auto|N           enlarge N times; auto (default) takes as much as the sharpest\n"
+    "                           photo needs within a tenth of the free memory and 26 megapixels\n"
+    "  --unscaled               the collage at its shown size as the window draws it, with the\n"
+    "                           tiles' opacity, borders, corners, titles and numbers\n"
+    "  --background COLOR       #rrggbb, #aarrggbb, a colour name or 'clear' (default: the stored\n"
+    "                           collage background, else clear; JPEG flattens clear onto white)\n"
+    "  --render-empty-tiles     show the placeholder picture in modules without a photo\n"
+    "  --quality Q              0-100: JPEG and WebP quality (default 90), PNG compression\n"
+    "                           (default: fast)\n"
+    "  --threads N              decoding threads (default: one per core)\n"
+    "  --layout-only            print the tile frames instead of rendering: a 'collage' line\n"
+    "                           (width, height, transform) and one 'tile' line per tile (index,\n"
+    "                           x, y, width, height, alignment, photo), tab-separated\n"
+    "\n"
+    "Exit status: 0 done, 1 a file could not be read or written, 2 a bad argument,\n"
+    "3 written, but some photos could not be read (their tiles are left empty).\n";
+
+struct Request {
+    std::optional<QString> templateFile;
+    int templateIndex = 0;
+    std::optional<qint64> builtin;
+    QStringList photos;
+    std::optional<int> align;
+    int transform = 0;
+    int spacing = 0;
+    std::optional<std::pair<double, double>> increments;
+    std::optional<QColor> background;
+    std::optional<QSizeF> size;
+    qint64 scale = 0; // 0: automatic
+    bool unscaled = false;
+    bool renderEmptyTiles = false;
+    bool layoutOnly = false;
+    QString output;
+    int quality = -1;
+    int threads = 0;
+};
+
+std::optional<qint64> parseInteger(const QString &text, qint64 min, qint64 max)
+{
+    bool ok = false;
+    const qint64 v = text.toLongLong(&ok);
+    if (!ok || v < min || v > max)
+        return std::nullopt;
+    return v;
+}
+
+std::optional<double> parseNumber(const QString &text, double min, double max)
+{
+    bool ok = false;
+    const double v = text.toDouble(&ok);
+    if (!ok || !(v >= min && v <= max))
+        return std::nullopt;
+    return v;
+}
+
+std::optional<int> parseAlignment(const QString &text)
+{
+    static const QStringList names{QStringLiteral("center"), QStringLiteral("start"), QStringLiteral("end"),
+                                   QStringLiteral("fit")};
+    const QString lower = text.toLower();
+    if (lower == QLatin1String("centre"))
+        return 0;
+    if (names.contains(lower))
+        return int(names.indexOf(lower));
+    if (const auto v = parseInteger(text, 0, 3))
+        return int(*v);
+    return std::nullopt;
+}
+
+std::optional<QColor> parseColor(const QString &text)
+{
+    const QString lower = text.toLower();
+    if (lower == QLatin1String("clear") || lower == QLatin1String("none") || lower == QLatin1String("transparent"))
+        return QColor(Qt::transparent);
+    const QColor c = QColor::fromString(text);
+    if (!c.isValid())
+        return std::nullopt;
+    return c;
+}
+
+std::optional<QSizeF> parseSize(const QString &text)
+{
+    const QStringList parts = text.toLower().split(QLatin1Char('x'));
+    if (parts.size() > 2)
+        return std::nullopt;
+    const auto w = parseNumber(parts[0], 1, 1.0e6);
+    if (!w)
+        return std::nullopt;
+    if (parts.size() == 1)
+        return QSizeF(*w, 1.0e9); // only the width limits
+    const auto h = parseNumber(parts[1], 1, 1.0e6);
+    if (!h)
+        return std::nullopt;
+    return QSizeF(*w, *h);
+}
+
+// The image format for an output file name, by its extension.
+QByteArray formatForOutput(const QString &path)
+{
+    const QString ext = QFileInfo(path).suffix().toLower();
+    if (ext == QLatin1String("png"))
+        return "png";
+    if (ext == QLatin1String("tif") || ext == QLatin1String("tiff"))
+        return "tiff";
+    if (ext == QLatin1String("jpg") || ext == QLatin1String("jpeg"))
+        return "jpeg";
+    if (ext == QLatin1String("webp"))
+        return "webp";
+    return QByteArray();
+}
+
+// Parses the arguments; an error message on failure.
+QString parse(const QStringList &args, Request &r)
+{
+    for (qsizetype i = 0; i < args.size(); ++i) {
+        const QString &a = args[i];
+        const auto value = [&](int n = 1) -> std::optional<QStringList> {
+            if (i + n >= args.size())
+                return std::nullopt;
+            QStringList v = args.mid(i + 1, n);
+            i += n;
+            return v;
+        };
+        const auto missing = [&]() { return QStringLiteral("%1 needs a value").arg(a); };
+        if (a == QLatin1String("--template")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            QString file = v->first();
+            // FILE:INDEX, unless the whole text names an existing file.
+            const qsizetype colon = file.lastIndexOf(QLatin1Char(':'));
+            if (colon > 0 && !QFileInfo::exists(file)) {
+                const auto index = parseInteger(file.mid(colon + 1), 0, 1 << 30);
+                if (!index)
+                    return QStringLiteral("--template: '%1' is not a template index").arg(file.mid(colon + 1));
+                r.templateIndex = int(*index);
+                file = file.left(colon);
+            }
+            r.templateFile = file;
+        } else if (a == QLatin1String("--builtin")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            r.builtin = parseInteger(v->first(), 0, 1 << 30);
+            if (!r.builtin)
+                return QStringLiteral("--builtin: '%1' is not a row number").arg(v->first());
+        } else if (a == QLatin1String("--align")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            r.align = parseAlignment(v->first());
+            if (!r.align)
+                return QStringLiteral("--align: '%1' is not 0-3, center, start, end or fit").arg(v->first());
+        } else if (a == QLatin1String("--transform")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            const auto t = parseInteger(v->first(), 0, CoordinateTransform::kCount - 1);
+            if (!t)
+                return QStringLiteral("--transform: '%1' is not 0-4").arg(v->first());
+            r.transform = int(*t);
+        } else if (a == QLatin1String("--spacing")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            if (v->first() == QLatin1String("inset"))
+                r.spacing = 0;
+            else if (v->first() == QLatin1String("outset"))
+                r.spacing = 1;
+            else
+                return QStringLiteral("--spacing: '%1' is neither inset nor outset").arg(v->first());
+        } else if (a == QLatin1String("--increments")) {
+            const auto v = value(2);
+            if (!v)
+                return QStringLiteral("--increments needs a width and a height percentage");
+            const auto w = parseNumber(v->at(0), 0, 1000);
+            const auto h = parseNumber(v->at(1), 0, 1000);
+            if (!w || !h)
+                return QStringLiteral("--increments: '%1 %2' are not two percentages from 0 to 1000")
+                    .arg(v->at(0), v->at(1));
+            r.increments = std::make_pair(*w, *h);
+        } else if (a == QLatin1String("--background")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            r.background = parseColor(v->first());
+            if (!r.background)
+                return QStringLiteral("--background: '%1' is not a colour").arg(v->first());
+        } else if (a == QLatin1String("--size")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            r.size = parseSize(v->first());
+            if (!r.size)
+                return QStringLiteral("--size: '%1' is not W or WxH in points").arg(v->first());
+        } else if (a == QLatin1String("--scale")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            if (v->first() == QLatin1String("auto")) {
+                r.scale = 0;
+            } else {
+                const auto s = parseInteger(v->first(), 1, 1000);
+                if (!s)
+                    return QStringLiteral("--scale: '%1' is neither auto nor a whole number from 1").arg(v->first());
+                r.scale = *s;
+            }
+        } else if (a == QLatin1String("--unscaled")) {
+            r.unscaled = true;
+        } else if (a == QLatin1String("--render-empty-tiles")) {
+            r.renderEmptyTiles = true;
+        } else if (a == QLatin1String("--layout-only")) {
+            r.layoutOnly = true;
+        } else if (a == QLatin1String("-o") || a == QLatin1String("--output")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            r.output = v->first();
+        } else if (a == QLatin1String("--quality")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            const auto q = parseInteger(v->first(), 0, 100);
+            if (!q)
+                return QStringLiteral("--quality: '%1' is not 0-100").arg(v->first());
+            r.quality = int(*q);
+        } else if (a == QLatin1String("--threads")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            const auto n = parseInteger(v->first(), 1, 256);
+            if (!n)
+                return QStringLiteral("--threads: '%1' is not 1-256").arg(v->first());
+            r.threads = int(*n);
+        } else if (a == QLatin1String("--")) {
+            r.photos += args.mid(i + 1);
+            break;
+        } else if (a.startsWith(QLatin1Char('-')) && a.size() > 1) {
+            return QStringLiteral("unknown option '%1'").arg(a);
+        } else {
+            r.photos << a;
+        }
+    }
+    if (r.templateFile && r.builtin)
+        return QStringLiteral("give either --template or --builtin, not both");
+    if (r.unscaled && r.scale > 0)
+        return QStringLiteral("--unscaled and --scale exclude each other");
+    if (!r.layoutOnly) {
+        if (r.output.isEmpty())
+            return QStringLiteral("name the picture to write with -o OUT");
+        if (formatForOutput(r.output).isEmpty())
+            return QStringLiteral("'%1': the extension must be .png, .tif, .tiff, .jpg, .jpeg or .webp").arg(r.output);
+    }
+    return QString();
+}
+
+class Render
+{
+public:
+    Render(CliContext &context, const Request &request)
+        : m_context(context), m_request(request), m_alerts(context.err)
+    {
+    }
+
+    int run()
+    {
+        // Photos named on the command line must be files; whether they decode shows later.
+        for (const QString &p : m_request.photos) {
+            const QFileInfo info(p);
+            if (!info.exists())
+                return m_context.fail(QStringLiteral("render: photo '%1' does not exist").arg(p), 2);
+            if (!info.isFile())
+                return m_context.fail(QStringLiteral("render: photo '%1' is not a file").arg(p), 2);
+        }
+        UserDefaults defaults;
+        QVariantMap templateData;
+        if (const QString error = chooseTemplate(defaults, templateData); !error.isEmpty())
+            return m_context.fail(QStringLiteral("render: %1").arg(error));
+
+        const Preferences prefs(defaults);
+        const QString resources = Paths::resourcesFolder();
+        RenderPhotoList photos = photoList(defaults, resources, prefs);
+        if (m_request.align)
+            photos.setAllAlignments(*m_request.align);
+
+        LayoutEngine engine(LayoutEngine::defaultImagePathInFolder(resources));
+        engine.setCoordinateTransform(m_request.transform);
+        engine.setSpacingType(m_request.spacing);
+        if (m_request.increments)
+            engine.setIncrements(m_request.increments->first, m_request.increments->second);
+        else
+            engine.setIncrements(prefs.collageWidthIncrement(), prefs.collageHeightIncrement());
+        const QSizeF own(PlistValue::floatValue(templateData.value(Preferences::ContentSizeWidth)),
+                         PlistValue::floatValue(templateData.value(Preferences::ContentSizeHeight)));
+        CollageLayout layout = engine.layoutTemplate(templateData, m_request.size.value_or(own), &photos);
+        CoordinateTransform::applyCoordinateTransform(layout);
+
+        if (m_request.layoutOnly)
+            return printLayout(layout);
+        if (layout.tiles.empty() || layout.contentSize.isEmpty())
+            return m_context.fail(QStringLiteral("render: the template places no tiles (content size %1 x %2, "
+                                                 "module size %3)")
+                                      .arg(own.width())
+                                      .arg(own.height())
+                                      .arg(PlistValue::integerValue(templateData.value(Preferences::ModuleSizeInPoints))));
+        return render(layout, prefs);
+    }
+
+private:
+    // The template to lay out: from a file, the built-in library, or the store's current values.
+    QString chooseTemplate(UserDefaults &defaults, QVariantMap &templateData)
+    {
+        QVariantList templates;
+        int index = 0;
+        QString source;
+        if (m_request.templateFile) {
+            const TemplatesFile::ReadResult read = TemplatesFile::fromFile(*m_request.templateFile);
+            if (!read.ok())
+                return read.error;
+            templates = read.templates;
+            index = m_request.templateIndex;
+            source = *m_request.templateFile;
+        } else if (m_request.builtin) {
+            const QString resources = Paths::resourcesFolder();
+            const TemplateStore::Templates builtIn = TemplateStore::readBuiltInTemplates(resources);
+            if (builtIn.isEmpty())
+                return QStringLiteral("no built-in templates in '%1' (set TESSARY_RESOURCES to the resources folder)")
+                    .arg(resources);
+            for (const TemplateStore::Template &t : builtIn)
+                templates << (t ? QVariant(*t) : QVariant());
+            index = int(*m_request.builtin);
+            source = QStringLiteral("the built-in library");
+        } else {
+            if (!defaults.isOpen())
+                return QStringLiteral("cannot open the user defaults store: %1").arg(defaults.errorString());
+            const Preferences prefs(defaults);
+            if (prefs.savedTessaryDataModules().isEmpty())
+                return QStringLiteral("the user defaults store '%1' holds no collage yet; choose one with --template "
+                                      "FILE or --builtin N")
+                    .arg(defaults.filePath());
+            templateData = QVariantMap{{Preferences::ModuleSizeInPoints, prefs.moduleSizeInPoints()},
+                                       {Preferences::BorderWidth, prefs.borderWidth()},
+                                       {Preferences::ContentSizeWidth, double(prefs.contentSizeWidth())},
+                                       {Preferences::ContentSizeHeight, double(prefs.contentSizeHeight())},
+                                       {Preferences::SavedTessaryDataModules, prefs.savedTessaryDataModules()}};
+            return QString();
+        }
+        if (index >= templates.size())
+            return QStringLiteral("%1 has %2 templates (0 to %3); there is no template %4")
+                .arg(source)
+                .arg(templates.size())
+                .arg(templates.size() - 1)
+                .arg(index);
+        if (templates[index].typeId() != QMetaType::QVariantMap)
+            return QStringLiteral("template %1 of %2 is not a template dictionary").arg(index).arg(source);
+        templateData = templates[index].toMap();
+        return QString();
+    }
+
+    RenderPhotoList photoList(UserDefaults &defaults, const QString &resources, const Preferences &prefs)
+    {
+        if (!m_request.photos.isEmpty()) {
+            QStringList absolute;
+            for (const QString &p : m_request.photos)
+                absolute << QFileInfo(p).absoluteFilePath();
+            return RenderPhotoList(absolute, {}, -1);
+        }
+        if (!defaults.isOpen())
+            return RenderPhotoList({}, {}, -1);
+        const ImageBookmarks bookmarks(defaults, resources, m_alerts);
+        return RenderPhotoList(bookmarks.images(), bookmarks.imageAlignments(), prefs.imageBrowserSeletion());
+    }
+
+    int printLayout(const CollageLayout &layout)
+    {
+        QTextStream &out = m_context.out;
+        out << "collage\t" << layout.contentSize.width() << '\t' << layout.contentSize.height() << '\t'
+            << CoordinateTransform::name(layout.coordinateTransform) << '\n';
+        for (const TileLayout &t : layout.tiles) {
+            out << "tile\t" << t.tag << '\t' << t.frame.x() << '\t' << t.frame.y() << '\t' << t.frame.width() << '\t'
+                << t.frame.height() << '\t' << t.imageAlignment << '\t' << (t.placeholder ? QString() : t.imagePath)
+                << '\n';
+        }
+        for (qsizetype index : layout.skippedModules)
+            out << "skipped\t" << index << '\n';
+        return 0;
+    }
+
+    int render(const CollageLayout &layout, const Preferences &prefs)
+    {
+        CollageRenderer::Options options;
+        options.background = m_request.background.value_or(prefs.tessaryBackgroundColor());
+        options.renderEmptyTiles = m_request.renderEmptyTiles || prefs.renderEmptyTiles();
+        options.threads = m_request.threads;
+        // A progress line only for a person watching a terminal.
+        const bool terminal = m_context.err.string() == nullptr && isatty(STDERR_FILENO);
+        if (terminal) {
+            options.progress = [this](int done, int total) {
+                m_context.err << "\rRendering: " << done << " of " << total << " tiles" << Qt::flush;
+            };
+        }
+
+        qint64 scale = 1;
+        CollageRenderer::Result result;
+        if (m_request.unscaled) {
+            result = CollageRenderer::renderUnscaled(layout, options);
+        } else {
+            scale = m_request.scale;
+            if (scale == 0) {
+                scale = RenderScale::scaleFactor(RenderScale::freeMemoryMB(), layout.contentSize,
+                                                 RenderScale::largestScaleFactor(layout));
+            }
+            result = CollageRenderer::renderScaled(layout, scale, options);
+        }
+        if (terminal)
+            m_context.err << '\n';
+        if (!result.ok())
+            return m_context.fail(QStringLiteral("render: %1").arg(result.error));
+        for (const QString &w : result.warnings)
+            m_context.err << "tessary-cli: warning: " << w << " (its tile is left empty)\n";
+
+        const QString error = write(result.image);
+        if (!error.isEmpty())
+            return m_context.fail(QStringLiteral("render: %1").arg(error));
+        m_context.out << "Wrote " << m_request.output << ": " << result.image.width() << " x " << result.image.height()
+                      << " pixels, scale " << scale << '\n';
+        return result.warnings.isEmpty() ? 0 : 3;
+    }
+
+    // Writes the picture atomically: a failed write leaves any earlier file in place.
+    QString write(QImage image)
+    {
+        const QByteArray format = formatForOutput(m_request.output);
+        if (format == "jpeg" && image.hasAlphaChannel()) {
+            // JPEG has no transparency: what is clear becomes white, as on a page.
+            QImage flat(image.size(), QImage::Format_RGB32);
+            flat.fill(Qt::white);
+            QPainter p(&flat);
+            p.drawImage(0, 0, image);
+            p.end();
+            image = std::move(flat);
+        }
+        QSaveFile file(m_request.output);
+        if (!file.open(QIODevice::WriteOnly))
+            return QStringLiteral("cannot write '%1': %2").arg(m_request.output, file.errorString());
+        QImageWriter writer(&file, format);
+        if (format == "png") {
+            // A fast zlib level: the compression of a large collage otherwise costs more than
+            // decoding every photo.
+            if (m_request.quality >= 0)
+                writer.setQuality(m_request.quality);
+            else
+                writer.setCompression(1);
+        } else if (format == "jpeg" || format == "webp") {
+            writer.setQuality(m_request.quality >= 0 ? m_request.quality : 90);
+        }
+        if (!writer.write(image)) {
+            file.cancelWriting();
+            return QStringLiteral("cannot write '%1': %2").arg(m_request.output, writer.errorString());
+        }
+        if (!file.commit())
+            return QStringLiteral("cannot write '%1': %2").arg(m_request.output, file.errorString());
+        return QString();
+    }
+
+    CliContext &m_context;
+    const Request &m_request;
+    PrintingAlertPresenter m_alerts;
+};
+
+} // namespace
+
+int RenderCommand::run(const QStringList &args, CliContext &context)
+{
+    if (CliContext::wantsHelp(args)) {
+        context.out << kHelp;
+        return 0;
+    }
+    Request request;
+    if (const QString error = parse(args, request); !error.isEmpty())
+        return context.fail(QStringLiteral("render: %1\nRun 'tessary-cli render --help' for the options.").arg(error), 2);
+    return Render(context, request).run();
+}

@@ -1,0 +1,183 @@
+#include "CliRunner.h"
+
+#include "foundation/Preferences.h"
+#include "foundation/PropertyList.h"
+#include "foundation/UserDefaults.h"
+
+#include <QFile>
+#include <QImage>
+#include <QImageReader>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QVariantMap gridTemplate(int columns, int rows, int unit)
+{
+    QVariantList modules;
+    for (int i = 0; i < columns * rows; ++i)
+        modules << QVariantMap{{QStringLiteral("widthFactor"), qint64(1)}, {QStringLiteral("heightFactor"), qint64(1)}};
+    return QVariantMap{{QStringLiteral("nbrModules"), qint64(columns * rows)},
+                       {QStringLiteral("savedTessaryDataModules"), modules},
+                       {QStringLiteral("contentSizeWidth"), double(columns * unit)},
+                       {QStringLiteral("contentSizeHeight"), double(rows * unit)},
+                       {QStringLiteral("moduleSizeInPoints"), qint64(unit)},
+                       {QStringLiteral("borderWidth"), qint64(0)}};
+}
+
+class RenderCommandTest : public ::testing::Test
+{
+protected:
+    QTemporaryDir dir;
+    QString templates;
+    QStringList photos;
+
+    void SetUp() override
+    {
+        qputenv("TESSARY_DEFAULTS", path("defaults.sqlite").toLocal8Bit());
+        qputenv("TESSARY_RESOURCES", path("resources").toLocal8Bit());
+        templates = path("grid.plist");
+        PropertyList::writeFile(templates, QVariantMap{{QStringLiteral("templates"),
+                                                        QVariantList{gridTemplate(2, 1, 100), gridTemplate(3, 2, 50)}}},
+                                PropertyList::Format::Xml);
+        const QColor colours[] = {Qt::red, Qt::green, Qt::blue};
+        for (int i = 0; i < 3; ++i) {
+            QImage image(400 + 100 * i, 300, QImage::Format_RGB32);
+            image.fill(colours[i]);
+            photos << path(QStringLiteral("p%1.jpg").arg(i));
+            image.save(photos.last());
+        }
+    }
+    void TearDown() override
+    {
+        qunsetenv("TESSARY_DEFAULTS");
+        qunsetenv("TESSARY_RESOURCES");
+    }
+    QString path(const QString &name) const { return dir.filePath(name); }
+    static CliRun run(QStringList args) { return CliRun::of(QStringList{QStringLiteral("render")} + args); }
+};
+
+struct BadArgs {
+    const char *name;
+    QStringList args;
+    int code;
+    const char *message; // part of the error text
+};
+
+void PrintTo(const BadArgs &c, std::ostream *os) { *os << c.name; }
+
+class RenderBadArguments : public RenderCommandTest, public ::testing::WithParamInterface<BadArgs> {};
+
+TEST_P(RenderBadArguments, FailWithAMessage)
+{
+    const BadArgs &c = GetParam();
+    QStringList args;
+    for (QString a : c.args)
+        args << a.replace(QStringLiteral("TEMPLATES"), templates).replace(QStringLiteral("DIR"), dir.path());
+    const CliRun r = run(args);
+    EXPECT_EQ(r.code, c.code) << r.err.toStdString();
+    EXPECT_TRUE(r.err.contains(QString::fromUtf8(c.message))) << r.err.toStdString();
+    EXPECT_TRUE(r.out.isEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, RenderBadArguments,
+    ::testing::Values(
+        BadArgs{"noOutput", {"--template", "TEMPLATES"}, 2, "-o OUT"},
+        BadArgs{"badExtension", {"--template", "TEMPLATES", "-o", "DIR/x.gif"}, 2, "extension"},
+        BadArgs{"badAlign", {"--align", "middle", "-o", "DIR/x.png"}, 2, "--align: 'middle'"},
+        BadArgs{"badTransform", {"--transform", "5", "-o", "DIR/x.png"}, 2, "--transform: '5'"},
+        BadArgs{"badSpacing", {"--spacing", "wide", "-o", "DIR/x.png"}, 2, "--spacing: 'wide'"},
+        BadArgs{"oneIncrement", {"--increments", "5"}, 2, "--increments needs"},
+        BadArgs{"badBackground", {"--background", "notacolour", "-o", "DIR/x.png"}, 2, "--background"},
+        BadArgs{"zeroScale", {"--scale", "0", "-o", "DIR/x.png"}, 2, "--scale: '0'"},
+        BadArgs{"scaleAndUnscaled", {"--scale", "2", "--unscaled", "-o", "DIR/x.png"}, 2, "exclude"},
+        BadArgs{"badQuality", {"--quality", "101", "-o", "DIR/x.png"}, 2, "--quality"},
+        BadArgs{"unknownOption", {"--frobnicate", "-o", "DIR/x.png"}, 2, "unknown option '--frobnicate'"},
+        BadArgs{"missingValue", {"-o"}, 2, "-o needs a value"},
+        BadArgs{"bothSources", {"--template", "TEMPLATES", "--builtin", "1", "-o", "DIR/x.png"}, 2, "not both"},
+        BadArgs{"missingPhoto", {"--template", "TEMPLATES", "DIR/nope.jpg", "-o", "DIR/x.png"}, 2, "nope.jpg"},
+        BadArgs{"folderAsPhoto", {"--template", "TEMPLATES", "DIR", "-o", "DIR/x.png"}, 2, "is not a file"},
+        BadArgs{"missingTemplateFile", {"--template", "DIR/none.plist", "-o", "DIR/x.png"}, 1, "none.plist"},
+        BadArgs{"templateIndexOutOfRange", {"--template", "TEMPLATES:2", "-o", "DIR/x.png"}, 1, "no template 2"},
+        BadArgs{"badTemplateIndex", {"--template", "TEMPLATES:two", "-o", "DIR/x.png"}, 2, "'two'"},
+        BadArgs{"noBuiltInLibrary", {"--builtin", "297", "-o", "DIR/x.png"}, 1, "no built-in templates"},
+        BadArgs{"noCurrentCollage", {"-o", "DIR/x.png"}, 1, "holds no collage"},
+        BadArgs{"unwritableOutput", {"--template", "TEMPLATES", "-o", "DIR/no/such/folder/x.png"}, 1, "cannot write"}));
+
+TEST_F(RenderCommandTest, WritesEveryFormatAtTheRequestedScale)
+{
+    for (const char *ext : {"png", "tif", "jpg", "webp"}) {
+        const QString out = path(QStringLiteral("out.%1").arg(QLatin1String(ext)));
+        const CliRun r = run({"--template", templates, photos[0], photos[1], "--scale", "3", "--background", "white",
+                              "-o", out});
+        ASSERT_EQ(r.code, 0) << ext << ": " << r.err.toStdString();
+        QImageReader reader(out);
+        reader.setDecideFormatFromContent(true);
+        const QImage image = reader.read();
+        ASSERT_FALSE(image.isNull()) << ext;
+        EXPECT_EQ(image.size(), QSize(600, 300)) << ext;
+        // Left tile red, right tile green, the gap between them white.
+        EXPECT_GT(image.pixelColor(150, 150).red(), 200) << ext;
+        EXPECT_GT(image.pixelColor(450, 150).green(), 200) << ext;
+        EXPECT_GT(image.pixelColor(300, 150).blue(), 200) << ext;
+        EXPECT_TRUE(r.out.contains(QStringLiteral("600 x 300 pixels, scale 3"))) << r.out.toStdString();
+    }
+}
+
+TEST_F(RenderCommandTest, LayoutOnlyPrintsTheTileFramesForScripts)
+{
+    const CliRun r = run({"--template", templates + ":1", photos[0], "--align", "fit", "--transform", "3",
+                          "--layout-only"});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    const QStringList lines = r.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 7);
+    EXPECT_EQ(lines[0], QStringLiteral("collage\t100\t150\tRotated 90\u00BA Left"));
+    const QStringList first = lines[1].split(QLatin1Char('\t'));
+    ASSERT_EQ(first.size(), 8);
+    EXPECT_EQ(first[0], QStringLiteral("tile"));
+    EXPECT_EQ(first[6], QStringLiteral("3"));
+    EXPECT_EQ(first[7], photos[0]);
+    EXPECT_TRUE(lines[2].endsWith(QLatin1Char('\t'))); // a module without a photo names none
+}
+
+TEST_F(RenderCommandTest, UnreadablePhotoIsNamedAndItsTileLeftEmpty)
+{
+    QFile bad(path("bad.jpg"));
+    ASSERT_TRUE(bad.open(QIODevice::WriteOnly));
+    bad.write("not a picture at all");
+    bad.close();
+    const QString out = path("out.png");
+    const CliRun r = run({"--template", templates, bad.fileName(), photos[1], "--scale", "1", "-o", out});
+    EXPECT_EQ(r.code, 3);
+    EXPECT_TRUE(r.err.contains(QStringLiteral("bad.jpg"))) << r.err.toStdString();
+    const QImage image(out);
+    ASSERT_FALSE(image.isNull());
+    EXPECT_EQ(image.pixelColor(50, 50).alpha(), 0); // clear background where the photo would be
+    EXPECT_GT(image.pixelColor(150, 50).green(), 200);
+}
+
+TEST_F(RenderCommandTest, RendersTheCurrentCollageOfTheStore)
+{
+    {
+        UserDefaults defaults(path("defaults.sqlite"));
+        const QVariantMap t = gridTemplate(3, 1, 40);
+        for (const QString &key : {Preferences::ModuleSizeInPoints, Preferences::BorderWidth,
+                                   Preferences::ContentSizeWidth, Preferences::ContentSizeHeight,
+                                   Preferences::SavedTessaryDataModules})
+            defaults.setObject(t.value(key), key);
+        defaults.setObject(QVariantList(), Preferences::Bookmarks);
+    }
+    ASSERT_EQ(CliRun::of({"photos", "add", photos[2], photos[0]}).code, 0);
+    const QString out = path("current.png");
+    const CliRun r = run({"--scale", "2", "--background", "#000000", "-o", out});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    const QImage image(out);
+    ASSERT_EQ(image.size(), QSize(240, 80));
+    EXPECT_GT(image.pixelColor(40, 40).blue(), 200);  // the first stored photo
+    EXPECT_GT(image.pixelColor(120, 40).red(), 200);  // the second
+    EXPECT_EQ(image.pixelColor(200, 40), QColor(Qt::black)); // no third photo: background
+}
+
+} // namespace
