@@ -239,8 +239,19 @@ std::optional<QPoint> LayoutEngine::coordArrayForCGSize(qint64 width, qint64 hei
 {
     if (m_maxElementsY == 0)
         return std::nullopt;
-    for (quint64 r = 0; r < m_maxElementsY; ++r) {
-        for (quint64 c = 0; c < m_maxElementsX; ++c) {
+    // A module that covers cells can only start where it still ends inside the grid; the
+    // coordinates beyond would fail the fit test's bounds check anyway, so skipping them gives
+    // the same answer without scanning a large grid for a module that cannot fit.
+    quint64 lastRow = m_maxElementsY;
+    quint64 lastColumn = m_maxElementsX;
+    if (width > 0 && height > 0) {
+        if (quint64(width) > m_maxElementsX || quint64(height) > m_maxElementsY)
+            return std::nullopt;
+        lastRow = m_maxElementsY - quint64(height) + 1;
+        lastColumn = m_maxElementsX - quint64(width) + 1;
+    }
+    for (quint64 r = 0; r < lastRow; ++r) {
+        for (quint64 c = 0; c < lastColumn; ++c) {
             if (doesModuleWithCGSize(width, height, qint64(c), qint64(r)))
                 return QPoint(int(c), int(r));
         }

@@ -36,7 +36,7 @@ public:
 
     // A grid larger than this (a template with a tiny module size on a huge collage) is treated
     // like a grid of no cells: nothing is placed, and the process is not taken down.
-    static constexpr quint64 kMaxGridCells = quint64(1) << 22;
+    static constexpr quint64 kMaxGridCells = quint64(1) << 20;
 
     // defaultImage: path of the placeholder picture shown by modules without a photo.
     explicit LayoutEngine(QString defaultImage = QString());
