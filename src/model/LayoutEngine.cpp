@@ -162,11 +162,11 @@ CollageLayout LayoutEngine::setupLayoutWithTessaryElements(const Modules &module
                             && m_maxElementsY <= kMaxGridCells / m_maxElementsX;
     if (!gridUsable) {
         // A template smaller than one cell (or absurdly fine) gives an empty collage.
-        m_grid = TwoDimentionalArray();
+        resetGrid(0, 0);
         for (qsizetype i = 0; i < qsizetype(modules.size()); ++i)
             layout.skippedModules.push_back(i);
     } else {
-        m_grid = TwoDimentionalArray::initWithColumns(m_maxElementsX, m_maxElementsY);
+        resetGrid(m_maxElementsX, m_maxElementsY);
         layout.tiles.reserve(modules.size());
         for (qsizetype i = 0; i < qsizetype(modules.size()); ++i) {
             const Module &module = modules[size_t(i)];
@@ -250,8 +250,17 @@ std::optional<QPoint> LayoutEngine::coordArrayForCGSize(qint64 width, qint64 hei
         lastRow = m_maxElementsY - quint64(height) + 1;
         lastColumn = m_maxElementsX - quint64(width) + 1;
     }
-    for (quint64 r = 0; r < lastRow; ++r) {
-        for (quint64 c = 0; c < lastColumn; ++c) {
+    quint64 firstRow = 0;
+    quint64 firstColumn = 0;
+    if (width > 0 && height > 0 && gridMatchesSize()) {
+        const quint64 cells = m_maxElementsX * m_maxElementsY;
+        if (quint64(width) * quint64(height) > cells - m_filledCells)
+            return std::nullopt;
+        firstRow = m_firstFree / m_maxElementsX;
+        firstColumn = m_firstFree % m_maxElementsX;
+    }
+    for (quint64 r = firstRow; r < lastRow; ++r) {
+        for (quint64 c = r == firstRow ? firstColumn : 0; c < lastColumn; ++c) {
             if (doesModuleWithCGSize(width, height, qint64(c), qint64(r)))
                 return QPoint(int(c), int(r));
         }
@@ -282,15 +291,30 @@ void LayoutEngine::tessaryDataModules2DArraySetModule(const Module &module, qint
 {
     if (column < 0 || row < 0)
         return;
-    for (qint64 j = 0; j < height; ++j) {
-        for (qint64 k = 0; k < width; ++k) {
+    // Only cells inside the grid are ever marked; after a passed fit test that is all of them.
+    const qint64 rows = std::min<qint64>(height, qint64(m_grid.rows()) - row);
+    const qint64 columns = std::min<qint64>(width, qint64(m_grid.columns()) - column);
+    for (qint64 j = 0; j < rows; ++j) {
+        for (qint64 k = 0; k < columns; ++k) {
             const quint64 c = quint64(column) + quint64(k);
             const quint64 r = quint64(row) + quint64(j);
-            // Only cells inside the grid are ever marked; the fit test has checked them.
-            if (m_grid.elementIndexWithColumn(c, r) != TwoDimentionalArray::kOutside)
-                m_grid.setObject(module, c, r);
+            if (!m_grid.objectAtColumn(c, r))
+                ++m_filledCells;
+            m_grid.setObject(module, c, r);
         }
     }
+    if (gridMatchesSize()) {
+        const quint64 cells = m_maxElementsX * m_maxElementsY;
+        while (m_firstFree < cells && m_grid.objectAtColumn(m_firstFree % m_maxElementsX, m_firstFree / m_maxElementsX))
+            ++m_firstFree;
+    }
+}
+
+void LayoutEngine::resetGrid(quint64 columns, quint64 rows)
+{
+    m_grid = columns && rows ? TwoDimentionalArray::initWithColumns(columns, rows) : TwoDimentionalArray();
+    m_filledCells = 0;
+    m_firstFree = 0;
 }
 
 bool LayoutEngine::frameSizeChanged(const QSizeF &frameSize)

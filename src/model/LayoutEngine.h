@@ -134,8 +134,18 @@ private:
     quint64 m_maxElementsX = 0;
     quint64 m_maxElementsY = 0;
 
+    // Whether the grid is the one the current grid size describes (setup may change the size
+    // after a layout); the bookkeeping below is only used then.
+    bool gridMatchesSize() const { return m_grid.columns() == m_maxElementsX && m_grid.rows() == m_maxElementsY; }
+    void resetGrid(quint64 columns, quint64 rows);
+
     Modules m_tessaryDataModules;
     TwoDimentionalArray m_grid;
+    // Occupied cells of the grid, and the first free cell in reading order (row-major index):
+    // a module covering cells needs at least its area free and starts at a free cell, so the
+    // search can begin there and give up early on a full grid.
+    quint64 m_filledCells = 0;
+    quint64 m_firstFree = 0;
     QSizeF m_contentSize;
     QSizeF m_frameSize;
 };

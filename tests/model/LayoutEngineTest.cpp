@@ -10,6 +10,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <optional>
+#include <random>
 #include <utility>
 #include <vector>
 
@@ -326,6 +328,59 @@ TEST(LayoutEngine, FrameChangeOnlyWhenSizeDiffers)
     EXPECT_TRUE(engine.frameSizeChanged(QSizeF(800, 600)));
     EXPECT_FALSE(engine.frameSizeChanged(QSizeF(800, 600)));
     EXPECT_TRUE(engine.frameSizeChanged(QSizeF(800, 601)));
+}
+
+} // namespace
+
+namespace {
+
+// The placement rule written as plainly as possible: scan every cell in reading order and test
+// every covered cell. The engine's search must agree with it on any grid and module list.
+std::vector<std::optional<QPoint>> referencePlacement(int columns, int rows, const std::vector<std::pair<qint64, qint64>> &modules)
+{
+    std::vector<bool> used(size_t(columns * rows), false);
+    std::vector<std::optional<QPoint>> out;
+    for (const auto &[w, h] : modules) {
+        std::optional<QPoint> found;
+        for (int r = 0; r < rows && !found; ++r) {
+            for (int c = 0; c < columns && !found; ++c) {
+                bool fits = true;
+                for (qint64 j = 0; j < h && fits; ++j)
+                    for (qint64 k = 0; k < w && fits; ++k)
+                        fits = c + k < columns && r + j < rows && !used[size_t((r + j) * columns + c + k)];
+                if (fits)
+                    found = QPoint(c, r);
+            }
+        }
+        if (found)
+            for (qint64 j = 0; j < h; ++j)
+                for (qint64 k = 0; k < w; ++k)
+                    used[size_t((found->y() + j) * columns + found->x() + k)] = true;
+        out.push_back(found);
+    }
+    return out;
+}
+
+TEST(LayoutEngine, SearchAgreesWithPlainScanOnRandomLayouts)
+{
+    std::mt19937 random(20261121);
+    for (int round = 0; round < 300; ++round) {
+        const int columns = 1 + int(random() % 9);
+        const int rows = 1 + int(random() % 9);
+        std::vector<std::pair<qint64, qint64>> modules(1 + random() % 30);
+        for (auto &m : modules)
+            m = {qint64(random() % 5) - (random() % 8 == 0 ? 1 : 0), qint64(random() % 5)};
+        LayoutEngine engine = engineWithGrid(columns, rows, 10);
+        const CollageLayout layout = layOut(engine, modules);
+        const std::vector<std::optional<QPoint>> expected = referencePlacement(columns, rows, modules);
+        for (size_t i = 0; i < modules.size(); ++i) {
+            const TileLayout *tile = layout.tileForModule(qsizetype(i));
+            ASSERT_EQ(tile != nullptr, expected[i].has_value()) << "round " << round << " module " << i;
+            if (tile) {
+                ASSERT_EQ(tile->cell, *expected[i]) << "round " << round << " module " << i;
+            }
+        }
+    }
 }
 
 } // namespace
