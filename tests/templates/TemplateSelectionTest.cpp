@@ -1,0 +1,82 @@
+#include "templates/TemplateSelection.h"
+
+#include "foundation/Preferences.h"
+#include "foundation/UserDefaults.h"
+#include "model/LayoutEngine.h"
+#include "support/FakePhotoList.h"
+#include "templates/TemplateStore.h"
+#include "TemplateTestData.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+using namespace TemplateTestData;
+
+namespace {
+
+class TemplateSelectionTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        TemplateStore::Templates builtIn;
+        for (int i = 0; i < 300; ++i)
+            builtIn << TemplateStore::makeTemplate(makeTemplate(1 + i / 10, 1000 + i));
+        store.setBuiltInTemplates(builtIn);
+        store.addTemplatesFromDictionary(file({makeTemplate(2, 1), makeTemplate(3, 2)}));
+    }
+    QTemporaryDir dir;
+    UserDefaults defaults{dir.filePath(QStringLiteral("defaults.sqlite"))};
+    TemplateStore store{defaults};
+    TemplateSelection selection{store, defaults};
+};
+
+TEST_F(TemplateSelectionTest, SavedRowsWithDefaultsAndRangeCheck)
+{
+    EXPECT_EQ(selection.savedRow(TemplateTable::BuiltIn), 297);
+    EXPECT_EQ(selection.savedRow(TemplateTable::User), 0);
+    EXPECT_EQ(selection.selectionDidChange(TemplateTable::BuiltIn, 297), QStringLiteral("298"));
+    EXPECT_EQ(selection.selectionDidChange(TemplateTable::User, -1), QStringLiteral(" "));
+    EXPECT_EQ(defaults.integerForKey(Preferences::SelectedUserTemplateTableRow), -1);
+    EXPECT_EQ(selection.savedRow(TemplateTable::User), -1);
+    selection.selectionDidChange(TemplateTable::User, 1);
+    EXPECT_EQ(store.selectedUserRow(), 1);
+    store.removeTemplateAtRow(1);
+    EXPECT_EQ(selection.savedRow(TemplateTable::User), -1); // row 1 is gone
+    defaults.setInteger(5000, Preferences::SelectedTemplateTableRow);
+    EXPECT_EQ(selection.savedRow(TemplateTable::BuiltIn), -1);
+}
+
+TEST_F(TemplateSelectionTest, ChoosingAppliesToTheCurrentTabsStore)
+{
+    LayoutEngine engine;
+    const FakePhotoList photos = FakePhotoList::numbered(3);
+    // Built-in row 2 has id 1002 as its width: 10 columns of 100 points, one row.
+    const auto layout = selection.doChooseTemplate(TemplateTable::BuiltIn, 2, engine, QSizeF(1002, 1000), &photos);
+    ASSERT_TRUE(layout);
+    EXPECT_EQ(layout->tiles.size(), 1u);
+    EXPECT_EQ(layout->columns, 10u);
+    EXPECT_EQ(layout->tiles[0].imagePath, photos.pickedPhotos()[0]);
+    const auto user = selection.doChooseTemplate(TemplateTable::User, 1, engine, QSizeF(1000, 1000), &photos);
+    ASSERT_TRUE(user);
+    EXPECT_EQ(user->tiles.size(), 0u); // a template 2 points wide has no whole cell
+    EXPECT_EQ(defaults.floatForKey(Preferences::ContentSizeWidth), 2.0f);
+    EXPECT_FALSE(selection.doChooseTemplate(TemplateTable::User, 2, engine, QSizeF(1000, 1000), &photos));
+}
+
+TEST_F(TemplateSelectionTest, MenuItemsFollowStoreAndClick)
+{
+    auto state = selection.menuNeedsUpdate(false, -1);
+    EXPECT_FALSE(state.paste);
+    EXPECT_TRUE(state.deleteAll && state.exportAll);
+    EXPECT_FALSE(state.deleteOne || state.exportOne || state.copyIcon || state.saveIcon || state.saveTemplateAndIcon);
+    state = selection.menuNeedsUpdate(true, 1);
+    EXPECT_TRUE(state.paste && state.deleteOne && state.saveTemplateAndIcon);
+    store.clearUserTemplates();
+    state = selection.menuNeedsUpdate(true, 0);
+    EXPECT_TRUE(state.paste);
+    EXPECT_FALSE(state.deleteAll || state.exportAll || state.deleteOne);
+}
+
+} // namespace
