@@ -61,8 +61,10 @@ ImageBrowserController::ImageBrowserController(UserDefaults &defaults, const QSt
     , m_selection(new ImageBrowserSelection(this))
     , m_blankImage(m_imageBookmarks->factoryImagePath(QStringLiteral("blank")))
 {
-    // Entries whose file another program changed leave through the same door as a user's removal.
-    m_imageBookmarks->setRemovalHandler([this](const QList<qsizetype> &indexes) { removeItemsAtIndexes(indexes); });
+    // Entries whose file another program changed leave through the same door as a user's
+    // removal, but the file stays: what is there now is the other program's work (an image
+    // edited and saved elsewhere), not Tessary's copy.
+    m_imageBookmarks->setRemovalHandler([this](const QList<qsizetype> &indexes) { removeItemsAtIndexes(indexes, true); });
     m_previewTimer.setSingleShot(true);
     m_previewTimer.setInterval(kPreviewDelayMilliseconds);
     connect(&m_previewTimer, &QTimer::timeout, this, &ImageBrowserController::refreshPreview);
@@ -240,7 +242,7 @@ void ImageBrowserController::clearImages()
     removeItemsAtIndexes(all);
 }
 
-void ImageBrowserController::removeItemsAtIndexes(const QList<qsizetype> &indexes)
+void ImageBrowserController::removeItemsAtIndexes(const QList<qsizetype> &indexes, bool keepFiles)
 {
     QList<qsizetype> sorted = indexes;
     std::sort(sorted.begin(), sorted.end());
@@ -253,7 +255,8 @@ void ImageBrowserController::removeItemsAtIndexes(const QList<qsizetype> &indexe
             continue;
         const QString path = m_imageBookmarks->pathAtIndex(index);
         m_imageBookmarks->removeBookmarkAtIndex(index);
-        deleteIfOwned(path);
+        if (!keepFiles)
+            deleteIfOwned(path);
         last = index;
     }
     if (last >= 0)

@@ -71,7 +71,9 @@ public:
     void addImagesWithPaths(const QStringList &paths);
     void loadFactoryImages();
     void clearImages();
-    void removeItemsAtIndexes(const QList<qsizetype> &indexes);
+    // Removes the entries, highest index first, and selects the lowest index removed. Files in
+    // the images folder go with their entries unless keepFiles is set.
+    void removeItemsAtIndexes(const QList<qsizetype> &indexes, bool keepFiles = false);
     // A reordering drag inside the browser: the first index is moved before the destination,
     // or swapped with the item under it.
     bool moveItemsAtIndexes(const QList<qsizetype> &indexes, qsizetype destination, DropOperation operation);

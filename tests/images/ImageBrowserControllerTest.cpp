@@ -343,6 +343,20 @@ TEST_F(ImageBrowserControllerTest, WatchedFileRemovalKeepsTheSelectionValid)
     EXPECT_EQ(alerts.alerts.size(), 1);
     EXPECT_EQ(c->selectedItem(), 1);
     EXPECT_EQ(defaults->arrayForKey(Preferences::Bookmarks).size(), 2);
+
+    // A file of Tessary's own that another program modified leaves the list, but the other
+    // program's work stays on disk.
+    const QString owned = makeOwnedFile(QStringLiteral("edited.png"));
+    c->addImagesWithPaths({owned});
+    ASSERT_EQ(c->count(), 3);
+    {
+        QFile f(owned);
+        ASSERT_TRUE(f.open(QIODevice::Append));
+        f.write("edited elsewhere");
+    }
+    ASSERT_TRUE(QTest::qWaitFor([&] { return c->count() == 2; }, 4000));
+    EXPECT_TRUE(alerts.alerts.last().messageText.contains(QStringLiteral("has been modified")));
+    EXPECT_TRUE(QFile::exists(owned));
 }
 
 } // namespace
