@@ -85,6 +85,17 @@ void BM_ImageFit12MPInto728Crop(benchmark::State &state)
 }
 BENCHMARK(BM_ImageFit12MPInto728Crop)->Unit(benchmark::kMillisecond);
 
+// A render tile: the same 728 x 728 crop, straight from the file, decoded at a reduced scale.
+void BM_ImageLoadFittedInto728Crop(benchmark::State &state)
+{
+    const QString &path = twelveMegapixelJpeg();
+    for (auto _ : state) {
+        const UIImage fitted = UIImage::initWithContentsOfFileFittedToSize(path, QSizeF(728, 728), 0);
+        benchmark::DoNotOptimize(fitted.pixelsWide());
+    }
+}
+BENCHMARK(BM_ImageLoadFittedInto728Crop)->Unit(benchmark::kMillisecond);
+
 // A 12 MP result framed with a border, reduced to the 8 MP ceiling.
 void BM_ImageBorderedFrame8MP(benchmark::State &state)
 {

@@ -22,6 +22,47 @@ int wholePixels(qreal points)
     return qMax(1, int(points));
 }
 
+// The pixels of `rect` in `image`: for 32-bit images a view onto the same buffer (valid while
+// `image` lives), so cropping a large photo costs no copy.
+QImage region(const QImage &image, const QRect &rect)
+{
+    if (rect == image.rect())
+        return image;
+    if (image.depth() != 32)
+        return image.copy(rect);
+    const uchar *first = image.constBits() + qsizetype(rect.y()) * image.bytesPerLine() + qsizetype(rect.x()) * 4;
+    return QImage(first, rect.width(), rect.height(), image.bytesPerLine(), image.format());
+}
+
+QSize reducedSizeFor(const QSize &size, qreal fx, qreal fy)
+{
+    return QSize(qMax(1, int(std::lround(size.width() * qMin(fx, 1.0)))), qMax(1, int(std::lround(size.height() * qMin(fy, 1.0)))));
+}
+
+// One side of `rect` grown to a multiple of `block` within [0, limit), moved back from the far
+// edge when needed; shrunk to a multiple when the image is too small for that.
+void alignSide(int *start, int *length, int block, int limit)
+{
+    int len = (*length + block - 1) / block * block;
+    if (len > limit)
+        len = limit / block * block;
+    if (len <= 0)
+        return; // smaller than one block: keep as it is
+    int s = *start;
+    if (s + len > limit)
+        s = limit - len;
+    *start = qMax(0, s);
+    *length = len;
+}
+
+QRect alignedTo(const QRect &rect, int block, const QRect &bounds)
+{
+    int x = rect.x(), y = rect.y(), w = rect.width(), h = rect.height();
+    alignSide(&x, &w, block, bounds.width());
+    alignSide(&y, &h, block, bounds.height());
+    return QRect(x, y, w, h);
+}
+
 } // namespace
 
 QSize ImageCanvas::pixelSizeFor(const QSizeF &size)
@@ -108,12 +149,18 @@ void ImageCanvas::drawImage(const UIImage &image, const QRectF &source, const QR
     // bilinearly, which aliases fine detail when reducing by more than half).
     const qreal fx = dst.width() / src.width(), fy = dst.height() / src.height();
     if (fx < 1.0 || fy < 1.0) {
-        const QRect covered = src.toAlignedRect().intersected(rep.rect());
+        QRect covered = src.toAlignedRect().intersected(rep.rect());
         if (covered.isEmpty())
             return;
-        const QSize reducedSize(qMax(1, int(std::lround(covered.width() * qMin(fx, 1.0)))),
-                                qMax(1, int(std::lround(covered.height() * qMin(fy, 1.0)))));
-        const QImage part = covered == rep.rect() ? rep : rep.copy(covered);
+        QSize reducedSize = reducedSizeFor(covered.size(), fx, fy);
+        // Widen the region to whole 2 x 2 blocks of every halving, so each halving maps the
+        // region exactly onto half its size and the picture does not creep by fractions of a pixel.
+        const int halvings = SmoothScaler::halvingsFor(covered.size(), reducedSize);
+        if (halvings > 0) {
+            covered = alignedTo(covered, 1 << halvings, rep.rect());
+            reducedSize = reducedSizeFor(covered.size(), fx, fy);
+        }
+        const QImage part = region(rep, covered);
         pixels = SmoothScaler::scaled(part, reducedSize);
         if (pixels.isNull())
             return;

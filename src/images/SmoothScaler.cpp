@@ -40,16 +40,26 @@ bool is32Bit(QImage::Format f)
 
 } // namespace
 
-QImage SmoothScaler::halvedToAtLeast(const QImage &image, const QSize &atLeast)
+int SmoothScaler::halvingsFor(const QSize &from, const QSize &to)
 {
-    if (image.isNull())
+    int times = 0;
+    QSize current = from;
+    while (current.width() / 2 >= qMax(1, to.width()) && current.height() / 2 >= qMax(1, to.height())) {
+        current = QSize((current.width() + 1) / 2, (current.height() + 1) / 2);
+        ++times;
+    }
+    return times;
+}
+
+QImage SmoothScaler::halved(const QImage &image, int times)
+{
+    if (image.isNull() || times <= 0)
         return image;
     QImage current = image;
     if (!is32Bit(current.format()))
         current = current.convertToFormat(current.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
                                                                     : QImage::Format_RGB32);
-    while (current.width() / 2 >= atLeast.width() && current.height() / 2 >= atLeast.height()
-           && current.width() >= 2 && current.height() >= 2) {
+    for (int i = 0; i < times && current.width() >= 2 && current.height() >= 2; ++i) {
         QImage next = halve(current);
         if (next.isNull())
             break;
@@ -64,9 +74,14 @@ QImage SmoothScaler::scaled(const QImage &image, const QSize &size)
         return {};
     if (image.size() == size)
         return image;
-    // Box halvings first (fast, exact averages), then Qt's smooth scale, which also averages
-    // when it shrinks, for the last factor of less than two.
-    const QImage reduced = halvedToAtLeast(image, size);
+    // Box halvings first (fast, exact averages) as long as both sides are even, so that each
+    // halving maps the picture exactly onto half its size; then Qt's smooth scale, which also
+    // averages when it shrinks, for the rest.
+    int times = 0;
+    for (QSize s = image.size(), limit = size; s.width() % 2 == 0 && s.height() % 2 == 0
+         && s.width() / 2 >= limit.width() && s.height() / 2 >= limit.height(); s /= 2)
+        ++times;
+    const QImage reduced = halved(image, times);
     if (reduced.size() == size)
         return reduced;
     return reduced.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);

@@ -9,10 +9,12 @@
 class SmoothScaler
 {
 public:
-    // The image resampled to exactly `size` (null for an empty size or a null image).
+    // The image resampled to exactly `size` (null for an empty size or a null image). Fastest
+    // when the sides are multiples of a power of two that keeps them at least `size`.
     static QImage scaled(const QImage &image, const QSize &size);
-    // Halves the image by averaging 2 x 2 blocks (an odd last row or column is averaged on its
-    // own) until one more halving would go below `atLeast`. Cheap, and leaves the final smooth
-    // step a factor below two.
-    static QImage halvedToAtLeast(const QImage &image, const QSize &atLeast);
+    // How many halvings take `from` down while staying at least `to` in both directions.
+    static int halvingsFor(const QSize &from, const QSize &to);
+    // The image halved `times` times by averaging 2 x 2 blocks; an odd last row or column is
+    // averaged on its own. Cheap, and exact when the sides are multiples of 2^times.
+    static QImage halved(const QImage &image, int times);
 };

@@ -4,6 +4,7 @@
 #include "ImageCanvas.h"
 #include "ImageFileReader.h"
 #include "ImageOperations.h"
+#include "ResizeGeometry.h"
 
 #include <QBuffer>
 #include <QImageWriter>
@@ -82,6 +83,38 @@ UIImage::LoadResult UIImage::loadFileUnderMegaPixels(const QString &path, double
     if (loaded.ok())
         loaded.image = loaded.image.scaleToUnderMegaPixels(megapixels);
     return loaded;
+}
+
+UIImage UIImage::initWithContentsOfFileFittedToSize(const QString &path, const QSizeF &size, int method)
+{
+    QByteArray bytes;
+    QString error;
+    if (!ImageFileReader::readFile(path, &bytes, &error))
+        return UIImage();
+    const ImageFileReader::Header header = ImageFileReader::readHeader(bytes, path);
+    if (!header.ok())
+        return UIImage();
+    const QSizeF full(header.size);
+    const ResizeGeometry::Plan plan = ResizeGeometry::plan(full, QRectF(QPointF(0, 0), size), method);
+    if (header.format == "jpeg" && plan.drawable && !plan.source.isEmpty()) {
+        // The scale at which the source region lands on the result, per direction.
+        const qreal fx = plan.destination.width() / plan.source.width();
+        const qreal fy = plan.destination.height() / plan.source.height();
+        const QSize needed(int(std::ceil(full.width() * std::min(fx, 1.0))), int(std::ceil(full.height() * std::min(fy, 1.0))));
+        if (needed.width() * 2 <= header.size.width() && needed.height() * 2 <= header.size.height()) {
+            const ImageFileReader::Frames reduced = ImageFileReader::decodeReducedJpeg(bytes, path, needed);
+            if (reduced.ok())
+                return UIImage(reduced.frames, full).imageToFitSize(size, method);
+        }
+    }
+    return loadData(bytes, path).image.imageToFitSize(size, method);
+}
+
+UIImage UIImage::initWithContentsOfURL(const QUrl &url)
+{
+    if (!url.isLocalFile())
+        return UIImage();
+    return initWithContentsOfFile(url.toLocalFile());
 }
 
 UIImage UIImage::initWithContentsOfFileUnderMegaPixels(const QString &path, double megapixels)

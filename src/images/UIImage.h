@@ -6,6 +6,7 @@
 #include <QRectF>
 #include <QSizeF>
 #include <QString>
+#include <QUrl>
 
 #include <memory>
 
@@ -41,6 +42,12 @@ public:
     // first, which is several times faster.
     static UIImage initWithContentsOfFileUnderMegaPixels(const QString &path, double megapixels);
     static LoadResult loadFileUnderMegaPixels(const QString &path, double megapixels);
+    // Exactly initWithContentsOfFile(path).imageToFitSize(size, method), for a render or a tile
+    // that needs the picture much smaller than the file: a JPEG is decoded at a reduced scale
+    // that still has at least the pixels the fitted result shows.
+    static UIImage initWithContentsOfFileFittedToSize(const QString &path, const QSizeF &size, int method);
+    // A picture from a URL, for previews: local files only, the empty image otherwise.
+    static UIImage initWithContentsOfURL(const QUrl &url);
 
     // TIFF encoding of the frame that is drawn (Qt writes single-page TIFF), and back. Decoding
     // gives the empty image for bytes that are not an image; the point size is the pixel size.

@@ -197,13 +197,47 @@ TEST_F(UIImageLoading, ScaledLoadingMatchesLoadingThenScaling)
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(testing::Message() << c.format << " " << c.size.width() << "x" << c.size.height());
-        const QString file = write(QStringLiteral("scaled.") + QLatin1String(c.format), encode(gradient(c.size.width(), c.size.height()), c.format, 95));
+        const QString file = write(QStringLiteral("scaled.") + QLatin1String(c.format), encode(ramps(c.size.width(), c.size.height()), c.format, 95));
         const UIImage full = UIImage::initWithContentsOfFile(file).scaleToUnderMegaPixels(c.limit);
         const UIImage scaled = UIImage::initWithContentsOfFileUnderMegaPixels(file, c.limit);
         EXPECT_EQ(scaled.size(), full.size());
         EXPECT_EQ(scaled.pixelSize(), full.pixelSize());
-        EXPECT_LT(meanDifference(scaled.bestRepresentation(), full.bestRepresentation()), 3.0);
+        EXPECT_LT(meanDifference(scaled.bestRepresentation(), full.bestRepresentation()), 1.0);
     }
+}
+
+TEST_F(UIImageLoading, ScaledFittingMatchesLoadingThenFitting)
+{
+    const QString jpeg = write(QStringLiteral("fit.jpg"), encode(ramps(3203, 2101), "jpeg", 95));
+    const QString png = write(QStringLiteral("fit.png"), encode(ramps(1203, 801), "png"));
+    const struct {
+        const QString &file;
+        QSizeF size;
+        int method;
+    } cases[] = {
+        {jpeg, {300, 300}, 0}, {jpeg, {300, 300}, 1}, {jpeg, {300, 300}, 2}, {jpeg, {300, 300}, 3},
+        {jpeg, {100, 700}, 0},  // tall target: the crop needs more pixels, a smaller reduction
+        {jpeg, {2000, 1500}, 0}, // close to full size: decoded in full
+        {jpeg, {0, 100}, 0},     // nothing to fit: the picture itself
+        {png, {200, 100}, 2},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(testing::Message() << c.size.width() << "x" << c.size.height() << " method " << c.method);
+        const UIImage full = UIImage::initWithContentsOfFile(c.file).imageToFitSize(c.size, c.method);
+        const UIImage quick = UIImage::initWithContentsOfFileFittedToSize(c.file, c.size, c.method);
+        EXPECT_EQ(quick.size(), full.size());
+        EXPECT_EQ(quick.pixelSize(), full.pixelSize());
+        EXPECT_LT(meanDifference(quick.bestRepresentation(), full.bestRepresentation()), 1.0);
+    }
+    EXPECT_FALSE(UIImage::initWithContentsOfFileFittedToSize(path(QStringLiteral("missing.jpg")), {10, 10}, 0).isValid());
+}
+
+TEST_F(UIImageLoading, UrlsMustBeLocalFiles)
+{
+    const QString file = write(QStringLiteral("url.png"), encode(gradient(9, 7), "png"));
+    EXPECT_EQ(UIImage::initWithContentsOfURL(QUrl::fromLocalFile(file)).size(), QSizeF(9, 7));
+    EXPECT_FALSE(UIImage::initWithContentsOfURL(QUrl(QStringLiteral("http://127.0.0.1:1/url.png"))).isValid());
+    EXPECT_FALSE(UIImage::initWithContentsOfURL(QUrl()).isValid());
 }
 
 TEST_F(UIImageLoading, TiffRepresentationRoundTripsThePixels)
