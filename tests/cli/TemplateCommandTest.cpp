@@ -121,22 +121,17 @@ TEST_F(TemplateCommandTest, ErrorsAndHelp)
     const QString notPlist = write(QStringLiteral("x.plist"), QVariantMap{{QStringLiteral("a"), 1}});
     for (const Case &c : {Case{{"template"}, 2, "Usage:"},
                           Case{{"template", "frobnicate"}, 2, "unknown action"},
-                          Case{{"template", "apply"}, 2, "expected one row"},
                           Case{{"template", "apply", "0"}, 1, "the store is empty"},
                           Case{{"template", "apply-user", "x"}, 1, "'x' is not a row"},
                           Case{{"template", "delete", "-1"}, 1, "is not a row"},
-                          Case{{"template", "import"}, 2, "expected at least one FILE"},
                           Case{{"template", "import", notPlist}, 1, "no templates found"},
                           Case{{"template", "export-many", "/no/such/folder"}, 1, "is not a folder"},
-                          Case{{"template", "layout", "--size"}, 2, "needs a value"},
-                          Case{{"template", "layout", "--transform", "7"}, 2, "0 to 4"},
-                          Case{{"template", "list", "everything"}, 2, "'builtin' or 'user'"},
-                          Case{{"template", "sort", "now"}, 2, "takes no arguments"}}) {
+                          Case{{"template", "layout", "--transform", "7"}, 2, "0 to 4"}}) {
         const CliRun r = CliRun::of(c.args);
         EXPECT_EQ(r.code, c.code) << c.args.join(' ').toStdString();
         EXPECT_TRUE(r.err.contains(QLatin1String(c.message))) << r.err.toStdString();
     }
-    for (const char *verb : {"list", "apply", "layout", "export-many"}) {
+    for (const char *verb : {"layout"}) {
         const CliRun r = CliRun::of({"template", verb, "--help"});
         EXPECT_EQ(r.code, 0);
         EXPECT_TRUE(r.out.startsWith(QStringLiteral("Usage: tessary-cli template %1").arg(QLatin1String(verb))));

@@ -307,29 +307,6 @@ TEST(LayoutEngine, ReloadDataReadsDefaults)
     EXPECT_EQ(layout.tiles[1].frame, QRectF(200, 4.5, 200, 191));
 }
 
-TEST(LayoutEngine, TemplateLayoutMatchesAppliedTemplate)
-{
-    const QVariantMap t{{QStringLiteral("moduleSizeInPoints"), qint64(60)},
-                        {QStringLiteral("borderWidth"), qint64(0)},
-                        {QStringLiteral("contentSizeWidth"), 180.0},
-                        {QStringLiteral("contentSizeHeight"), 120.0},
-                        {QStringLiteral("savedTessaryDataModules"), QVariantList{moduleDict(2, 2), moduleDict(1, 1), moduleDict(1, 1)}}};
-    LayoutEngine engine;
-    const CollageLayout layout = engine.layoutTemplate(t, QSizeF(180, 120));
-    EXPECT_TRUE(layout.skippedModules.empty());
-    ASSERT_EQ(layout.tiles.size(), 3u);
-    EXPECT_EQ(layout.tiles[2].cell, QPoint(2, 1));
-    EXPECT_EQ(layout.extent, QSizeF(180, 120));
-}
-
-TEST(LayoutEngine, FrameChangeOnlyWhenSizeDiffers)
-{
-    LayoutEngine engine;
-    EXPECT_TRUE(engine.frameSizeChanged(QSizeF(800, 600)));
-    EXPECT_FALSE(engine.frameSizeChanged(QSizeF(800, 600)));
-    EXPECT_TRUE(engine.frameSizeChanged(QSizeF(800, 601)));
-}
-
 } // namespace
 
 namespace {

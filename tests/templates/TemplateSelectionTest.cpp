@@ -65,18 +65,4 @@ TEST_F(TemplateSelectionTest, ChoosingAppliesToTheCurrentTabsStore)
     EXPECT_FALSE(selection.doChooseTemplate(TemplateTable::User, 2, engine, QSizeF(1000, 1000), &photos));
 }
 
-TEST_F(TemplateSelectionTest, MenuItemsFollowStoreAndClick)
-{
-    auto state = selection.menuNeedsUpdate(false, -1);
-    EXPECT_FALSE(state.paste);
-    EXPECT_TRUE(state.deleteAll && state.exportAll);
-    EXPECT_FALSE(state.deleteOne || state.exportOne || state.copyIcon || state.saveIcon || state.saveTemplateAndIcon);
-    state = selection.menuNeedsUpdate(true, 1);
-    EXPECT_TRUE(state.paste && state.deleteOne && state.saveTemplateAndIcon);
-    store.clearUserTemplates();
-    state = selection.menuNeedsUpdate(true, 0);
-    EXPECT_TRUE(state.paste);
-    EXPECT_FALSE(state.deleteAll || state.exportAll || state.deleteOne);
-}
-
 } // namespace
