@@ -146,25 +146,6 @@ TEST(ImageOperations, BorderedFrame)
     }
 }
 
-TEST(ImageOperations, BorderedFrameCropsOrScalesTheContent)
-{
-    // A wide picture, red on its outer quarters: cropped into a square content area the red
-    // is cut away; scaled to fit, the red reaches the content's left edge and bands of the
-    // background appear above and below.
-    QImage picture = leftRight(400, 100, 100, Qt::red, Qt::white);
-    QPainter(&picture).fillRect(300, 0, 100, 100, Qt::red);
-    const UIImage wide(picture);
-    const QColor bg(Qt::blue);
-    const QImage cropped = wide.imageWithInsetContent(10, false, bg, true).bestRepresentation();
-    EXPECT_EQ(cropped.pixelColor(150, 50), QColor(Qt::white));
-    // Content 380 x 80: the picture covers it by width and loses rows, not its red ends.
-    EXPECT_EQ(cropped.pixelColor(11, 50), QColor(Qt::red));
-    const QImage scaled = wide.imageWithInsetContent(40, false, bg, false).bestRepresentation();
-    // Content 320 x 20 at (40, 40): the picture fits as 80 x 20, centred, background around it.
-    EXPECT_EQ(scaled.pixelColor(200, 5), bg);
-    EXPECT_EQ(scaled.pixelColor(200, 50), QColor(Qt::white));
-}
-
 TEST(ImageOperations, LetterboxOnBlack)
 {
     const UIImage wide(QImage(leftRight(200, 100, 200, Qt::white, Qt::white)));
