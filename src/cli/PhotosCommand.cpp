@@ -142,6 +142,8 @@ private:
                 problem = QStringLiteral("does not exist");
             else if (info.isDir())
                 problem = QStringLiteral("is a folder");
+            else if (!info.isFile())
+                problem = QStringLiteral("is not a regular file");
             else if (info.fileName().startsWith(QLatin1Char('.')))
                 problem = QStringLiteral("is a hidden file");
             else if (!info.isReadable())

@@ -56,13 +56,15 @@ bool FileWatcher::watch(const QString &path)
     unwatch(path);
     if (m_fd < 0 || path.isEmpty())
         return false;
-    // A file that cannot be read is not watched, as nothing of it could be shown either.
-    QFile probe(path);
-    if (!probe.open(QIODevice::ReadOnly))
+    // A file that cannot be read is not watched, as nothing of it could be shown either. The
+    // probe never blocks (a named pipe would wait for a writer forever).
+    const int probe = ::open(QFile::encodeName(path).constData(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (probe < 0)
         return false;
-    probe.close();
     struct stat st;
-    if (!statPath(path, &st))
+    const bool statted = ::fstat(probe, &st) == 0;
+    ::close(probe);
+    if (!statted)
         return false;
     const int wd = inotify_add_watch(m_fd, QFile::encodeName(path).constData(), kWatchMask);
     if (wd < 0)

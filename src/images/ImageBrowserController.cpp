@@ -30,10 +30,10 @@ QString cleanAbsolute(const QString &path)
     return QDir::cleanPath(QFileInfo(path).absoluteFilePath());
 }
 
+// A regular file (or a link to one): folders, pipes and devices are no photos.
 bool isPlainFile(const QString &path)
 {
-    const QFileInfo info(path);
-    return info.exists() && !info.isDir();
+    return QFileInfo(path).isFile();
 }
 
 // Writes bytes atomically under a fresh UUID name with the extension into the images folder.
@@ -218,8 +218,7 @@ void ImageBrowserController::insertBlankImage()
 void ImageBrowserController::addImagesWithPaths(const QStringList &paths)
 {
     for (const QString &path : paths) {
-        const QFileInfo info(path);
-        if (!info.exists() || info.isDir() || info.fileName().startsWith(QLatin1Char('.')))
+        if (!isPlainFile(path) || QFileInfo(path).fileName().startsWith(QLatin1Char('.')))
             continue;
         m_imageBookmarks->addBookmarkForPath(path, ImageBookmarks::ResizeCrop);
     }

@@ -120,6 +120,11 @@ TEST(FileWatcher, OneWatchPerPathAndUnwatchedPathsStayQuiet)
     EXPECT_TRUE(watcher.watch(b));
     EXPECT_FALSE(watcher.watch(dir.filePath(QStringLiteral("missing.jpg"))));
     EXPECT_FALSE(watcher.watch(QString()));
+    // A named pipe must not block the watcher waiting for a writer.
+    const QString pipe = dir.filePath(QStringLiteral("pipe"));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    watcher.watch(pipe);
+    watcher.unwatch(pipe);
     EXPECT_EQ(watcher.watchedPaths().size(), 2);
     QSignalSpy spy(&watcher, &FileWatcher::fileChanged);
     watcher.unwatch(b);

@@ -12,6 +12,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
+#include <sys/stat.h>
+
 namespace {
 
 class ImageBrowserControllerTest : public PhotoListFixture
@@ -117,10 +119,13 @@ TEST_F(ImageBrowserControllerTest, MissingFilesAreRefusedWithAnAlert)
 {
     auto c = makeController(2);
     const QString missing = dir.filePath(QStringLiteral("photos/none.jpg"));
+    const QString pipe = dir.filePath(QStringLiteral("photos/pipe.jpg"));
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     struct Case { std::function<void()> act; const char *message; const char *informative; };
     const Case cases[] = {
         {[&] { c->insertImage(missing, 1); }, "Image can not be inserted.", "The image does not exist."},
         {[&] { c->insertImage(dir.filePath(QStringLiteral("photos"))); }, "Image can not be inserted.", "The image does not exist."},
+        {[&] { c->insertImage(pipe, 0); }, "Image can not be inserted.", "The image does not exist."}, // never blocks
         {[&] { c->replaceImage(missing, 0); }, "Image can not be replaced.", "The replacement image does not exist."},
     };
     for (const Case &k : cases) {
