@@ -280,10 +280,6 @@ QImage FlowerPainter::paint(const SceneRequest &request)
             const int count = 5 + (layer < 3 ? 1 : 0);
             const PetalStyle style{PaintKit::mix(inner, outer, 0.4), PaintKit::mix(outer, inner, t * 0.7), Tip::Round, 0.05};
             ring(p, rng, head, count, len, len * 1.05, style, layer * 37.0, 1.0 - t * 0.35, squash);
-            // The curled edge of this ring catches the light.
-            p.setPen(QPen(QColor(255, 160, 170, 70), std::max(1.0, r * 0.01)));
-            p.setBrush(Qt::NoBrush);
-            p.drawEllipse(head, len * 0.8, len * 0.8 * squash);
         }
         p.setPen(Qt::NoPen);
         p.setBrush(QColor(80, 0, 20));

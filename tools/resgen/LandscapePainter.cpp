@@ -20,30 +20,42 @@ QImage canvas(QSize size)
     return image;
 }
 
-// A broadleaf tree standing at `foot`, `height` tall, its crown lit from the left.
+// A broadleaf tree standing at `foot`, `height` tall, its crown of many leaf clumps lit from
+// the upper left.
 void tree(QPainter &p, QRandomGenerator &rng, QPointF foot, double height, const QColor &leaf,
           const QColor &shadowTint)
 {
-    const double crown = height * PaintKit::uniform(rng, 0.32, 0.42);
+    const double crown = height * PaintKit::uniform(rng, 0.3, 0.4);
     p.setPen(Qt::NoPen);
     // Shadow on the ground.
-    p.setBrush(PaintKit::withAlpha(shadowTint, 0.35));
-    p.drawEllipse(QPointF(foot.x() + crown * 0.6, foot.y()), crown * 1.1, crown * 0.18);
-    // Trunk.
-    p.setBrush(PaintKit::shade(QColor(70, 50, 35), 0.8));
-    p.drawRect(QRectF(foot.x() - height * 0.025, foot.y() - height * 0.55, height * 0.05, height * 0.55));
+    p.setBrush(PaintKit::withAlpha(shadowTint, 0.3));
+    p.drawEllipse(QPointF(foot.x() + crown * 0.5, foot.y()), crown * 1.2, crown * 0.16);
+    // Trunk, and two limbs into the crown.
+    const QColor bark = PaintKit::shade(QColor(70, 55, 40), 0.8);
+    p.setPen(QPen(bark, std::max(1.0, height * 0.045), Qt::SolidLine, Qt::RoundCap));
+    const QPointF fork(foot.x(), foot.y() - height * 0.45);
+    p.drawLine(foot, fork);
+    p.setPen(QPen(bark, std::max(1.0, height * 0.025), Qt::SolidLine, Qt::RoundCap));
+    p.drawLine(fork, fork + QPointF(-crown * 0.4, -crown * 0.6));
+    p.drawLine(fork, fork + QPointF(crown * 0.35, -crown * 0.7));
+    p.setPen(Qt::NoPen);
     const QPointF centre(foot.x(), foot.y() - height + crown);
-    const int blobs = 7 + int(rng.bounded(6));
-    for (int i = 0; i < blobs; ++i) {
-        const QPointF c = centre + QPointF(PaintKit::uniform(rng, -0.6, 0.6) * crown,
-                                           PaintKit::uniform(rng, -0.5, 0.55) * crown);
-        const double r = crown * PaintKit::uniform(rng, 0.45, 0.7);
-        QRadialGradient g(c + QPointF(-r * 0.4, -r * 0.5), r * 1.6);
-        g.setColorAt(0.0, PaintKit::shade(leaf, 1.25));
-        g.setColorAt(0.5, leaf);
-        g.setColorAt(1.0, PaintKit::shade(leaf, 0.45));
+    const int clumps = 28 + int(rng.bounded(16));
+    for (int i = 0; i < clumps; ++i) {
+        // Back clumps first: drawn in order of a rising "front-ness" so the crown looks round.
+        const double t = double(i) / clumps;
+        const double a = PaintKit::uniform(rng, 0, 2 * M_PI);
+        const double d = std::sqrt(rng.generateDouble()) * (1.0 - t * 0.4);
+        const QPointF c = centre + QPointF(std::cos(a) * d * crown * 0.95, std::sin(a) * d * crown * 0.8);
+        const double r = crown * PaintKit::uniform(rng, 0.18, 0.32);
+        // Upper-left clumps catch the light; the inside of the crown is in shade.
+        const double light = PaintKit::clamp01(0.5 - (c.x() - centre.x()) / crown * 0.35 - (c.y() - centre.y()) / crown * 0.45) * (0.4 + 0.6 * t);
+        const QColor base = PaintKit::mix(PaintKit::shade(leaf, 0.6), PaintKit::shade(leaf, 1.45), light);
+        QRadialGradient g(c + QPointF(-r * 0.35, -r * 0.4), r * 1.5);
+        g.setColorAt(0.0, PaintKit::shade(base, 1.15));
+        g.setColorAt(1.0, PaintKit::shade(base, 0.7));
         p.setBrush(g);
-        p.drawEllipse(c, r, r * 0.92);
+        p.drawEllipse(c, r, r * 0.9);
     }
 }
 
@@ -82,9 +94,12 @@ QImage LandscapePainter::hills(const SceneRequest &request)
     p.setRenderHint(QPainter::Antialiasing);
 
     const Noise noise(rng.generate());
-    const QImage meadow = PaintKit::field(size, 4, [&](double x, double y) -> QRgb {
+    // Patches of meadow, and fine grass streaks that only show up close by.
+    const QImage meadow = PaintKit::field(size, 2, [&](double x, double y) -> QRgb {
         const double n = noise.fbm(x / (w * 0.12), y / (h * 0.05), 5);
-        const int v = int(128 + n * 110);
+        const double near = PaintKit::smoothstep(horizon, h, y);
+        const double grass = noise.fbm(x / (h * 0.004), y / (h * 0.02), 3) * near;
+        const int v = std::clamp(int(128 + n * 110 + grass * 90), 0, 255);
         return qRgba(v, v, v, 255);
     });
 
@@ -93,16 +108,10 @@ QImage LandscapePainter::hills(const SceneRequest &request)
         const double depth = double(i) / (layers - 1);             // 0 far .. 1 near
         const double base = horizon + (h - horizon) * (0.02 + depth * depth * 0.7);
         const double amplitude = h * (0.03 + 0.07 * depth) * PaintKit::uniform(rng, 0.7, 1.3);
-        auto heights = PaintKit::profile(rng, 17, 0.45);
-        // Smooth the coarse profile into rolling hills.
-        std::vector<double> smooth;
-        for (int k = 0; k <= 256; ++k)
-            smooth.push_back(PaintKit::heightAt(heights, 1.0, k / 256.0));
-        for (int pass = 0; pass < 6; ++pass)
-            for (size_t k = 1; k + 1 < smooth.size(); ++k)
-                smooth[k] = (smooth[k - 1] + 2 * smooth[k] + smooth[k + 1]) / 4;
+        // A few control points smoothed into rolling hills.
+        const auto smooth = PaintKit::smoothed(PaintKit::profile(rng, 9, 0.45), 257);
         const QPainterPath area = PaintKit::areaUnder(smooth, w, base, amplitude, h + 2);
-        const double haze = std::pow(1.0 - depth, 1.4) * 0.85;
+        const double haze = std::pow(1.0 - depth, 1.6) * 0.55;
         QColor ground = PaintKit::mix(pal.near, pal.far, 1.0 - depth);
         ground = PaintKit::mix(ground, QColor::fromHsvF(ground.hueF(), ground.saturationF(), ground.valueF()),
                                rng.generateDouble());
@@ -362,34 +371,76 @@ QImage LandscapePainter::forest(const SceneRequest &request)
     const QColor fog = autumn ? QColor(235, 215, 180) : QColor(205, 225, 210);
     const QColor deep = autumn ? QColor(90, 60, 40) : QColor(35, 60, 45);
     SkyPainter::gradient(p, QRectF(0, 0, w, h), {{0.0, PaintKit::mix(fog, Qt::white, 0.3)}, {0.6, fog}, {1.0, PaintKit::mix(fog, deep, 0.5)}});
-    // Trunks in depth layers: far ones thin and pale, near ones thick and dark.
+    // Trunks in depth layers: far ones thin and pale, near ones thick, dark and barked; each
+    // layer with its own band of foliage overhead.
+    const Noise noise(rng.generate());
+    const QImage bark = PaintKit::field(size, 2, [&](double x, double y) -> QRgb {
+        const double n = noise.fbm(x / (w * 0.004), y / (h * 0.05), 4);
+        const int v = std::clamp(int(128 + n * 160), 0, 255);
+        return qRgba(v, v, v, 255);
+    });
+    const QColor foliage = autumn ? QColor(200, 110, 40) : QColor(60, 100, 50);
     const int layers = 6;
     for (int i = 0; i < layers; ++i) {
         const double depth = double(i) / (layers - 1);
+        const double veil = 0.85 * std::pow(1.0 - depth, 1.3);
+        const QColor leaves = PaintKit::mix(foliage, fog, veil);
         const int count = int(14 - 9 * depth);
-        const QColor bark = PaintKit::mix(fog, autumn ? QColor(60, 40, 30) : QColor(30, 35, 30), 0.25 + 0.75 * depth);
+        const QColor barkColour = PaintKit::mix(fog, autumn ? QColor(60, 40, 30) : QColor(40, 40, 35), 1.0 - veil);
         for (int t = 0; t < count; ++t) {
             const double x = PaintKit::uniform(rng, -0.05, 1.05) * w;
             const double tw = w * (0.006 + 0.045 * depth * depth) * PaintKit::uniform(rng, 0.7, 1.3);
             const double footY = h * (0.68 + 0.3 * depth) + PaintKit::uniform(rng, -0.02, 0.02) * h;
+            const double lean = PaintKit::uniform(rng, -0.03, 0.03) * h;
             QLinearGradient g(x - tw / 2, 0, x + tw / 2, 0);
-            g.setColorAt(0.0, PaintKit::shade(bark, 1.15));
-            g.setColorAt(0.4, bark);
-            g.setColorAt(1.0, PaintKit::shade(bark, 0.7));
+            g.setColorAt(0.0, PaintKit::shade(barkColour, 1.2));
+            g.setColorAt(0.35, barkColour);
+            g.setColorAt(1.0, PaintKit::shade(barkColour, 0.65));
+            QPainterPath trunk;
+            trunk.moveTo(x - tw * 0.38 + lean, -2);
+            trunk.lineTo(x + tw * 0.38 + lean, -2);
+            trunk.lineTo(x + tw * 0.5, footY - tw * 0.4);
+            trunk.quadTo(x + tw * 0.7, footY, x + tw * 1.1, footY);
+            trunk.lineTo(x - tw * 1.1, footY);
+            trunk.quadTo(x - tw * 0.7, footY, x - tw * 0.5, footY - tw * 0.4);
+            trunk.closeSubpath();
             p.setPen(Qt::NoPen);
             p.setBrush(g);
-            QPainterPath trunk;
-            trunk.moveTo(x - tw * 0.42, -2);
-            trunk.lineTo(x + tw * 0.42, -2);
-            trunk.lineTo(x + tw * 0.5, footY - tw * 0.3);
-            trunk.quadTo(x + tw * 0.9, footY, x + tw, footY);
-            trunk.lineTo(x - tw, footY);
-            trunk.quadTo(x - tw * 0.9, footY, x - tw * 0.5, footY - tw * 0.3);
-            trunk.closeSubpath();
             p.drawPath(trunk);
+            if (depth > 0.3) {
+                p.save();
+                p.setClipPath(trunk);
+                p.setCompositionMode(QPainter::CompositionMode_Overlay);
+                p.setOpacity(0.5 * depth);
+                p.drawImage(0, 0, bark);
+                p.restore();
+            }
         }
-        // A veil of mist between layers.
-        p.fillRect(QRectF(0, 0, w, h), PaintKit::withAlpha(fog, 0.18 * (1.0 - depth)));
+        // Foliage: clumps hanging from the top edge, over the tops of the trunks, out of focus.
+        QImage crowns(size, QImage::Format_ARGB32_Premultiplied);
+        crowns.fill(Qt::transparent);
+        QPainter f(&crowns);
+        f.setRenderHint(QPainter::Antialiasing);
+        const int clumps = int(160 + 120 * depth);
+        for (int k = 0; k < clumps; ++k) {
+            const double r = h * PaintKit::uniform(rng, 0.012, 0.035) * (0.6 + depth);
+            const QPointF c(PaintKit::uniform(rng, -0.05, 1.05) * w,
+                            h * (0.2 - 0.08 * depth) * std::pow(rng.generateDouble(), 1.5) - h * 0.02);
+            QRadialGradient g(c + QPointF(-r * 0.3, -r * 0.3), r * 1.4);
+            g.setColorAt(0, PaintKit::shade(leaves, 1.1 + 0.1 * depth));
+            g.setColorAt(1, PaintKit::shade(leaves, 0.85 - 0.2 * depth));
+            f.setPen(Qt::NoPen);
+            f.setBrush(g);
+            f.drawEllipse(c, r * 1.3, r);
+        }
+        f.end();
+        p.drawImage(0, 0, PaintKit::blurred(crowns, h * 0.002 * (1 + depth * 3)));
+        // A veil of mist between layers, thicker near the ground.
+        QLinearGradient mist(0, 0, 0, h);
+        mist.setColorAt(0, PaintKit::withAlpha(fog, 0.08 * (1.0 - depth)));
+        mist.setColorAt(0.75, PaintKit::withAlpha(fog, 0.3 * (1.0 - depth)));
+        mist.setColorAt(1, PaintKit::withAlpha(fog, 0.1 * (1.0 - depth)));
+        p.fillRect(QRectF(0, 0, w, h), mist);
     }
     // Sun rays slanting through the canopy.
     p.end();
@@ -428,14 +479,26 @@ QImage LandscapePainter::forest(const SceneRequest &request)
     g.setColorAt(0, PaintKit::withAlpha(floor, 0.0));
     g.setColorAt(1, PaintKit::withAlpha(PaintKit::shade(floor, 0.7), 0.9));
     p.fillRect(QRectF(0, h * 0.75, w, h * 0.25), g);
-    for (int i = 0; i < int(w * 0.6); ++i) {
-        const double y = h * (0.86 + 0.14 * std::pow(rng.generateDouble(), 0.7));
+    // Leaves of the undergrowth as small soft specks, the nearest ones out of focus.
+    QImage ground(size, QImage::Format_ARGB32_Premultiplied);
+    ground.fill(Qt::transparent);
+    QPainter q(&ground);
+    q.setRenderHint(QPainter::Antialiasing);
+    q.setPen(Qt::NoPen);
+    for (int i = 0; i < int(w * 6); ++i) {
+        const double y = h * (0.8 + 0.2 * std::pow(rng.generateDouble(), 0.6));
         const double x = PaintKit::uniform(rng, 0, w);
-        const double r = h * 0.004 * (1 + (y / h - 0.86) * 20) * PaintKit::uniform(rng, 0.5, 1.5);
-        p.setPen(Qt::NoPen);
-        p.setBrush(PaintKit::withAlpha(PaintKit::shade(floor, PaintKit::uniform(rng, 0.6, 1.4)), 0.8));
-        p.drawEllipse(QPointF(x, y), r * 1.6, r);
+        const double r = h * 0.0008 * (1 + (y / h - 0.8) * 40) * PaintKit::uniform(rng, 0.5, 1.5);
+        const QColor speck = PaintKit::shade(floor, PaintKit::uniform(rng, 0.45, 1.15));
+        q.setBrush(PaintKit::withAlpha(PaintKit::mix(speck, fog, PaintKit::smoothstep(0.9, 0.8, y / h) * 0.6), 0.85));
+        q.save();
+        q.translate(x, y);
+        q.rotate(PaintKit::uniform(rng, -40, 40));
+        q.drawEllipse(QPointF(0, 0), r * 2.2, r);
+        q.restore();
     }
+    q.end();
+    p.drawImage(0, 0, PaintKit::blurred(ground, h * 0.0012));
     p.end();
     PaintKit::vignette(image, 0.4);
     PaintKit::addGrain(image, request.seed, 6);
@@ -462,13 +525,7 @@ QImage LandscapePainter::dunes(const SceneRequest &request)
     const int layers = 4;
     for (int i = 0; i < layers; ++i) {
         const double depth = double(i) / (layers - 1);
-        auto coarse = PaintKit::profile(rng, 9, 0.5);
-        std::vector<double> crest;
-        for (int k = 0; k <= 512; ++k)
-            crest.push_back(PaintKit::heightAt(coarse, 1.0, k / 512.0));
-        for (int pass = 0; pass < 12; ++pass)
-            for (size_t k = 1; k + 1 < crest.size(); ++k)
-                crest[k] = (crest[k - 1] + 2 * crest[k] + crest[k + 1]) / 4;
+        const auto crest = PaintKit::smoothed(PaintKit::profile(rng, 7, 0.5), 513);
         const double base = horizon + (h - horizon) * (0.08 + depth * 0.55);
         const double amplitude = h * (0.05 + 0.08 * depth);
         const QPainterPath area = PaintKit::areaUnder(crest, w, base, amplitude, h + 2);

@@ -150,7 +150,8 @@ QImage ObjectPainter::fruit(const SceneRequest &request)
     QRandomGenerator rng(request.seed);
     const Noise noise(rng.generate());
     const int v = request.variant % 3;
-    const double tableY = h * PaintKit::uniform(rng, 0.5, 0.6);
+    const bool portrait = h > w;
+    const double tableY = h * (portrait ? PaintKit::uniform(rng, 0.4, 0.46) : PaintKit::uniform(rng, 0.5, 0.6));
     const QColor wall = v == 0 ? QColor(90, 110, 120) : v == 1 ? QColor(220, 205, 180) : QColor(60, 55, 70);
     const QColor table = v == 0 ? QColor(150, 100, 60) : v == 1 ? QColor(235, 230, 220) : QColor(110, 75, 50);
     QImage image = canvas(size);
@@ -161,10 +162,19 @@ QImage ObjectPainter::fruit(const SceneRequest &request)
     wg.setColorAt(0, PaintKit::shade(wall, 1.2));
     wg.setColorAt(1, PaintKit::shade(wall, 0.6));
     p.fillRect(QRectF(0, 0, w, tableY), wg);
+    // Soft daylight from a window off to the left falls on the wall.
+    PaintKit::glow(p, QPointF(w * 0.2, tableY * 0.45), std::max(w, h) * 0.6, QColor(255, 245, 225), 0.35);
     const QImage top = PaintKit::field(QSize(int(w), int(h - tableY) + 1), 2, [&](double x, double y) -> QRgb {
-        const double depth = y / (h - tableY);
-        const double grain = v == 1 ? 0.0 : std::sin((x / w * 40 + noise.fbm(x / w * 3, y / h * 20, 3) * 3) * M_PI) * 0.06;
-        QColor c = PaintKit::shade(table, 0.75 + 0.35 * depth + grain);
+        const double depth = y / (h - tableY);   // 0 at the far edge, 1 at the front
+        // Grain runs across the picture; boards and their lines crowd together with distance.
+        const double v = 1.0 / (0.25 + depth) * 6.0;
+        const double warp = noise.fbm(x / (w * 0.3), v * 0.4, 3) * 1.2;
+        const double grain = v == 0 ? 0.0 : (std::sin((v * 7 + warp) * M_PI) * 0.5 + 0.5);
+        const double plank = std::abs(std::sin(v * M_PI * 0.5 + 0.3));
+        double t = 0.75 + 0.3 * depth;
+        if (table != QColor(235, 230, 220))
+            t += (grain - 0.5) * 0.12 - PaintKit::smoothstep(0.06, 0.0, plank) * 0.35;
+        QColor c = PaintKit::shade(table, t);
         c = PaintKit::mix(c, PaintKit::shade(table, 0.5), (x / w) * 0.3);
         return PaintKit::premultiplied(c, 1.0);
     });
@@ -188,9 +198,9 @@ QImage ObjectPainter::fruit(const SceneRequest &request)
     struct Placed { QPointF c; double r; Fruit f; };
     std::vector<Placed> placed;
     for (int i = 0; i < count; ++i) {
-        const double r = unit * PaintKit::uniform(rng, 0.07, 0.1);
-        const double x = w * 0.5 + (i - (count - 1) / 2.0) * r * 1.45 + PaintKit::uniform(rng, -0.3, 0.3) * r;
-        const double y = tableY + (h - tableY) * PaintKit::uniform(rng, 0.3, 0.6) - r * 0.5;
+        const double r = unit * PaintKit::uniform(rng, 0.07, 0.1) * (portrait ? 1.3 : 1.0);
+        const double x = w * 0.5 + (i - (count - 1) / 2.0) * r * (portrait ? 0.9 : 1.45) + PaintKit::uniform(rng, -0.3, 0.3) * r;
+        const double y = tableY + (h - tableY) * PaintKit::uniform(rng, 0.3, portrait ? 0.75 : 0.6) - r * 0.5;
         placed.push_back({QPointF(x, y), r, kinds[size_t(rng.bounded(int(kinds.size())))]});
     }
     std::sort(placed.begin(), placed.end(), [](const Placed &a, const Placed &b) { return a.c.y() < b.c.y(); });

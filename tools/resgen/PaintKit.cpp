@@ -192,6 +192,22 @@ std::vector<double> PaintKit::profile(QRandomGenerator &rng, int count, double r
     return h;
 }
 
+std::vector<double> PaintKit::smoothed(const std::vector<double> &coarse, int samples)
+{
+    std::vector<double> out(size_t(std::max(2, samples)));
+    const int n = int(coarse.size());
+    auto at = [&](int i) { return coarse[size_t(std::clamp(i, 0, n - 1))]; };
+    for (size_t k = 0; k < out.size(); ++k) {
+        const double pos = double(k) / double(out.size() - 1) * (n - 1);
+        const int i = std::min(int(pos), n - 2);
+        const double t = pos - i;
+        const double p0 = at(i - 1), p1 = at(i), p2 = at(i + 1), p3 = at(i + 2);
+        out[k] = 0.5 * ((2 * p1) + (-p0 + p2) * t + (2 * p0 - 5 * p1 + 4 * p2 - p3) * t * t
+                        + (-p0 + 3 * p1 - 3 * p2 + p3) * t * t * t);
+    }
+    return out;
+}
+
 double PaintKit::heightAt(const std::vector<double> &heights, double width, double x)
 {
     const double pos = clamp01(x / width) * double(heights.size() - 1);

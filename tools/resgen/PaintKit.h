@@ -78,6 +78,8 @@ public:
     // closed along the bottom edge at `bottom`.
     static QPainterPath areaUnder(const std::vector<double> &heights, double width, double baseY,
                                   double amplitude, double bottom);
+    // A smooth profile of `samples` heights through the coarse one (Catmull-Rom curve).
+    static std::vector<double> smoothed(const std::vector<double> &coarse, int samples);
     // Height of the profile at x, interpolated.
     static double heightAt(const std::vector<double> &heights, double width, double x);
 };

@@ -48,46 +48,59 @@ void SkyPainter::layeredClouds(QImage &image, const QRectF &region, quint32 seed
 void SkyPainter::cumulus(QImage &image, const QRectF &region, QRandomGenerator &rng, int count,
                          double size, const QColor &light, const QColor &shadow)
 {
-    QImage layer(image.size(), QImage::Format_ARGB32_Premultiplied);
-    layer.fill(Qt::transparent);
-    QPainter p(&layer);
-    p.setRenderHint(QPainter::Antialiasing);
-    p.setPen(Qt::NoPen);
+    QPainter out(&image);
+    const Noise noise(rng.generate());
     for (int c = 0; c < count; ++c) {
         // Distant clouds are smaller and lower.
         const double depth = PaintKit::uniform(rng, 0.0, 1.0);
         const double width = size * PaintKit::lerp(0.35, 1.0, depth) * PaintKit::uniform(rng, 0.7, 1.3);
         const double cx = PaintKit::uniform(rng, region.left() - width * 0.3, region.right() + width * 0.3);
         const double base = region.top() + region.height() * PaintKit::lerp(0.95, 0.35, depth);
-        const int puffs = 10 + int(rng.bounded(12));
-        for (int i = 0; i < puffs; ++i) {
+        // The heap: puffs along a flat base, higher towards the middle.
+        struct Puff { double x, y, r; };
+        std::vector<Puff> puffs;
+        const int n = 9 + int(rng.bounded(9));
+        for (int i = 0; i < n; ++i) {
             const double t = PaintKit::uniform(rng, -0.5, 0.5);
-            const double r = width * PaintKit::uniform(rng, 0.08, 0.2) * (1.0 - std::abs(t) * 0.9);
-            const double x = cx + t * width;
-            // Puffs near the middle heap up higher.
-            const double y = base - r * 0.6 - (0.5 - std::abs(t)) * width * PaintKit::uniform(rng, 0.05, 0.3);
-            QRadialGradient g(QPointF(x - r * 0.3, y - r * 0.45), r * 1.4);
-            g.setColorAt(0.0, light);
-            g.setColorAt(0.55, PaintKit::mix(light, shadow, 0.25));
-            g.setColorAt(1.0, PaintKit::mix(light, shadow, 0.75));
-            p.setBrush(g);
-            p.drawEllipse(QPointF(x, y), r, r * 0.9);
+            const double r = width * PaintKit::uniform(rng, 0.1, 0.22) * (1.0 - std::abs(t) * 0.9);
+            const double y = base - r * 0.5 - (0.5 - std::abs(t)) * width * PaintKit::uniform(rng, 0.05, 0.35);
+            puffs.push_back({cx + t * width, y, r});
         }
-        // Flat, shaded base.
-        QLinearGradient under(0, base - width * 0.18, 0, base);
-        under.setColorAt(0.0, PaintKit::withAlpha(shadow, 0.0));
-        under.setColorAt(1.0, PaintKit::withAlpha(shadow, 0.8));
-        p.setCompositionMode(QPainter::CompositionMode_SourceAtop);
-        p.fillRect(QRectF(cx - width, base - width * 0.18, width * 2, width * 0.18), under);
-        p.setCompositionMode(QPainter::CompositionMode_DestinationOut);
-        p.fillRect(QRectF(cx - width, base, width * 2, width), Qt::black);
-        p.setCompositionMode(QPainter::CompositionMode_SourceOver);
+        const QRectF box(cx - width * 0.75, base - width * 0.6, width * 1.5, width * 0.62);
+        const QSize boxSize = box.size().toSize();
+        if (boxSize.isEmpty())
+            continue;
+        const double scale = width * 0.09;
+        const double offset = c * 13.7;
+        auto density = [&](double x, double y) {
+            double d = -1;
+            for (const Puff &p : puffs) {
+                const double k = 1.0 - std::hypot(x - p.x, (y - p.y) * 1.1) / p.r;
+                d = std::max(d, k);
+            }
+            // Billows on the surface (only near the heap, so no stray wisps float about).
+            d += noise.fbm(x / scale + offset, y / scale, 5, 2.0, 0.55) * 0.45 * PaintKit::smoothstep(-0.25, 0.15, d);
+            // A flat, slightly ragged base.
+            d -= PaintKit::smoothstep(base - width * 0.06, base + width * 0.02, y) * 0.6;
+            return d;
+        };
+        const double step = std::max(2.0, width * 0.025);
+        const QImage cloud = PaintKit::field(boxSize, 2, [&](double lx, double ly) -> QRgb {
+            const double x = lx + box.left(), y = ly + box.top();
+            const double d = density(x, y);
+            const double alpha = PaintKit::smoothstep(0.0, 0.4, d);
+            if (alpha <= 0)
+                return 0;
+            // Lit from above: surfaces whose density rises downwards face the sun.
+            const double facing = density(x, y + step) - d;
+            const double height = PaintKit::clamp01((base - y) / (width * 0.45));
+            double lit = PaintKit::clamp01(0.45 + facing * 3.0 + height * 0.45 - PaintKit::smoothstep(0.3, 0.9, d) * 0.2);
+            // Thin edges let light through.
+            lit = PaintKit::lerp(lit, 1.0, (1.0 - alpha) * 0.5);
+            return PaintKit::premultiplied(PaintKit::mix(shadow, light, lit), alpha * 0.97);
+        });
+        out.drawImage(box.topLeft(), cloud);
     }
-    p.end();
-    const QImage soft = PaintKit::blurred(layer, size * 0.012 + 1);
-    QPainter out(&image);
-    out.setOpacity(0.95);
-    out.drawImage(0, 0, soft);
 }
 
 void SkyPainter::sun(QPainter &p, QPointF centre, double radius, const QColor &core, const QColor &halo)
