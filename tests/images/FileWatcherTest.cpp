@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -153,6 +154,31 @@ TEST(FileWatcher, TwoNamesOfOneFile)
     writeFile(a, "changed");
     ASSERT_TRUE(spy.wait(3000));
     EXPECT_EQ(spy.at(0).at(0).toString(), a);
+}
+
+} // namespace
+
+namespace {
+
+// With the inotify watch limit lowered (in a user namespace of its own, so nothing else on the
+// machine is affected), photos beyond the limit are still listed, only unwatched.
+TEST(FileWatcher, PhotosBeyondTheWatchLimitStayListed)
+{
+    const QString tool = QStringLiteral(TESSARY_BINARY_DIR "/bin/tool_watch_limit");
+    ASSERT_TRUE(QFile::exists(tool));
+    QTemporaryDir dir;
+    QStringList args{QStringLiteral("-U"), QStringLiteral("-r"), QStringLiteral("sh"), QStringLiteral("-c"),
+                     QStringLiteral("echo 2 > /proc/sys/user/max_inotify_watches && exec \"$0\" \"$@\""), tool};
+    for (int i = 0; i < 4; ++i) {
+        const QString path = dir.filePath(QStringLiteral("p%1.jpg").arg(i));
+        writeFile(path, "jpeg");
+        args.append(path);
+    }
+    QProcess process;
+    process.start(QStringLiteral("unshare"), args);
+    if (!process.waitForFinished(20000) || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+        GTEST_SKIP() << "no user namespace with a lowered watch limit here: " << process.readAllStandardError().toStdString();
+    EXPECT_EQ(QString::fromUtf8(process.readAllStandardOutput()).trimmed(), QStringLiteral("listed 4 watched 2"));
 }
 
 } // namespace
