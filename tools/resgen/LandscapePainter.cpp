@@ -193,6 +193,9 @@ QImage LandscapePainter::mountains(const SceneRequest &request)
     // The main range: rock and snow shaded by ridged noise, lit from the left.
     {
         auto heights = PaintKit::profile(rng, 513, 0.52);
+        // Sharpen the peaks and widen the valleys between them.
+        for (double &v : heights)
+            v = 2 * std::pow((v + 1) / 2, 1.6) - 1;
         const double base = ground - h * 0.02;
         const double amplitude = h * PaintKit::uniform(rng, 0.22, 0.3);
         const double peakBase = base - amplitude;
@@ -208,10 +211,10 @@ QImage LandscapePainter::mountains(const SceneRequest &request)
                                     + r * amplitude * 0.25;
             double snow = 1.0 - PaintKit::smoothstep(snowEdge - amplitude * 0.05, snowEdge + amplitude * 0.05, y);
             snow *= PaintKit::smoothstep(0.25, 0.5, r);
-            const QColor rockColour = PaintKit::mix(PaintKit::shade(pal.rock, 0.55), PaintKit::shade(pal.rock, 1.3), light);
+            const QColor rockColour = PaintKit::mix(PaintKit::shade(pal.rock, 0.45), PaintKit::shade(pal.rock, 1.15), light);
             const QColor snowColour = PaintKit::mix(PaintKit::shade(pal.snow, 0.72), pal.snow, light);
             QColor c = PaintKit::mix(rockColour, snowColour, snow);
-            c = PaintKit::mix(c, pal.haze, 0.3 + 0.25 * PaintKit::smoothstep(peakBase, base, y));
+            c = PaintKit::mix(c, pal.haze, 0.2 + 0.35 * PaintKit::smoothstep(peakBase, base, y));
             return PaintKit::premultiplied(c, 1.0);
         });
         p.save();
@@ -220,6 +223,12 @@ QImage LandscapePainter::mountains(const SceneRequest &request)
         p.restore();
     }
     // Nearer foothills, darker and less hazy towards the viewer.
+    const Noise treeNoise(rng.generate());
+    const QImage canopy = PaintKit::field(size, 2, [&](double x, double y) -> QRgb {
+        const double n = treeNoise.fbm(x / (h * 0.006), y / (h * 0.005), 3) * 0.7 + treeNoise.fbm(x / (w * 0.1), y / (h * 0.05), 3) * 0.5;
+        const int v = std::clamp(int(128 + n * 150), 0, 255);
+        return qRgba(v, v, v, 255);
+    });
     const int ridges = 3;
     for (int i = 0; i < ridges; ++i) {
         const double depth = double(i + 1) / ridges;
@@ -227,20 +236,27 @@ QImage LandscapePainter::mountains(const SceneRequest &request)
         const double base = ground + h * 0.01 * i;
         const double amplitude = h * PaintKit::uniform(rng, 0.06, 0.12) * (1.0 - depth * 0.4);
         const QPainterPath area = PaintKit::areaUnder(heights, w, base - amplitude * 0.4, amplitude, h + 2);
-        QColor c = PaintKit::mix(pal.near, pal.haze, 0.75 * (1.0 - depth) + 0.1);
+        QColor c = PaintKit::mix(pal.near, pal.haze, 0.55 * (1.0 - depth) + 0.05);
         QLinearGradient g(0, base - amplitude * 1.4, 0, base);
         g.setColorAt(0, PaintKit::shade(c, 1.1));
         g.setColorAt(1, PaintKit::mix(c, pal.haze, 0.35));
         p.setPen(Qt::NoPen);
         p.setBrush(g);
         p.drawPath(area);
+        // Forest on the slopes: a mottled texture of tree crowns.
+        p.save();
+        p.setClipPath(area);
+        p.setCompositionMode(QPainter::CompositionMode_SoftLight);
+        p.setOpacity(0.5 + 0.4 * depth);
+        p.drawImage(0, 0, canopy);
+        p.restore();
         if (i == ridges - 1) {
             // Conifers along the nearest ridge.
             const int count = int(w / (h * 0.012));
             for (int t = 0; t < count; ++t) {
                 const double x = PaintKit::uniform(rng, 0, w);
                 const double y = base - amplitude * 0.4 - amplitude * PaintKit::heightAt(heights, w, x) + h * 0.004;
-                const double th = h * PaintKit::uniform(rng, 0.02, 0.05);
+                const double th = h * PaintKit::uniform(rng, 0.012, 0.032);
                 QPainterPath pine;
                 pine.moveTo(x, y - th);
                 pine.lineTo(x + th * 0.22, y);
@@ -256,14 +272,6 @@ QImage LandscapePainter::mountains(const SceneRequest &request)
         SkyPainter::reflect(image, int(waterY), PaintKit::mix(pal.skyTop, pal.near, 0.5), w * 0.004, rng.generate(), 0.82);
         QPainter q(&image);
         q.setRenderHint(QPainter::Antialiasing);
-        // Faint ripple lines on the water.
-        for (int i = 0; i < 120; ++i) {
-            const double y = waterY + (h - waterY) * std::pow(rng.generateDouble(), 1.6);
-            const double len = w * PaintKit::uniform(rng, 0.03, 0.2) * (0.3 + (y - waterY) / (h - waterY));
-            const double x = PaintKit::uniform(rng, -len, w);
-            q.setPen(QPen(QColor(255, 255, 255, 18 + int(rng.bounded(20))), std::max(1.0, h * 0.0015)));
-            q.drawLine(QPointF(x, y), QPointF(x + len, y));
-        }
         // The near shore, a dark strip of grass and stones.
         auto shore = PaintKit::profile(rng, 65, 0.5);
         const QPainterPath area = PaintKit::areaUnder(shore, w, h * 0.97, h * 0.03, h + 2);

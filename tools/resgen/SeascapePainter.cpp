@@ -10,6 +10,7 @@
 #include <QRadialGradient>
 
 #include <cmath>
+#include <numeric>
 
 namespace {
 
@@ -241,12 +242,20 @@ QImage SeascapePainter::boats(const SceneRequest &request)
     const QColor hulls[] = {QColor(200, 50, 40), QColor(30, 80, 150), QColor(240, 240, 235), QColor(40, 130, 90), QColor(230, 180, 40)};
     struct Placed { QPointF at; double scale; QColor hull; bool sail; };
     std::vector<Placed> placed;
+    // Each boat in its own stretch of water, with its own colour.
+    std::vector<int> lanes(static_cast<size_t>(count)), colours(std::size(hulls));
+    std::iota(lanes.begin(), lanes.end(), 0);
+    std::iota(colours.begin(), colours.end(), 0);
+    for (int i = count - 1; i > 0; --i)
+        std::swap(lanes[size_t(i)], lanes[rng.bounded(i + 1)]);
+    for (int i = int(colours.size()) - 1; i > 0; --i)
+        std::swap(colours[size_t(i)], colours[rng.bounded(i + 1)]);
     for (int i = 0; i < count; ++i) {
         const double t = (i + PaintKit::uniform(rng, 0.0, 0.8)) / count;
-        const double y = horizon + (h - horizon) * (0.02 + 0.12 * t * t);
+        const double y = horizon + (h - horizon) * (0.02 + 0.3 * t * t);
         const double scale = std::min(w, h * 1.5) * (0.06 + 0.16 * t);
-        placed.push_back({QPointF(PaintKit::uniform(rng, 0.1, 0.9) * w, y), scale,
-                          hulls[rng.bounded(int(std::size(hulls)))], rng.bounded(3) != 0});
+        const double x = (lanes[size_t(i)] + PaintKit::uniform(rng, 0.3, 0.7)) / count * w;
+        placed.push_back({QPointF(x, y), scale, hulls[colours[size_t(i) % colours.size()]], rng.bounded(3) != 0});
     }
     const double waterY = horizon;
     p.end();
@@ -267,22 +276,21 @@ QImage SeascapePainter::boats(const SceneRequest &request)
         const double top = pl.at.y() - pl.scale * 1.5;
         const QRectF src(pl.at.x() - pl.scale * 0.7, top, pl.scale * 1.4, pl.at.y() - top + pl.scale * 0.03);
         QImage piece = boatsLayer.copy(src.toRect()).mirrored(false, true);
+        SkyPainter::rippleRows(piece, pl.scale * 0.04, rng.generate());
+        // The reflection fades away from the boat.
+        QPainter fade(&piece);
+        QLinearGradient g(0, 0, 0, piece.height());
+        g.setColorAt(0, QColor(0, 0, 0, 255));
+        g.setColorAt(1, QColor(0, 0, 0, 40));
+        fade.setCompositionMode(QPainter::CompositionMode_DestinationIn);
+        fade.fillRect(piece.rect(), g);
+        fade.end();
         p.save();
-        p.setOpacity(0.45);
-        p.drawImage(QPointF(src.left(), pl.at.y() + pl.scale * 0.03), PaintKit::blurred(piece, std::max(1.0, pl.scale * 0.01)));
+        p.setOpacity(0.55);
+        p.drawImage(QPointF(src.left(), pl.at.y() + pl.scale * 0.03), PaintKit::blurred(piece, std::max(1.0, pl.scale * 0.006)));
         p.restore();
     }
     p.drawImage(0, 0, boatsLayer);
-    // Ripples.
-    for (int i = 0; i < 200; ++i) {
-        const double t = std::pow(rng.generateDouble(), 1.3);
-        const double y = waterY + (h - waterY) * t;
-        const double len = w * PaintKit::uniform(rng, 0.02, 0.12) * (0.3 + t);
-        const double x = PaintKit::uniform(rng, -len, w);
-        const bool light = rng.bounded(2);
-        p.setPen(QPen(light ? QColor(255, 255, 255, 30) : QColor(0, 20, 40, 35), std::max(1.0, h * 0.002 * (0.3 + t))));
-        p.drawLine(QPointF(x, y), QPointF(x + len, y));
-    }
     p.end();
     PaintKit::vignette(image, 0.3);
     PaintKit::addGrain(image, request.seed, 5);

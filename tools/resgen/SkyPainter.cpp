@@ -183,4 +183,43 @@ void SkyPainter::reflect(QImage &image, int waterY, const QColor &water, double 
             dst[x] = qRgb(r, g, b);
         }
     }
+    waves(image, waterY, seed ^ 0xa5a5a5a5U, 0.35);
+}
+
+void SkyPainter::waves(QImage &image, int waterY, quint32 seed, double strength)
+{
+    const int w = image.width();
+    const int h = image.height();
+    if (waterY >= h - 1)
+        return;
+    const Noise noise(seed);
+    const double depthSpan = std::max(1, h - waterY);
+    const QImage field = PaintKit::field(QSize(w, h - waterY), 2, [&](double x, double y) -> QRgb {
+        const double z = y / depthSpan;                      // 0 at the horizon, 1 at the bottom
+        const double scale = 0.12 + z;                       // nearer waves look bigger
+        const double u = x / (w * 0.06 * scale);
+        const double v = y / (h * 0.012 * scale * scale + 1);
+        const double n = noise.fbm(u, v, 4, 2.0, 0.5);
+        const int g = std::clamp(int(128 + n * 200 * strength * (0.4 + 0.6 * z)), 0, 255);
+        return qRgba(g, g, g, 255);
+    });
+    QPainter p(&image);
+    p.setCompositionMode(QPainter::CompositionMode_SoftLight);
+    p.drawImage(0, waterY, field);
+}
+
+void SkyPainter::rippleRows(QImage &image, double amplitude, quint32 seed)
+{
+    const Noise noise(seed);
+    const int w = image.width();
+    std::vector<QRgb> row(size_t(std::max(0, w)));
+    for (int y = 0; y < image.height(); ++y) {
+        const int dx = int(std::lround(amplitude * noise.fbm(0.5, y / 3.0, 3) * std::min(1.0, y / 20.0)));
+        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
+        for (int x = 0; x < w; ++x) {
+            const int sx = x + dx;
+            row[size_t(x)] = (sx >= 0 && sx < w) ? line[sx] : 0;
+        }
+        std::copy(row.begin(), row.end(), line);
+    }
 }

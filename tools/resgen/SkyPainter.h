@@ -47,4 +47,10 @@ public:
     // by ripples, darkened and tinted towards `water` with distance.
     static void reflect(QImage &image, int waterY, const QColor &water, double ripple, quint32 seed,
                         double darken = 0.8);
+    // Soft wavelets over the water below `waterY`, flattened and crowded by perspective towards
+    // the horizon; `strength` 0..1.
+    static void waves(QImage &image, int waterY, quint32 seed, double strength);
+    // Shifts each row sideways by a smooth random amount of up to `amplitude` pixels: a
+    // reflection broken up by ripples.
+    static void rippleRows(QImage &image, double amplitude, quint32 seed);
 };
