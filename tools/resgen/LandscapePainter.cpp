@@ -134,7 +134,7 @@ QImage LandscapePainter::hills(const SceneRequest &request)
             // Morning mist lying in the valley in front of this hill.
             QLinearGradient mist(0, base - amplitude * 0.2, 0, base + h * 0.06);
             mist.setColorAt(0, PaintKit::withAlpha(pal.haze, 0.0));
-            mist.setColorAt(0.7, PaintKit::withAlpha(pal.haze, 0.55));
+            mist.setColorAt(0.7, PaintKit::withAlpha(pal.haze, 0.35));
             mist.setColorAt(1, PaintKit::withAlpha(pal.haze, 0.0));
             p.fillRect(QRectF(0, base - amplitude, w, amplitude + h * 0.1), mist);
         }
@@ -169,7 +169,7 @@ QImage LandscapePainter::mountains(const SceneRequest &request)
     const Palette palettes[] = {
         {QColor(45, 105, 185), QColor(185, 215, 240), QColor(170, 195, 220), QColor(95, 90, 95), QColor(245, 248, 252), QColor(40, 70, 45), true},
         {QColor(90, 90, 150), QColor(250, 185, 160), QColor(230, 170, 170), QColor(120, 85, 100), QColor(255, 225, 220), QColor(55, 45, 70), false},
-        {QColor(25, 45, 90), QColor(230, 150, 110), QColor(110, 120, 160), QColor(70, 75, 105), QColor(230, 220, 235), QColor(25, 30, 55), false},
+        {QColor(25, 45, 90), QColor(230, 150, 110), QColor(110, 120, 160), QColor(70, 75, 105), QColor(250, 205, 190), QColor(25, 30, 55), false},
         {QColor(60, 130, 200), QColor(200, 225, 240), QColor(180, 205, 225), QColor(110, 105, 100), QColor(250, 250, 255), QColor(45, 85, 50), true},
     };
     const Palette &pal = palettes[request.variant % 4];
@@ -247,7 +247,7 @@ QImage LandscapePainter::mountains(const SceneRequest &request)
         p.save();
         p.setClipPath(area);
         p.setCompositionMode(QPainter::CompositionMode_SoftLight);
-        p.setOpacity(0.5 + 0.4 * depth);
+        p.setOpacity((0.5 + 0.4 * depth) * (request.variant % 4 == 2 ? 0.4 : 1.0));
         p.drawImage(0, 0, canopy);
         p.restore();
         if (i == ridges - 1) {

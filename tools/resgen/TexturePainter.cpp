@@ -241,11 +241,16 @@ QImage TexturePainter::fabric(const SceneRequest &request)
     const Noise noise(rng.generate());
     const int v = request.variant % 3;
     // Close enough to see single threads: a coarse linen, a denim twill, a tartan wool.
-    const double thread = std::max(5.0, std::min(w, h) / (v == 0 ? 55.0 : v == 1 ? 90.0 : 110.0));
+    const double thread = std::max(5.0, std::min(w, h) / (v == 0 ? 85.0 : v == 1 ? 90.0 : 110.0));
     // Large soft folds, as if the cloth lay loosely on a table.
-    const QImage folds = PaintKit::field(size, 8, [&](double x, double y) -> QRgb {
-        const double n = noise.fbm(x / (w * 0.5), y / (h * 0.3), 3);
-        const int g = std::clamp(int(128 + n * 150), 0, 255);
+    const double foldAngle = PaintKit::uniform(rng, 0.3, 1.2);
+    const QImage folds = PaintKit::field(size, 4, [&](double x, double y) -> QRgb {
+        // Long soft folds running one way, bent and broken up by noise.
+        const double u = (x * std::cos(foldAngle) + y * std::sin(foldAngle)) / (std::min(w, h) * 0.35);
+        const double warp = noise.fbm(x / (w * 0.5) + 3, y / (h * 0.5), 2) * 0.7;
+        const double fold = std::sin((u + warp) * 2 * M_PI) * (0.6 + 0.4 * noise.fbm(x / w + 9, y / h, 2));
+        const double n = fold * 0.7 + noise.fbm(x / (w * 0.5), y / (h * 0.3), 3) * 0.4;
+        const int g = std::clamp(int(128 + n * 120), 0, 255);
         return qRgba(g, g, g, 255);
     });
     QImage image = PaintKit::field(size, 1, [&](double x, double y) -> QRgb {
