@@ -76,6 +76,11 @@ bool ImageFileReader::readFile(const QString &path, QByteArray *bytes, QString *
         *error = QStringLiteral("%1 is a folder, not a picture").arg(quoted(path));
         return false;
     }
+    if (!info.isFile()) {
+        // Devices, pipes and sockets could block or never end.
+        *error = QStringLiteral("%1 is not a regular file").arg(quoted(path));
+        return false;
+    }
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
         *error = QStringLiteral("cannot read %1: %2").arg(quoted(path), file.errorString());
@@ -168,6 +173,7 @@ ImageFileReader::Frames ImageFileReader::decode(const QByteArray &bytes, const Q
     buffer.open(QIODevice::ReadOnly);
     QImageReader reader(&buffer, header.format);
     prepare(reader);
+    qint64 totalPixels = 0;
     for (int i = 0; i < header.frameCount; ++i) {
         if (i > 0 && !nextPage(reader, buffer))
             break;
@@ -176,6 +182,9 @@ ImageFileReader::Frames ImageFileReader::decode(const QByteArray &bytes, const Q
             result.error = oversized(name, claimed);
             break;
         }
+        // Later pages only while all pages together stay within the pixel limit.
+        if (i > 0 && claimed.isValid() && totalPixels + qint64(claimed.width()) * claimed.height() > MaxPixels)
+            break;
         rewindTiff(reader, buffer);
         QImage frame;
         if (!reader.read(&frame) || frame.isNull()) {
@@ -190,6 +199,7 @@ ImageFileReader::Frames ImageFileReader::decode(const QByteArray &bytes, const Q
         }
         result.size = result.size.expandedTo(frame.size());
         result.frames.append(frame);
+        totalPixels += qint64(frame.width()) * frame.height();
     }
     if (!result.error.isEmpty()) {
         result.frames.clear();

@@ -38,7 +38,8 @@ public:
     static bool readFile(const QString &path, QByteArray *bytes, QString *error);
     // What the picture claims to be, without decoding pixels.
     static Header readHeader(const QByteArray &bytes, const QString &name);
-    // Every frame (at most MaxFrames).
+    // Every frame: at most MaxFrames, and later pages only while all of them together stay
+    // within MaxPixels.
     static Frames decode(const QByteArray &bytes, const QString &name);
     // One frame of a single-frame JPEG decoded at the smallest of 1/2, 1/4 or 1/8 scale that
     // is still at least `atLeast` in both directions (the decoder's scaled IDCT makes this much

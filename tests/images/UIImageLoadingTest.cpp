@@ -124,6 +124,7 @@ TEST_F(UIImageLoading, BrokenAndHostileFilesGiveTheEmptyImageAndANamedError)
         const char *errorWords;
     } cases[] = {
         {"missing", path(QStringLiteral("nothing-here.jpg")), "no such file"},
+        {"device", QStringLiteral("/dev/zero"), "not a regular file"},
         {"folder", path(QStringLiteral("folder.jpg")), "folder"},
         {"empty", write(QStringLiteral("empty.jpg"), QByteArray()), "empty"},
         {"text named as a picture", write(QStringLiteral("notes.png"), "just some words\n"), "not a picture"},
