@@ -11,6 +11,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   clang-14 libclang-rt-14-dev
   libjpeg-dev
+  zlib1g-dev
   xvfb xauth
 )
 if [ "${TESSARY_BENCH_TOOLS:-0}" = 1 ]; then

@@ -11,6 +11,7 @@
 #include "model/CollageRenderer.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
+#include "model/ParallelPngWriter.h"
 #include "model/RenderScale.h"
 #include "templates/TemplateStore.h"
 #include "templates/TemplatesFile.h"
@@ -55,8 +56,8 @@ const char *kHelp =
     "  --background COLOR       #rrggbb, #aarrggbb, a colour name or 'clear' (default: the stored\n"
     "                           collage background, else clear; JPEG flattens clear onto white)\n"
     "  --render-empty-tiles     show the placeholder picture in modules without a photo\n"
-    "  --quality Q              0-100: JPEG and WebP quality (default 90), PNG compression\n"
-    "                           (default: fast)\n"
+    "  --quality Q              0-100: JPEG and WebP quality (default 90); for PNG, 100\n"
+    "                           stores and lower values compress harder (default: fast)\n"
     "  --threads N              decoding threads (default: one per core)\n"
     "  --layout-only            print the tile frames instead of rendering: a 'collage' line\n"
     "                           (width, height, transform) and one 'tile' line per tile (index,\n"
@@ -490,20 +491,23 @@ private:
             p.end();
             image = std::move(flat);
         }
+        if (format == "png") {
+            // PNG on every core, at a fast zlib level by default: a single-threaded encoder
+            // would take longer than rendering the collage. Quality 100 stores, 0 compresses most.
+            ParallelPngWriter::Options png;
+            png.level = m_request.quality >= 0 ? (100 - m_request.quality) * 9 / 100 : 1;
+            png.threads = m_request.threads;
+            QString error;
+            if (!ParallelPngWriter::writeFile(image, m_request.output, png, &error))
+                return QStringLiteral("cannot write '%1': %2").arg(m_request.output, error);
+            return QString();
+        }
         QSaveFile file(m_request.output);
         if (!file.open(QIODevice::WriteOnly))
             return QStringLiteral("cannot write '%1': %2").arg(m_request.output, file.errorString());
         QImageWriter writer(&file, format);
-        if (format == "png") {
-            // A fast zlib level: the compression of a large collage otherwise costs more than
-            // decoding every photo.
-            if (m_request.quality >= 0)
-                writer.setQuality(m_request.quality);
-            else
-                writer.setCompression(1);
-        } else if (format == "jpeg" || format == "webp") {
+        if (format == "jpeg" || format == "webp")
             writer.setQuality(m_request.quality >= 0 ? m_request.quality : 90);
-        }
         if (!writer.write(image)) {
             file.cancelWriting();
             return QStringLiteral("cannot write '%1': %2").arg(m_request.output, writer.errorString());
