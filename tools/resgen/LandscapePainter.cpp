@@ -202,10 +202,12 @@ QImage LandscapePainter::mountains(const SceneRequest &request)
         const QPainterPath area = PaintKit::areaUnder(heights, w, peakBase + amplitude * 0.0, amplitude, h + 2);
         const Noise noise(rng.generate());
         const double snowLine = peakBase - amplitude * 0.1;
-        const QImage rock = PaintKit::field(size, 2, [&](double x, double y) -> QRgb {
+        const int rockTop = std::max(0, int(peakBase - amplitude * 1.05));
+        const QImage rock = PaintKit::field(QSize(size.width(), size.height() - rockTop), 2, [&](double x, double fieldY) -> QRgb {
+            const double y = fieldY + rockTop;
             const double nx = x / (w * 0.05), ny = y / (h * 0.07);
-            const double r = noise.ridged(nx, ny, 6);
-            const double rl = noise.ridged(nx - 0.08, ny - 0.04, 6);
+            const double r = noise.ridged(nx, ny, 5);
+            const double rl = noise.ridged(nx - 0.08, ny - 0.04, 5);
             const double light = PaintKit::clamp01(0.5 + (r - rl) * 4.0);
             const double snowEdge = snowLine + noise.fbm(x / (w * 0.03), y / (h * 0.02), 4) * amplitude * 0.35
                                     + r * amplitude * 0.25;
@@ -219,7 +221,7 @@ QImage LandscapePainter::mountains(const SceneRequest &request)
         });
         p.save();
         p.setClipPath(area);
-        p.drawImage(0, 0, rock);
+        p.drawImage(0, rockTop, rock);
         p.restore();
     }
     // Nearer foothills, darker and less hazy towards the viewer.
@@ -442,7 +444,7 @@ QImage LandscapePainter::forest(const SceneRequest &request)
             f.drawEllipse(c, r * 1.3, r);
         }
         f.end();
-        p.drawImage(0, 0, PaintKit::blurred(crowns, h * 0.002 * (1 + depth * 3)));
+        p.drawImage(0, 0, PaintKit::blurred(crowns, h * 0.004 * (1 + depth * 1.5)));
         // A veil of mist between layers, thicker near the ground.
         QLinearGradient mist(0, 0, 0, h);
         mist.setColorAt(0, PaintKit::withAlpha(fog, 0.08 * (1.0 - depth)));
@@ -539,7 +541,10 @@ QImage LandscapePainter::dunes(const SceneRequest &request)
         const QPainterPath area = PaintKit::areaUnder(crest, w, base, amplitude, h + 2);
         const double haze = (1.0 - depth) * 0.45;
         const double ripple = h * (0.004 + 0.01 * depth);
-        const QImage sand = PaintKit::field(size, 2, [&](double x, double y) -> QRgb {
+        // Only the rows this dune can cover.
+        const int top = std::max(0, int(base - amplitude * 1.05) - 2);
+        const QImage sand = PaintKit::field(QSize(size.width(), size.height() - top), 2, [&](double x, double fieldY) -> QRgb {
+            const double y = fieldY + top;
             // Faces turned towards the light (rising to the right) are bright, the lee sides dark.
             const double dx = 4.0 / 512.0 * w;
             const double slope = (PaintKit::heightAt(crest, w, x + dx) - PaintKit::heightAt(crest, w, x - dx)) * amplitude / (2 * dx);
@@ -555,7 +560,7 @@ QImage LandscapePainter::dunes(const SceneRequest &request)
         QPainter q(&image);
         q.setRenderHint(QPainter::Antialiasing);
         q.setClipPath(area);
-        q.drawImage(0, 0, sand);
+        q.drawImage(0, top, sand);
     }
     PaintKit::vignette(image, 0.3);
     PaintKit::addGrain(image, request.seed, 6);

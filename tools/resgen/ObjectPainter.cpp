@@ -113,14 +113,15 @@ void hotAirBalloon(QPainter &p, QPointF top, double size, const std::vector<QCol
     envelope.cubicTo(c.x() - r * 1.1, c.y() + r * 0.9, c.x() - r * 1.35, top.y(), c.x(), top.y());
     p.save();
     p.setClipPath(envelope);
-    const int n = int(gores.size());
+    // Twice round the colour scheme: a dozen or more gores across the visible half.
+    const int n = int(gores.size()) * 2;
     for (int i = 0; i < n; ++i) {
         // Gores narrow towards the sides, as on a sphere seen from the front.
         const double a0 = -M_PI / 2 + M_PI * i / n;
         const double a1 = -M_PI / 2 + M_PI * (i + 1) / n;
         const double x0 = c.x() + std::sin(a0) * r * 1.25;
         const double x1 = c.x() + std::sin(a1) * r * 1.25;
-        p.fillRect(QRectF(x0, top.y(), x1 - x0 + 0.5, size * 1.5), PaintKit::mix(gores[size_t(i)], hazeColour, haze));
+        p.fillRect(QRectF(x0, top.y(), x1 - x0 + 0.5, size * 1.5), PaintKit::mix(gores[size_t(i) % gores.size()], hazeColour, haze));
     }
     // Round shading over the gores.
     QRadialGradient shading(QPointF(c.x() - r * 0.4, c.y() - r * 0.3), r * 1.7);

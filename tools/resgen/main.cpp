@@ -22,12 +22,15 @@ struct Outcome
     qint64 bytes = -1;       // -1: failed
     QSize size;
     QImage thumbnail;
+    qint64 milliseconds = 0;
 };
 
 Outcome run(const ResourceJob &job, const QDir &out, bool wantThumbnail)
 {
     Outcome outcome;
     outcome.name = job.name;
+    QElapsedTimer timer;
+    timer.start();
     QImage picture;
     const QByteArray bytes = job.make(&picture);
     if (bytes.isEmpty())
@@ -36,6 +39,7 @@ Outcome run(const ResourceJob &job, const QDir &out, bool wantThumbnail)
     if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
         return outcome;
     outcome.bytes = bytes.size();
+    outcome.milliseconds = timer.elapsed();
     // Keep only a small copy: the full pictures together would not fit comfortably in memory.
     outcome.size = picture.size();
     if (wantThumbnail && !picture.isNull())
@@ -57,6 +61,7 @@ int main(int argc, char **argv)
     parser.addOption({QStringLiteral("contact-sheet"), QStringLiteral("Also write a PNG of all pictures, labelled."), QStringLiteral("file")});
     parser.addOption({QStringLiteral("only"), QStringLiteral("Comma-separated resource names to make (default: all)."), QStringLiteral("names")});
     parser.addOption({QStringLiteral("list"), QStringLiteral("Print the resource names and exit.")});
+    parser.addOption({QStringLiteral("verbose"), QStringLiteral("Print each resource with its size and time.")});
     parser.process(app);
 
     std::vector<ResourceJob> jobs = ResourceCatalog::all();
@@ -101,6 +106,8 @@ int main(int argc, char **argv)
     qint64 total = 0;
     int failures = 0;
     for (const Outcome &o : outcomes) {
+        if (parser.isSet(QStringLiteral("verbose")))
+            std::printf("%-26s %9lld bytes %6lld ms\n", qPrintable(o.name), o.bytes, o.milliseconds);
         if (o.bytes < 0) {
             std::fprintf(stderr, "tessary-resgen: could not make %s\n", qPrintable(o.name));
             ++failures;
