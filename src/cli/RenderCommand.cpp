@@ -13,6 +13,7 @@
 #include "model/LayoutEngine.h"
 #include "model/ParallelPngWriter.h"
 #include "model/RenderScale.h"
+#include "model/TileJumble.h"
 #include "templates/TemplateStore.h"
 #include "templates/TemplatesFile.h"
 
@@ -44,6 +45,8 @@ const char *kHelp =
     "                           3 rotate left, 4 rotate right\n"
     "  --spacing inset|outset   gaps between the tiles (default) or overlapping tiles\n"
     "  --increments W H         tile spacing in percent (default: the stored setting, else 5 5)\n"
+    "  --jumble                 scatter the tiles at random places inside the collage\n"
+    "  --seed N                 the same scatter for the same N (default: a new one each time)\n"
     "  --size W[xH]             the size the collage is shown at, in points (default: the\n"
     "                           template's own size); the height fits the width when omitted\n"
     "\n"
@@ -81,6 +84,8 @@ struct Request {
     bool unscaled = false;
     bool renderEmptyTiles = false;
     bool layoutOnly = false;
+    bool jumble = false;
+    std::optional<quint32> seed;
     QString output;
     int quality = -1;
     int threads = 0;
@@ -260,6 +265,16 @@ QString parse(const QStringList &args, Request &r)
             r.unscaled = true;
         } else if (a == QLatin1String("--render-empty-tiles")) {
             r.renderEmptyTiles = true;
+        } else if (a == QLatin1String("--jumble")) {
+            r.jumble = true;
+        } else if (a == QLatin1String("--seed")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            const auto n = parseInteger(v->first(), 0, 0xffffffffLL);
+            if (!n)
+                return QStringLiteral("--seed: '%1' is not a whole number from 0 to 4294967295").arg(v->first());
+            r.seed = quint32(*n);
         } else if (a == QLatin1String("--layout-only")) {
             r.layoutOnly = true;
         } else if (a == QLatin1String("-o") || a == QLatin1String("--output")) {
@@ -345,6 +360,11 @@ public:
                          PlistValue::floatValue(templateData.value(Preferences::ContentSizeHeight)));
         CollageLayout layout = engine.layoutTemplate(templateData, m_request.size.value_or(own), &photos);
         CoordinateTransform::applyCoordinateTransform(layout);
+        if (m_request.jumble) {
+            QRandomGenerator seeded(m_request.seed.value_or(0));
+            TileJumble jumble(m_request.seed ? &seeded : QRandomGenerator::system());
+            jumble.jumble(layout);
+        }
 
         if (m_request.layoutOnly)
             return printLayout(layout);

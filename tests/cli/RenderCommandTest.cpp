@@ -142,6 +142,28 @@ TEST_F(RenderCommandTest, LayoutOnlyPrintsTheTileFramesForScripts)
     EXPECT_TRUE(lines[2].endsWith(QLatin1Char('\t'))); // a module without a photo names none
 }
 
+TEST_F(RenderCommandTest, SeededJumbleRepeatsAndKeepsTilesInside)
+{
+    const QStringList args{"--template", templates + ":1", "--layout-only"};
+    const CliRun plain = run(args);
+    const CliRun a = run(args + QStringList{"--jumble", "--seed", "42"});
+    const CliRun b = run(args + QStringList{"--jumble", "--seed", "42"});
+    ASSERT_EQ(a.code, 0) << a.err.toStdString();
+    EXPECT_EQ(a.out, b.out);
+    EXPECT_NE(a.out, plain.out);
+    for (const QString &line : a.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+        const QStringList f = line.split(QLatin1Char('\t'));
+        if (f[0] != QLatin1String("tile"))
+            continue;
+        // The 150 x 100 collage, up to the rounding of each centre.
+        EXPECT_GE(f[2].toDouble(), -1.0) << line.toStdString();
+        EXPECT_GE(f[3].toDouble(), -1.0) << line.toStdString();
+        EXPECT_LE(f[2].toDouble() + f[4].toDouble(), 151.0) << line.toStdString();
+        EXPECT_LE(f[3].toDouble() + f[5].toDouble(), 101.0) << line.toStdString();
+    }
+    EXPECT_EQ(run(args + QStringList{"--jumble", "--seed", "-1"}).code, 2);
+}
+
 TEST_F(RenderCommandTest, UnreadablePhotoIsNamedAndItsTileLeftEmpty)
 {
     QFile bad(path("bad.jpg"));
