@@ -40,18 +40,21 @@ QImage makePhoto(const Spec &spec)
     QImage image(spec.size, QImage::Format_RGB32);
     const int w = spec.size.width(), h = spec.size.height();
     const int hue = (spec.index * 47) % 360;
-    const QColor a = QColor::fromHsv(hue, 160, 230), b = QColor::fromHsv((hue + 120) % 360, 200, 90);
+    const QColor a = QColor::fromHsv(hue, 160, 230).toRgb(), b = QColor::fromHsv((hue + 120) % 360, 200, 90).toRgb();
+    const int ar = a.red(), ag = a.green(), ab = a.blue();
+    const int dr = b.red() - ar, dg = b.green() - ag, db = b.blue() - ab;
+    // A diagonal gradient from a to b in 1/1024 steps, plus grain of +-8 from a fixed sequence.
     quint32 seed = 2166136261u ^ quint32(spec.index * 16777619u);
     for (int y = 0; y < h; ++y) {
         auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
-        const double t = double(y) / h;
+        const qint64 ty = qint64(y) * 512 / h;
         for (int x = 0; x < w; ++x) {
             seed = seed * 1664525u + 1013904223u;
             const int grain = int((seed >> 24) & 15) - 8;
-            const double s = (double(x) / w + t) * 0.5;
-            const int r = int(a.red() * (1 - s) + b.red() * s) + grain;
-            const int g = int(a.green() * (1 - s) + b.green() * s) + grain;
-            const int bl = int(a.blue() * (1 - s) + b.blue() * s) + grain;
+            const int s = int(qint64(x) * 512 / w + ty); // 0..1023
+            const int r = ar + dr * s / 1024 + grain;
+            const int g = ag + dg * s / 1024 + grain;
+            const int bl = ab + db * s / 1024 + grain;
             line[x] = qRgb(qBound(0, r, 255), qBound(0, g, 255), qBound(0, bl, 255));
         }
     }
