@@ -50,8 +50,15 @@ ImageBookmarks::~ImageBookmarks() = default;
 
 // ---------------------------------------------------------------- persistence
 
+ImageBookmarks::Batch::~Batch()
+{
+    if (--m_list.m_batchDepth == 0 && m_list.m_unsaved)
+        m_list.saveSecurityBookmarks();
+}
+
 void ImageBookmarks::loadBookmarks()
 {
+    const Batch batch(*this);
     cancelDispatchSources();
     m_datums.clear();
     m_urls.clear();
@@ -82,6 +89,11 @@ bool ImageBookmarks::loadSecurityBookmarks()
 
 void ImageBookmarks::saveSecurityBookmarks()
 {
+    if (m_batchDepth > 0) {
+        m_unsaved = true;
+        return;
+    }
+    m_unsaved = false;
     QVariantList alignments;
     alignments.reserve(m_imageAlignments.size());
     for (int alignment : std::as_const(m_imageAlignments))
@@ -128,6 +140,7 @@ void ImageBookmarks::loadFactoryImage(const QString &name)
 
 void ImageBookmarks::loadFactoryImages()
 {
+    const Batch batch(*this);
     for (int i = 0; i < kFactoryImageCount; ++i)
         loadFactoryImage(QStringLiteral("images-%1").arg(i));
 }

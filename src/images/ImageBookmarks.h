@@ -53,6 +53,20 @@ public:
     // entries are removed here, highest index first.
     void setRemovalHandler(RemovalHandler handler) { m_removalHandler = std::move(handler); }
 
+    // Holds back saving while it lives: edits made meanwhile are written once, when the
+    // outermost batch ends. Loading, and editing many entries at once, go through one.
+    class Batch
+    {
+    public:
+        explicit Batch(ImageBookmarks &list) : m_list(list) { ++m_list.m_batchDepth; }
+        ~Batch();
+        Batch(const Batch &) = delete;
+        Batch &operator=(const Batch &) = delete;
+
+    private:
+        ImageBookmarks &m_list;
+    };
+
     // --- Persistence
     void loadBookmarks();
     bool loadSecurityBookmarks();
@@ -116,7 +130,7 @@ public:
     static QString changeMessage(const QString &path, const QString &word);
 
 signals:
-    // The list changed (an entry was added, removed, moved or realigned).
+    // The list was written to the store after a change.
     void changed();
 
 private:
@@ -129,6 +143,8 @@ private:
     AlertPresenter &m_alerts;
     FileWatcher *m_watcher;
     RemovalHandler m_removalHandler;
+    int m_batchDepth = 0;
+    bool m_unsaved = false;
 
     QVariantList m_datums;
     QList<UrlRef> m_urls;

@@ -217,10 +217,13 @@ void ImageBrowserController::insertBlankImage()
 
 void ImageBrowserController::addImagesWithPaths(const QStringList &paths)
 {
-    for (const QString &path : paths) {
-        if (!isPlainFile(path) || QFileInfo(path).fileName().startsWith(QLatin1Char('.')))
-            continue;
-        m_imageBookmarks->addBookmarkForPath(path, ImageBookmarks::ResizeCrop);
+    {
+        const ImageBookmarks::Batch batch(*m_imageBookmarks); // stored once, not per file
+        for (const QString &path : paths) {
+            if (!isPlainFile(path) || QFileInfo(path).fileName().startsWith(QLatin1Char('.')))
+                continue;
+            m_imageBookmarks->addBookmarkForPath(path, ImageBookmarks::ResizeCrop);
+        }
     }
     if (count() > 0) {
         setPendingSelection(count() - 1);
@@ -247,16 +250,19 @@ void ImageBrowserController::removeItemsAtIndexes(const QList<qsizetype> &indexe
     std::sort(sorted.begin(), sorted.end());
     sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
     qsizetype last = -1;
-    // Highest first, so each removal leaves the lower indexes valid.
-    for (auto it = sorted.crbegin(); it != sorted.crend(); ++it) {
-        const qsizetype index = *it;
-        if (index < 0 || index >= count())
-            continue;
-        const QString path = m_imageBookmarks->pathAtIndex(index);
-        m_imageBookmarks->removeBookmarkAtIndex(index);
-        if (!keepFiles)
-            deleteIfOwned(path);
-        last = index;
+    {
+        const ImageBookmarks::Batch batch(*m_imageBookmarks); // stored once, not per entry
+        // Highest first, so each removal leaves the lower indexes valid.
+        for (auto it = sorted.crbegin(); it != sorted.crend(); ++it) {
+            const qsizetype index = *it;
+            if (index < 0 || index >= count())
+                continue;
+            const QString path = m_imageBookmarks->pathAtIndex(index);
+            m_imageBookmarks->removeBookmarkAtIndex(index);
+            if (!keepFiles)
+                deleteIfOwned(path);
+            last = index;
+        }
     }
     if (last >= 0)
         setPendingSelection(std::min(last, count() - 1));
@@ -432,15 +438,18 @@ void ImageBrowserController::processDroppedFiles(const QStringList &paths)
         m_dropIndex = count();
         m_dropOperation = DropBefore;
     }
-    for (const QString &path : paths) {
-        if (!isPlainFile(path))
-            continue;
-        if (m_dropOperation == DropBefore) {
-            m_imageBookmarks->insertBookmarkForPath(path, ImageBookmarks::ResizeCrop, m_dropIndex);
-        } else {
-            const QString oldPath = m_imageBookmarks->pathAtIndex(m_dropIndex);
-            m_imageBookmarks->replaceBookmarkForPath(path, ImageBookmarks::ResizeCrop, m_dropIndex);
-            deleteIfOwned(oldPath);
+    {
+        const ImageBookmarks::Batch batch(*m_imageBookmarks); // stored once, not per file
+        for (const QString &path : paths) {
+            if (!isPlainFile(path))
+                continue;
+            if (m_dropOperation == DropBefore) {
+                m_imageBookmarks->insertBookmarkForPath(path, ImageBookmarks::ResizeCrop, m_dropIndex);
+            } else {
+                const QString oldPath = m_imageBookmarks->pathAtIndex(m_dropIndex);
+                m_imageBookmarks->replaceBookmarkForPath(path, ImageBookmarks::ResizeCrop, m_dropIndex);
+                deleteIfOwned(oldPath);
+            }
         }
     }
     setPendingSelection(m_dropIndex);

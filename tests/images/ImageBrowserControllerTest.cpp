@@ -149,8 +149,11 @@ TEST_F(ImageBrowserControllerTest, AddingSkipsFoldersHiddenAndMissingFiles)
                            dir.filePath(QStringLiteral("nothing.jpg"))});
     EXPECT_EQ(c->count(), 0);
     EXPECT_EQ(collageReloads, reloadsBefore); // nothing to show: no reload
+    QSignalSpy writes(&c->imageBookmarks(), &ImageBookmarks::changed);
     c->addImagesWithPaths({makeFile(QStringLiteral("a.jpg")), makeFile(QStringLiteral("b.jpg"))});
     EXPECT_EQ(names(*c), QStringLiteral("ab"));
+    EXPECT_EQ(writes.size(), 1); // stored once
+    EXPECT_EQ(defaults->arrayForKey(Preferences::Bookmarks).size(), 2);
     EXPECT_EQ(c->selectedItem(), 1);
     EXPECT_EQ(collageReloads, reloadsBefore + 1); // one layout per edit, selection included
     c->selection().select(0); // a click in the browser
@@ -330,7 +333,10 @@ TEST_F(ImageBrowserControllerTest, ClearEmptiesListAndPreview)
 {
     auto c = makeController(3);
     QSignalSpy preview(c.get(), &ImageBrowserController::previewChanged);
+    QSignalSpy writes(&c->imageBookmarks(), &ImageBookmarks::changed);
     c->clearImages();
+    EXPECT_EQ(writes.size(), 1); // the list is stored once, not once per entry
+    EXPECT_TRUE(defaults->arrayForKey(Preferences::Bookmarks).isEmpty());
     EXPECT_EQ(c->count(), 0);
     EXPECT_EQ(c->selectedItem(), -1);
     ASSERT_TRUE(preview.wait(3000));
