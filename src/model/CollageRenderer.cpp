@@ -114,15 +114,20 @@ CollageRenderer::Result CollageRenderer::render(const CollageLayout &layout, qin
                                                 bool decorated)
 {
     Result result;
-    const QSize size = canvasSize(layout.contentSize, scale);
-    if (size.isEmpty()) {
+    if (!(layout.contentSize.width() >= 0.5 && layout.contentSize.height() >= 0.5)) {
         result.error = QStringLiteral("the collage is empty (%1 x %2 points)")
                            .arg(layout.contentSize.width())
                            .arg(layout.contentSize.height());
         return result;
     }
-    if (qint64(size.width()) * size.height() > kMaxCanvasPixels) {
-        result.error = QStringLiteral("a %1 x %2 picture is too large to render").arg(size.width()).arg(size.height());
+    const QSize size = canvasSize(layout.contentSize, scale);
+    if (size.isEmpty() || qint64(size.width()) * size.height() > kMaxCanvasPixels) {
+        result.error = QStringLiteral("a picture of %1 x %2 points enlarged %3 times is too large to render "
+                                      "(at most %4 megapixels)")
+                           .arg(layout.contentSize.width())
+                           .arg(layout.contentSize.height())
+                           .arg(scale)
+                           .arg(kMaxCanvasPixels / 1000000);
         return result;
     }
     const bool opaque = options.background.alpha() == 255;

@@ -104,6 +104,7 @@ INSTANTIATE_TEST_SUITE_P(
         BadArgs{"badTemplateIndex", {"--template", "TEMPLATES:two", "-o", "DIR/x.png"}, 2, "'two'"},
         BadArgs{"noBuiltInLibrary", {"--builtin", "297", "-o", "DIR/x.png"}, 1, "no built-in templates"},
         BadArgs{"noCurrentCollage", {"-o", "DIR/x.png"}, 1, "holds no collage"},
+        BadArgs{"tooLarge", {"--template", "TEMPLATES", "--scale", "1000", "-o", "DIR/x.png"}, 1, "too large"},
         BadArgs{"unwritableOutput", {"--template", "TEMPLATES", "-o", "DIR/no/such/folder/x.png"}, 1, "cannot write"}));
 
 TEST_F(RenderCommandTest, WritesEveryFormatAtTheRequestedScale)
