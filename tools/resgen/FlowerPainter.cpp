@@ -127,7 +127,7 @@ void stemAndLeaves(QPainter &p, QRandomGenerator &rng, QPointF head, double bott
         p.setPen(Qt::NoPen);
         p.setBrush(lg);
         p.drawPath(leaf);
-        p.setPen(QPen(PaintKit::withAlpha(PaintKit::shade(green, 1.5), 0.6), std::max(1.0, len * 0.012)));
+        p.setPen(QPen(PaintKit::withAlpha(PaintKit::shade(green, 1.4), 0.3), std::max(1.0, len * 0.01)));
         p.drawLine(QPointF(0, 0), QPointF(len * 0.9, -len * 0.01));
         p.restore();
     }
@@ -198,8 +198,17 @@ QImage FlowerPainter::paint(const SceneRequest &request)
     const QPointF head(w * PaintKit::uniform(rng, 0.42, 0.58), h * PaintKit::uniform(rng, 0.38, 0.48));
     const double squash = PaintKit::uniform(rng, 0.75, 0.92);
 
-    if (kind != 7 && kind != 8)
+    if (kind == 6) {
+        // A tulip's stem is bare; its leaves grow from the ground (drawn with the flower).
+        QPainterPath stem;
+        stem.moveTo(head + QPointF(0, unit * 0.1));
+        stem.quadTo(head + QPointF(unit * 0.03, (h - head.y()) * 0.5), QPointF(head.x() - unit * 0.01, h + 5));
+        p.setPen(QPen(PaintKit::shade(leafGreen, 0.95), unit * 0.022, Qt::SolidLine, Qt::RoundCap));
+        p.setBrush(Qt::NoBrush);
+        p.drawPath(stem);
+    } else if (kind != 7 && kind != 8) {
         stemAndLeaves(p, rng, head + QPointF(0, unit * 0.05), h, unit, leafGreen);
+    }
 
     // A soft shadow of the flower head on what lies behind it.
     auto headShadow = [&](double r) {
@@ -309,9 +318,37 @@ QImage FlowerPainter::paint(const SceneRequest &request)
             p.setBrush(side);
             p.drawPath(path);
         };
+        // Two long leaves rising from the ground beside the stem.
+        for (double side : {-1.0, 1.0}) {
+            const QPointF root(head.x() + side * unit * 0.02, h + unit * 0.02);
+            const double len = unit * PaintKit::uniform(rng, 0.45, 0.6);
+            QPainterPath leaf;
+            leaf.moveTo(root + QPointF(-side * unit * 0.04, 0));
+            leaf.cubicTo(root + QPointF(side * unit * 0.02, -len * 0.5), root + QPointF(side * unit * 0.2, -len * 0.8),
+                         root + QPointF(side * unit * 0.26, -len));
+            leaf.cubicTo(root + QPointF(side * unit * 0.12, -len * 0.6), root + QPointF(side * unit * 0.1, -len * 0.2),
+                         root + QPointF(side * unit * 0.08, 0));
+            leaf.closeSubpath();
+            QLinearGradient lg(root.x() - unit * 0.05, 0, root.x() + side * unit * 0.25, 0);
+            lg.setColorAt(0, PaintKit::shade(leafGreen, side < 0 ? 1.2 : 0.8));
+            lg.setColorAt(1, PaintKit::shade(leafGreen, side < 0 ? 0.85 : 1.1));
+            p.setPen(Qt::NoPen);
+            p.setBrush(lg);
+            p.drawPath(leaf);
+        }
         cupPetal(-1.2, 0.7, 0.8);
         cupPetal(1.2, 0.7, 0.8);
         cupPetal(0, 0.85, 1.0);
+        // Fine streaks running up the front petal.
+        p.setPen(QPen(QColor(255, 200, 120, 28), std::max(1.0, r * 0.012)));
+        for (int k = -4; k <= 4; ++k) {
+            QPainterPath streak;
+            const QPointF b(head.x() + k * r * 0.05, head.y() + r * 0.8);
+            streak.moveTo(b);
+            streak.quadTo(b + QPointF(k * r * 0.12, -r * 0.9), b + QPointF(k * r * 0.06, -r * 1.75));
+            p.setBrush(Qt::NoBrush);
+            p.drawPath(streak);
+        }
         break;
     }
     case 7: { // water lily on a pond, with pads
