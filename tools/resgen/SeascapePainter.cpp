@@ -164,28 +164,50 @@ QImage SeascapePainter::beach(const SceneRequest &request)
     sea.setColorAt(0.6, QColor(30, 140, 170));
     sea.setColorAt(1, QColor(90, 200, 200));
     p.fillRect(QRectF(0, horizon, w, shore - horizon + h * 0.05), sea);
-    // Wave crests as soft white lines, closer together in the distance.
-    for (int i = 0; i < 60; ++i) {
-        const double t = std::pow(rng.generateDouble(), 0.8);
-        const double y = horizon + (shore - horizon) * t;
-        const double len = w * PaintKit::uniform(rng, 0.05, 0.3) * (0.3 + t);
-        const double x = PaintKit::uniform(rng, -len, w);
-        p.setPen(QPen(QColor(255, 255, 255, 40 + int(60 * t)), std::max(1.0, h * 0.003 * t), Qt::SolidLine, Qt::RoundCap));
-        p.drawLine(QPointF(x, y), QPointF(x + len, y + PaintKit::uniform(rng, -1, 1)));
+    p.end();
+    SkyPainter::waves(image, int(horizon), rng.generate(), 0.6);
+    // Lines of foam where the waves break, nearer ones wider apart and brighter.
+    QImage foam(size, QImage::Format_ARGB32_Premultiplied);
+    foam.fill(Qt::transparent);
+    {
+        QPainter f(&foam);
+        f.setRenderHint(QPainter::Antialiasing);
+        for (int i = 0; i < 5; ++i) {
+            const double t = (i + 1) / 6.0;
+            const double y = horizon + (shore - horizon) * (0.35 + 0.6 * t);
+            // Broken lines: the foam comes and goes along the crest.
+            QPointF previous;
+            for (int k = 0; k <= 240; ++k) {
+                const double x = w * k / 240.0;
+                const double dy = noise.fbm(x / (w * 0.25), i * 3.1, 3) * h * 0.02 * (0.5 + t);
+                const QPointF at(x, y + dy);
+                const double presence = PaintKit::smoothstep(-0.1, 0.35, noise.fbm(x / (w * 0.08), i * 7.7, 3));
+                if (k > 0 && presence > 0) {
+                    const double alpha = (0.3 + 0.6 * t) * presence;
+                    f.setPen(QPen(QColor(255, 255, 255, int(255 * alpha)), std::max(1.5, h * 0.005 * (0.3 + t) * (0.5 + presence)),
+                                  Qt::SolidLine, Qt::RoundCap));
+                    f.drawLine(previous, at);
+                }
+                previous = at;
+            }
+        }
     }
-    // Sand with a wet band and a foam edge that follows a wavy shore line.
+    foam = PaintKit::blurred(foam, h * 0.002);
+    p.begin(&image);
+    p.setRenderHint(QPainter::Antialiasing);
+    p.drawImage(0, 0, foam);
+    // Sand with a wet band and a foam edge that follows a gently curving shore line.
     const QImage sand = PaintKit::field(QSize(int(w), int(h - shore + h * 0.05)), 2, [&](double x, double y) -> QRgb {
         const double yy = y + shore - h * 0.05;
-        const double edge = shore + noise.fbm(x / (w * 0.15), 0.3, 4) * h * 0.04;
-        const double wave = shore + h * 0.03 + noise.fbm(x / (w * 0.1), 2.3, 4) * h * 0.03;
+        const double edge = shore + noise.fbm(x / (w * 0.35), 0.3, 3) * h * 0.015;
         if (yy < edge)
             return 0;
         const double n = noise.fbm(x / (w * 0.01), yy / (h * 0.006), 3);
-        const double wet = 1.0 - PaintKit::smoothstep(wave, wave + h * 0.06, yy);
-        QColor c = PaintKit::mix(QColor(235, 215, 175), QColor(170, 150, 120), wet * 0.8);
-        c = PaintKit::shade(c, 1.0 + n * 0.08);
-        const double foam = std::exp(-std::pow((yy - edge) / (h * 0.006), 2));
-        c = PaintKit::mix(c, Qt::white, foam * 0.9);
+        const double wet = 1.0 - PaintKit::smoothstep(edge, edge + h * 0.07, yy);
+        QColor c = PaintKit::mix(QColor(235, 215, 175), QColor(175, 160, 135), wet * 0.7);
+        c = PaintKit::shade(c, 1.0 + n * 0.06);
+        const double lace = std::exp(-std::pow((yy - edge) / (h * 0.004), 2));
+        c = PaintKit::mix(c, Qt::white, lace * 0.85);
         const double alpha = PaintKit::smoothstep(edge, edge + h * 0.003, yy);
         return PaintKit::premultiplied(c, alpha);
     });
