@@ -376,11 +376,13 @@ QImage SeascapePainter::night(const SceneRequest &request)
             const double u = x / w;
             const double baseY = horizon * (0.55 + 0.2 * noise.fbm(u * 2.5, 0.7, 3));
             const double above = (baseY - y) / (horizon * 0.45);
-            if (above < -0.1)
+            if (above < -0.4)
                 return 0;
             const double rays = PaintKit::clamp01(0.5 + noise.fbm(u * 40, y / horizon * 0.8, 3) * 1.2);
             const double band = PaintKit::clamp01(0.4 + noise.fbm(u * 3, 4.1, 3) * 1.5);
-            double a = (above < 0 ? PaintKit::smoothstep(-0.1, 0.0, above) : std::exp(-above * 2.2)) * rays * band;
+            // The lower edge glows brightest and fades softly below; the rays fade upwards.
+            double a = (above < 0 ? 1.35 * std::exp(-std::pow(above / 0.12, 2)) : std::exp(-above * 2.2) + 0.35 * std::exp(-above * 12))
+                       * rays * band;
             const QColor c = PaintKit::mix(QColor(90, 255, 160), QColor(170, 90, 220), PaintKit::clamp01(above * 0.9));
             return PaintKit::premultiplied(c, a * 0.85);
         });
