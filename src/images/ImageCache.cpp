@@ -9,6 +9,7 @@
 #include <QSet>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentMap>
+#include <QtConcurrent/QtConcurrentRun>
 
 namespace {
 
@@ -25,28 +26,37 @@ bool isNewer(const QDateTime &fileDate, const QDateTime &cacheDate)
     return fileDate.isValid() && cacheDate.isValid() && fileDate.toMSecsSinceEpoch() > cacheDate.toMSecsSinceEpoch();
 }
 
-// One photo decoded off the main thread. The date is read first: a file that changes while it
-// is decoded then looks newer than its entry and is rebuilt at the next lookup.
-struct Decoded {
-    QString path;
-    ImageCache::Entry entry;
-};
-
-Decoded decode(const QString &path)
-{
-    Decoded d{path, {}};
-    d.entry.date = ImageCache::modificationDateForPath(path);
-    if (d.entry.date.isValid())
-        d.entry.image = ImageCache::compressedImageForPath(path);
-    return d;
-}
-
 } // namespace
 
 ImageCache::ImageCache(const TessaryViewDelegate *delegate, QThreadPool *pool)
     : m_delegate(delegate)
     , m_pool(pool ? pool : QThreadPool::globalInstance())
 {
+}
+
+ImageCache::~ImageCache()
+{
+    for (auto &[path, future] : m_inFlight)
+        future.waitForFinished();
+}
+
+// One photo decoded off the calling thread. The date is read first: a file that changes while
+// it is decoded then looks newer than its entry and is rebuilt at the next lookup.
+ImageCache::Decoded ImageCache::decode(const QString &path)
+{
+    Decoded d{path, {}};
+    d.entry.date = modificationDateForPath(path);
+    if (d.entry.date.isValid())
+        d.entry.image = compressedImageForPath(path);
+    return d;
+}
+
+void ImageCache::clear()
+{
+    waitForAll();
+    m_inFlight.clear();
+    m_imageCacheDictionary.clear();
+    m_failed.clear();
 }
 
 UIImage ImageCache::compressedImageForPath(const QString &path)
@@ -88,38 +98,82 @@ UIImage ImageCache::addPathToCache(const QString &path)
     return d.entry.image;
 }
 
-void ImageCache::fillCache(const QStringList &paths)
+bool ImageCache::failedUnchanged(const QString &path) const
 {
-    QStringList missing;
-    QSet<QString> seen;
-    for (const QString &path : paths) {
-        if (path.isEmpty() || m_imageCacheDictionary.contains(path) || seen.contains(path))
-            continue;
-        seen.insert(path);
-        const auto failed = m_failed.constFind(path);
-        if (failed != m_failed.constEnd() && *failed == modificationDateForPath(path))
-            continue; // failed before and unchanged since: only a direct lookup tries again
-        missing.append(path);
-    }
-    if (missing.isEmpty())
-        return;
-    QList<Decoded> results;
-    if (missing.size() == 1)
-        results.append(decode(missing.first()));
+    const auto failed = m_failed.constFind(path);
+    return failed != m_failed.constEnd() && *failed == modificationDateForPath(path);
+}
+
+void ImageCache::take(const Decoded &d)
+{
+    if (d.entry.image.isValid() && d.entry.date.isValid())
+        storeEntry(d.path, d.entry);
     else
-        results = QtConcurrent::blockingMapped<QList<Decoded>>(m_pool, missing, decode);
-    for (const Decoded &d : std::as_const(results)) {
-        if (d.entry.image.isValid() && d.entry.date.isValid())
-            storeEntry(d.path, d.entry);
-        else
-            m_failed.insert(d.path, d.entry.date);
+        m_failed.insert(d.path, d.entry.date);
+}
+
+void ImageCache::startDecoding(const QString &path)
+{
+    if (path.isEmpty() || m_imageCacheDictionary.contains(path))
+        return;
+    for (const auto &flight : std::as_const(m_inFlight)) {
+        if (flight.first == path)
+            return;
+    }
+    m_inFlight.append({path, QtConcurrent::run(m_pool, &ImageCache::decode, path)});
+}
+
+void ImageCache::finishDecoding(const QString &path)
+{
+    for (qsizetype i = 0; i < m_inFlight.size(); ++i) {
+        if (m_inFlight.at(i).first == path) {
+            const QFuture<Decoded> future = m_inFlight.takeAt(i).second;
+            take(future.result());
+            return;
+        }
     }
 }
 
-void ImageCache::updateCache()
+void ImageCache::harvest()
 {
+    for (qsizetype i = 0; i < m_inFlight.size();) {
+        if (m_inFlight.at(i).second.isFinished())
+            take(m_inFlight.takeAt(i).second.result());
+        else
+            ++i;
+    }
+}
+
+void ImageCache::waitForAll()
+{
+    for (auto &[path, future] : m_inFlight)
+        future.waitForFinished();
+}
+
+void ImageCache::fillCache(const QStringList &paths)
+{
+    harvest();
+    QStringList wanted;
+    for (const QString &path : paths) {
+        if (path.isEmpty() || m_imageCacheDictionary.contains(path) || wanted.contains(path) || failedUnchanged(path))
+            continue;
+        wanted.append(path);
+        startDecoding(path);
+    }
+    for (const QString &path : std::as_const(wanted))
+        finishDecoding(path);
+}
+
+qsizetype ImageCache::readAheadCount() const
+{
+    return 2 * qMax(1, m_pool->maxThreadCount());
+}
+
+QStringList ImageCache::refresh()
+{
+    harvest();
     if (!m_delegate)
-        return;
+        return {};
     const QStringList listed = m_delegate->pickedPhotos();
     const QSet<QString> listedSet(listed.cbegin(), listed.cend());
     QStringList changed;
@@ -142,26 +196,51 @@ void ImageCache::updateCache()
         else
             ++it;
     }
-    // Changed files and listed photos not cached yet are decoded together, in parallel.
-    fillCache(changed + listed);
+    // Changed files are decoded again, in parallel.
     for (const QString &path : std::as_const(changed))
+        startDecoding(path);
+    for (const QString &path : std::as_const(changed)) {
+        finishDecoding(path);
         logPath("Updated path for cache: %1", path);
+    }
+    return listed;
+}
+
+void ImageCache::updateCache()
+{
+    refresh();
 }
 
 UIImage ImageCache::getImageForPath(const QString &path)
 {
-    updateCache();
-    const auto it = m_imageCacheDictionary.constFind(path);
-    if (it != m_imageCacheDictionary.constEnd())
-        return it->image;
-    const UIImage added = addPathToCache(path);
-    if (added.isValid())
-        return added;
-    return UIImage::initWithContentsOfFile(path);
+    const QStringList listed = refresh();
+    // A layout asks for its photos in list order: keep the next few listed photos that are not
+    // cached yet decoding meanwhile. Only a few, so a template with fewer tiles than photos
+    // does not pay for photos it does not show.
+    const auto readAhead = [&] {
+        const qsizetype at = listed.indexOf(path);
+        for (qsizetype i = at < 0 ? listed.size() : at + 1; i < listed.size() && m_inFlight.size() < readAheadCount(); ++i) {
+            if (!failedUnchanged(listed.at(i)))
+                startDecoding(listed.at(i));
+        }
+    };
+    auto it = m_imageCacheDictionary.constFind(path);
+    if (it == m_imageCacheDictionary.constEnd()) {
+        startDecoding(path);
+        readAhead();
+        finishDecoding(path);
+        it = m_imageCacheDictionary.constFind(path);
+        if (it == m_imageCacheDictionary.constEnd())
+            return UIImage::initWithContentsOfFile(path); // not reducible: full size, uncached
+    }
+    readAhead();
+    return it->image;
 }
 
-bool ImageCache::saveImageCacheToUserDefaults(UserDefaults &defaults) const
+bool ImageCache::saveImageCacheToUserDefaults(UserDefaults &defaults)
 {
+    waitForAll();
+    harvest();
     qCInfo(lcTessary, "Saving image cache...");
     // The listed photos first, in list order, so that when the record is full it is the
     // photos of the current collage that come back at the next start.
@@ -206,8 +285,7 @@ bool ImageCache::saveImageCacheToUserDefaults(UserDefaults &defaults) const
 
 void ImageCache::restoreImageCacheFromUserDefaults(const UserDefaults &defaults)
 {
-    m_imageCacheDictionary.clear();
-    m_failed.clear();
+    clear();
     qCInfo(lcTessary, "Restoring image cache...");
     const QVariant stored = defaults.objectForKey(Preferences::ImageCache);
     if (!stored.isValid()) {

@@ -3,9 +3,13 @@
 #include "images/UIImage.h"
 
 #include <QDateTime>
+#include <QFuture>
+#include <QList>
 #include <QHash>
 #include <QString>
 #include <QStringList>
+
+#include <utility>
 
 class QThreadPool;
 class TessaryViewDelegate;
@@ -20,8 +24,10 @@ class UserDefaults;
 // is kept in the user defaults under "image cache", each image as TIFF bytes: saved when the
 // application ends, restored when the collage view is made.
 //
-// Photos missing from the cache are decoded several at a time on a thread pool, so a cold
-// cache of many large photos fills in a fraction of the time one-by-one decoding takes.
+// Photos are decoded ahead on a thread pool: while a layout takes photo i, the next few listed
+// photos are already being decoded, so a cold cache of many large photos fills in a fraction
+// of the time one-by-one decoding takes. Decoded photos join the cache on the calling thread,
+// at the next lookup.
 class ImageCache
 {
 public:
@@ -39,6 +45,9 @@ public:
     // The delegate supplies the listed photo paths (pickedPhotos); without one, updateCache
     // leaves the cache alone. The pool decodes photos in parallel; null: the global pool.
     explicit ImageCache(const TessaryViewDelegate *delegate = nullptr, QThreadPool *pool = nullptr);
+    ~ImageCache();
+    ImageCache(const ImageCache &) = delete;
+    ImageCache &operator=(const ImageCache &) = delete;
 
     void setDelegate(const TessaryViewDelegate *delegate) { m_delegate = delegate; }
     // The most bytes of images the stored record may hold.
@@ -46,7 +55,7 @@ public:
 
     void restoreImageCacheFromUserDefaults(const UserDefaults &defaults);
     // Writes every entry that can be encoded; the cache in memory stays usable afterwards.
-    bool saveImageCacheToUserDefaults(UserDefaults &defaults) const;
+    bool saveImageCacheToUserDefaults(UserDefaults &defaults);
 
     // The photo to show for the file: the cached copy, else a fresh reduced copy, else the file
     // at full size (uncached), else the empty image.
@@ -54,12 +63,14 @@ public:
     // Makes or remakes the entry; the empty image (and no entry) when the file cannot be read
     // or dated.
     UIImage addPathToCache(const QString &path);
-    // Drops entries of unlisted photos, rebuilds entries of changed files, and decodes the
-    // listed photos not cached yet.
+    // Drops entries of unlisted photos and rebuilds entries of changed files.
     void updateCache();
-    // Makes entries for the paths that have none, decoding in parallel. Files that failed
-    // before and have not changed since are not tried again here.
+    // Makes entries for the paths that have none, decoding in parallel (for a caller that knows
+    // which photos it is about to show). Files that failed before and have not changed since
+    // are not tried again here.
     void fillCache(const QStringList &paths);
+    // How many photos are decoded ahead at most: twice the decoding threads.
+    qsizetype readAheadCount() const;
 
     static UIImage compressedImageForPath(const QString &path);
     // Invalid when the file's attributes cannot be read.
@@ -69,9 +80,28 @@ public:
     const QHash<QString, Entry> &imageCacheDictionary() const { return m_imageCacheDictionary; }
     bool contains(const QString &path) const { return m_imageCacheDictionary.contains(path); }
     qsizetype count() const { return m_imageCacheDictionary.size(); }
-    void clear() { m_imageCacheDictionary.clear(); m_failed.clear(); }
+    // Photos being decoded ahead, not in the cache yet.
+    qsizetype pendingCount() const { return m_inFlight.size(); }
+    void clear();
 
 private:
+    struct Decoded {
+        QString path;
+        Entry entry;
+    };
+    static Decoded decode(const QString &path);
+
+    // updateCache, answering the listed paths.
+    QStringList refresh();
+    // Starts decoding the path on the pool unless it is cached or on its way.
+    void startDecoding(const QString &path);
+    // Waits for the path's decoding, when it is on its way.
+    void finishDecoding(const QString &path);
+    // Takes every finished decoding into the cache.
+    void harvest();
+    void waitForAll();
+    void take(const Decoded &decoded);
+    bool failedUnchanged(const QString &path) const;
     void storeEntry(const QString &path, const Entry &entry);
 
     const TessaryViewDelegate *m_delegate;
@@ -80,4 +110,6 @@ private:
     QHash<QString, Entry> m_imageCacheDictionary;
     // Files whose reduced copy could not be made, with their date at the time.
     QHash<QString, QDateTime> m_failed;
+    // Decodings under way, in the order they were started.
+    QList<std::pair<QString, QFuture<Decoded>>> m_inFlight;
 };

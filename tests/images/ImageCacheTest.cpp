@@ -8,6 +8,7 @@
 #include <QImage>
 #include <QPainter>
 #include <QTemporaryDir>
+#include <QThreadPool>
 
 #include <gtest/gtest.h>
 
@@ -108,22 +109,27 @@ TEST_F(ImageCacheTest, EntriesStayUnderHalfAMegapixel)
 
 TEST_F(ImageCacheTest, ColdFillInParallelGivesTheSameImages)
 {
-    for (int i = 0; i < 6; ++i)
-        delegate.photos.append(makeImage(QStringLiteral("p%1.jpg").arg(i), QSize(1600 + 97 * i, 1200 - 31 * i), "JPEG"));
+    for (int i = 0; i < 10; ++i)
+        delegate.photos.append(makeImage(QStringLiteral("p%1.jpg").arg(i), QSize(1200 + 97 * i, 900 - 31 * i), "JPEG"));
     delegate.photos.append(delegate.photos.first()); // listed twice: one entry
-    ImageCache cache(&delegate);
+    QThreadPool pool;
+    pool.setMaxThreadCount(2);
+    ImageCache cache(&delegate, &pool);
+    ASSERT_EQ(cache.readAheadCount(), 4);
     LogCapture log;
-    cache.getImageForPath(delegate.photos.at(3));
-    EXPECT_EQ(cache.count(), 6);
-    for (const QString &path : delegate.photos) {
-        EXPECT_EQ(cache.imageCacheDictionary().value(path).image.pixelSize(), expectedSize(path));
-        EXPECT_EQ(cache.imageCacheDictionary().value(path).image.pixelSize(),
-                  ImageCache::compressedImageForPath(path).pixelSize());
-    }
-    EXPECT_EQ(log.lines().filter(QStringLiteral("Added path to cache: ")).size(), 6);
-    // Warm: nothing is decoded again.
-    cache.getImageForPath(delegate.photos.at(5));
-    EXPECT_EQ(log.lines().filter(QStringLiteral("Added path to cache: ")).size(), 6);
+    // A layout showing two photos decodes a few ahead, not all of them.
+    EXPECT_TRUE(cache.getImageForPath(delegate.photos.at(0)).isValid());
+    EXPECT_TRUE(cache.getImageForPath(delegate.photos.at(1)).isValid());
+    EXPECT_LE(cache.count() + cache.pendingCount(), 2 + cache.readAheadCount());
+    EXPECT_GE(cache.count(), 2);
+    for (const QString &path : delegate.photos)
+        EXPECT_EQ(cache.getImageForPath(path).pixelSize(), expectedSize(path));
+    cache.fillCache(delegate.photos); // let the read-ahead settle
+    EXPECT_EQ(cache.count(), 10);
+    for (const QString &path : delegate.photos)
+        EXPECT_EQ(cache.imageCacheDictionary().value(path).image.pixelSize(), ImageCache::compressedImageForPath(path).pixelSize());
+    // Each photo decoded once.
+    EXPECT_EQ(log.lines().filter(QStringLiteral("Added path to cache: ")).size(), 10);
 }
 
 TEST_F(ImageCacheTest, TouchedFileIsRebuiltAtTheNextLookup)
@@ -157,7 +163,7 @@ TEST_F(ImageCacheTest, UnlistedPhotosAreDroppedAtTheNextLookup)
     const QString b = makeImage(QStringLiteral("b.png"), {20, 10});
     delegate.photos = {a, b};
     ImageCache cache(&delegate);
-    cache.getImageForPath(a);
+    cache.fillCache(delegate.photos);
     ASSERT_EQ(cache.count(), 2);
     delegate.photos = {b};
     LogCapture log;
@@ -198,7 +204,7 @@ TEST_F(ImageCacheTest, StoredCacheRoundTrips)
     const QString b = makeImage(QStringLiteral("b.png"), {64, 48}, "PNG", Qt::red);
     delegate.photos = {a, b};
     ImageCache cache(&delegate);
-    cache.getImageForPath(a);
+    cache.fillCache(delegate.photos);
     ASSERT_EQ(cache.count(), 2);
     {
         LogCapture log;
@@ -249,7 +255,8 @@ TEST_F(ImageCacheTest, StoredRecordStaysWithinItsBudget)
     const QString c = makeImage(QStringLiteral("c.png"), {100, 100});
     delegate.photos = {c, a, b};
     ImageCache cache(&delegate);
-    cache.getImageForPath(a);
+    cache.fillCache(delegate.photos);
+    ASSERT_EQ(cache.count(), 3);
     delegate.photos = {b, c}; // a is still cached but no longer listed
     const qint64 one = cache.imageCacheDictionary().value(a).image.TIFFRepresentation().size();
     cache.setStoreBudgetBytes(2 * one + 1000);
