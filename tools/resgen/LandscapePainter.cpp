@@ -316,19 +316,25 @@ QImage LandscapePainter::lavender(const SceneRequest &request)
     p.setBrush(PaintKit::mix(QColor(80, 100, 80), haze, 0.6));
     p.drawPath(PaintKit::areaUnder(far, w, horizon - h * 0.01, h * 0.015, h));
     // The field: rows of lavender converging on a vanishing point.
-    const QColor soil = QColor(95, 110, 60);
-    p.fillRect(QRectF(0, horizon, w, h - horizon), PaintKit::mix(soil, haze, 0.4));
+    const QColor soil = QColor(85, 90, 50);
+    p.fillRect(QRectF(0, horizon, w, h - horizon), PaintKit::mix(soil, haze, 0.3));
     const double vx = w * PaintKit::uniform(rng, 0.35, 0.65);
     const int rows = 28;
     const double spread = w * 3.2 / rows;
     const QColor bloom = evening ? QColor(120, 80, 170) : QColor(135, 95, 190);
-    for (int k = -rows; k <= rows; ++k) {
-        const double x0 = vx + (k - 0.32) * spread;
-        const double x1 = vx + (k + 0.32) * spread;
+    // Rows far to the sides leave the picture through its left and right edges, so the field
+    // fills the whole width up to the horizon.
+    const int sideRows = rows * 8;
+    for (int k = -sideRows; k <= sideRows; ++k) {
+        // Cut each row where it leaves the picture: huge slivers would be slow to fill.
+        const double reach = std::min(1.0, w * 1.1 / (std::abs(k) * spread + 1.0));
+        const double bottom = horizon + (h - horizon) * reach;
+        const double x0 = vx + (k - 0.38) * spread * reach;
+        const double x1 = vx + (k + 0.38) * spread * reach;
         QPainterPath row;
         row.moveTo(vx + k * spread * 0.002, horizon);
-        row.lineTo(x1, h);
-        row.lineTo(x0, h);
+        row.lineTo(x1, bottom);
+        row.lineTo(x0, bottom);
         row.closeSubpath();
         QLinearGradient g(0, horizon, 0, h);
         g.setColorAt(0.0, PaintKit::mix(bloom, haze, 0.7));
@@ -345,23 +351,29 @@ QImage LandscapePainter::lavender(const SceneRequest &request)
         const double t = std::pow(rng.generateDouble(), 0.6);  // more towards the viewer
         const double y = horizon + (h - horizon) * (0.25 + 0.75 * t);
         const double along = (y - horizon) / (h - horizon);
-        const int k = int(rng.bounded(2 * rows + 1)) - rows;
-        const double x = vx + (k + PaintKit::uniform(rng, -0.3, 0.3)) * spread * along;
+        // A point on a row that is in view at this depth.
+        const double lo = (-0.02 * w - vx) / (spread * along), hi = (1.02 * w - vx) / (spread * along);
+        const int k = int(std::lround(PaintKit::uniform(rng, lo, hi)));
+        const double x = vx + (k + PaintKit::uniform(rng, -0.33, 0.33)) * spread * along;
         points.emplace_back(x, y);
     }
     std::sort(points.begin(), points.end(), [](QPointF a, QPointF b) { return a.y() < b.y(); });
     for (const QPointF &pt : points) {
         const double along = (pt.y() - horizon) / (h - horizon);
         const double len = h * 0.05 * along * along;
-        const double width = std::max(1.0, len * 0.12);
-        QColor c = PaintKit::shade(bloom, PaintKit::uniform(rng, 0.75, 1.35));
+        const double width = std::max(1.0, len * 0.16);
+        QColor c = PaintKit::shade(bloom, PaintKit::uniform(rng, 0.7, 1.25));
         c = PaintKit::mix(c, haze, (1.0 - along) * 0.5);
+        const QPointF tip = pt - QPointF(PaintKit::uniform(rng, -0.2, 0.2) * len, len);
+        // A green stalk, then the flowering head on its upper half.
+        p.setPen(QPen(PaintKit::mix(QColor(90, 110, 60), haze, (1.0 - along) * 0.5), width * 0.5, Qt::SolidLine, Qt::RoundCap));
+        p.drawLine(pt, (pt + tip) / 2);
         p.setPen(QPen(c, width, Qt::SolidLine, Qt::RoundCap));
-        p.drawLine(pt, pt - QPointF(PaintKit::uniform(rng, -0.2, 0.2) * len, len));
+        p.drawLine((pt * 0.45 + tip * 0.55), tip);
     }
     // A lone tree on the horizon.
     const double tx = w * (vx / w < 0.5 ? PaintKit::uniform(rng, 0.65, 0.85) : PaintKit::uniform(rng, 0.15, 0.35));
-    tree(p, rng, QPointF(tx, horizon + h * 0.005), h * 0.11, PaintKit::mix(QColor(50, 70, 40), haze, 0.3),
+    tree(p, rng, QPointF(tx, horizon + h * 0.005), h * 0.11, PaintKit::mix(QColor(60, 95, 40), haze, 0.15),
          QColor(40, 40, 40));
     p.end();
     PaintKit::vignette(image, 0.3);
