@@ -29,11 +29,11 @@ QSize sizeCovering(const QSize &full, const QSize &target, int method)
     return QSize(std::max(1, int(std::ceil(full.width() * k))), std::max(1, int(std::ceil(full.height() * k))));
 }
 
-// What the workers share: the canvas and its painter, which tiles are drawn, and the messages.
+// What the workers share: which tiles are drawn, and the messages. The canvas itself is only
+// painted on while the mutex is held, each time by a painter of the thread that holds it.
 struct Shared {
     QMutex mutex;
     QWaitCondition drawnOne;
-    QPainter *painter = nullptr;
     std::vector<char> drawn;
     int done = 0;
     std::vector<QString> warnings; // per tile, reported in tile order
@@ -156,9 +156,7 @@ CollageRenderer::Result CollageRenderer::render(const CollageLayout &layout, qin
 
     const bool turned = CoordinateTransform::isRotation(layout.coordinateTransform);
     const double collageBorder = double(layout.borderWidth);
-    QPainter painter(&canvas);
     Shared shared;
-    shared.painter = &painter;
     shared.drawn.assign(tiles.size(), 0);
     shared.warnings.resize(tiles.size());
     std::atomic<size_t> next{0};
@@ -178,10 +176,13 @@ CollageRenderer::Result CollageRenderer::render(const CollageLayout &layout, qin
             while (std::any_of(under[i].begin(), under[i].end(), [&](size_t j) { return !shared.drawn[j]; }))
                 shared.drawnOne.wait(&shared.mutex);
             shared.warnings[i] = error;
-            if (decorated)
-                TilePainter::paint(*shared.painter, target, tile, photo, collageBorder, turned);
-            else if (!photo.isNull())
-                shared.painter->drawImage(target.topLeft(), photo);
+            if (decorated || !photo.isNull()) {
+                QPainter painter(&canvas);
+                if (decorated)
+                    TilePainter::paint(painter, target, tile, photo, collageBorder, turned);
+                else
+                    painter.drawImage(target.topLeft(), photo);
+            }
             shared.drawn[i] = 1;
             ++shared.done;
             if (options.progress)
@@ -200,7 +201,6 @@ CollageRenderer::Result CollageRenderer::render(const CollageLayout &layout, qin
     work(); // this thread is a worker too
     for (QFuture<void> &f : workers)
         f.waitForFinished();
-    painter.end();
 
     result.image = std::move(canvas);
     for (const QString &w : shared.warnings)
