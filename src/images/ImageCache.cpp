@@ -26,6 +26,13 @@ bool isNewer(const QDateTime &fileDate, const QDateTime &cacheDate)
     return fileDate.isValid() && cacheDate.isValid() && fileDate.toMSecsSinceEpoch() > cacheDate.toMSecsSinceEpoch();
 }
 
+// A handle of its own on the same pixels: a caller that changes the point size of the image it
+// was given (scaling sets it) must not change the cached copy for everyone else.
+UIImage handOut(const UIImage &cached)
+{
+    return UIImage(cached.representations(), cached.size());
+}
+
 } // namespace
 
 ImageCache::ImageCache(const TessaryViewDelegate *delegate, QThreadPool *pool)
@@ -234,7 +241,7 @@ UIImage ImageCache::getImageForPath(const QString &path)
             return UIImage::initWithContentsOfFile(path); // not reducible: full size, uncached
     }
     readAhead();
-    return it->image;
+    return handOut(it->image);
 }
 
 bool ImageCache::saveImageCacheToUserDefaults(UserDefaults &defaults)

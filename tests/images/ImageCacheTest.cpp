@@ -104,6 +104,10 @@ TEST_F(ImageCacheTest, EntriesStayUnderHalfAMegapixel)
         EXPECT_EQ(image.pixelSize() == c.size, !c.scaled) << c.name;
         EXPECT_TRUE(cache.contains(path));
         EXPECT_EQ(cache.cacheDateForPath(path), ImageCache::modificationDateForPath(path));
+        // Scaling what was handed out (which sets its point size) leaves the cached copy alone.
+        const QSizeF pointSize = image.size();
+        image.scaleImageToSize(QSizeF(7, 7));
+        EXPECT_EQ(cache.getImageForPath(path).size(), pointSize) << c.name;
     }
 }
 
