@@ -371,3 +371,25 @@ TEST_F(ImageBrowserControllerTest, WatchedFileRemovalKeepsTheSelectionValid)
 }
 
 } // namespace
+
+namespace {
+
+TEST_F(ImageBrowserControllerTest, BlankAndFactoryPhotosComeFromTheResources)
+{
+    makeFactoryImages({0, 3});
+    QFile(QDir(resources()).filePath(QStringLiteral("blank.png"))).open(QIODevice::WriteOnly);
+    auto c = makeController(2);
+    c->selectIndex(1);
+    c->insertBlankImage();
+    EXPECT_EQ(names(*c), QStringLiteral("ablankb"));
+    EXPECT_EQ(c->selectedItem(), 1);
+    c->loadFactoryImages();
+    EXPECT_EQ(names(*c), QStringLiteral("ablankbimages-0images-3"));
+    EXPECT_EQ(c->selectedItem(), 4);
+    // Removing them never deletes a resource.
+    c->clearImages();
+    EXPECT_TRUE(QFile::exists(c->blankImage()));
+    EXPECT_TRUE(QFile::exists(QDir(resources()).filePath(QStringLiteral("images-3.jpg"))));
+}
+
+} // namespace
