@@ -11,6 +11,8 @@
 #include <QtConcurrent/QtConcurrentMap>
 #include <QtConcurrent/QtConcurrentRun>
 
+#include <algorithm>
+
 namespace {
 
 // The two lines logged for a path: `what` with the file name for %1, then the full path.
@@ -226,7 +228,12 @@ UIImage ImageCache::getImageForPath(const QString &path)
     // does not pay for photos it does not show.
     const auto readAhead = [&] {
         const qsizetype at = listed.indexOf(path);
-        for (qsizetype i = at < 0 ? listed.size() : at + 1; i < listed.size() && m_inFlight.size() < readAheadCount(); ++i) {
+        if (at < 0)
+            return;
+        // A fixed window after the photo: photos already cached or on their way do not push it
+        // further, so the decoding never runs ahead of the layout by more than the window.
+        const qsizetype end = std::min(listed.size(), at + 1 + readAheadCount());
+        for (qsizetype i = at + 1; i < end && m_inFlight.size() < readAheadCount(); ++i) {
             if (!failedUnchanged(listed.at(i)))
                 startDecoding(listed.at(i));
         }
