@@ -3,6 +3,7 @@
 #include "images/ImageFileReader.h"
 #include "model/CollageLayout.h"
 #include "model/CoordinateTransform.h"
+#include "model/RenderScale.h"
 #include "model/TilePainter.h"
 
 #include <QMutex>
@@ -98,6 +99,15 @@ UIImage CollageRenderer::loadFittedPhoto(const QString &path, const QSize &size,
     if (size.isEmpty())
         return UIImage();
     return picture.imageToFitSize(QSizeF(size), method);
+}
+
+CollageRenderer::Result CollageRenderer::imageCollage(const CollageLayout &layout, bool scaled, const Options &options)
+{
+    if (!scaled)
+        return renderUnscaled(layout, options);
+    const qint64 scale = RenderScale::scaleFactor(RenderScale::freeMemoryMB(), layout.contentSize,
+                                                  RenderScale::largestScaleFactor(layout));
+    return renderScaled(layout, scale, options);
 }
 
 CollageRenderer::Result CollageRenderer::renderScaled(const CollageLayout &layout, qint64 scaleFactor, const Options &options)

@@ -47,6 +47,10 @@ public:
     // The largest canvas the renderer makes, in pixels (about 1 GB of memory).
     static constexpr qint64 kMaxCanvasPixels = 250'000'000;
 
+    // What the result window asks for: with `scaled`, the collage enlarged by the factor chosen
+    // from its photos and this machine's free memory; otherwise the collage as shown, at exactly
+    // its own size.
+    static Result imageCollage(const CollageLayout &layout, bool scaled, const Options &options);
     // The collage enlarged `scaleFactor` times (at least 1).
     static Result renderScaled(const CollageLayout &layout, qint64 scaleFactor, const Options &options);
     // The collage at its own size with every tile's decorations.

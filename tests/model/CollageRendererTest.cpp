@@ -118,6 +118,24 @@ TEST_F(RendererTest, TileCentresShowTheirPhotosAndGapsTheBackground)
     }
 }
 
+TEST_F(RendererTest, ResultIsTheShownSizeOrAWholeMultipleOfIt)
+{
+    // 400-pixel photos in 95-point tiles want a factor of 4, which memory allows unless this
+    // machine has almost none free.
+    const FakePhotoList photos({photo(QStringLiteral("a.jpg"), kColours[0], QSize(400, 300)),
+                                photo(QStringLiteral("b.jpg"), kColours[1], QSize(300, 400))});
+    const CollageLayout l = layout(3, 2, photos);
+    const CollageRenderer::Result shown = CollageRenderer::imageCollage(l, false, options());
+    EXPECT_EQ(shown.image.size(), QSize(300, 200));
+    const CollageRenderer::Result enlarged = CollageRenderer::imageCollage(l, true, options());
+    ASSERT_TRUE(enlarged.ok());
+    const int factor = enlarged.image.width() / 300;
+    EXPECT_GE(factor, 1);
+    EXPECT_LE(factor, 4);
+    EXPECT_EQ(enlarged.image.size(), QSize(300 * factor, 200 * factor));
+    EXPECT_LE(qint64(enlarged.image.width()) * enlarged.image.height(), 26'000'000);
+}
+
 TEST_F(RendererTest, PlaceholderTilesAreDrawnOnlyWhenAskedFor)
 {
     const FakePhotoList photos({photo(QStringLiteral("a.jpg"), kColours[0])});
