@@ -369,11 +369,11 @@ public:
         if (m_request.layoutOnly)
             return printLayout(layout);
         if (layout.tiles.empty() || layout.contentSize.isEmpty())
-            return m_context.fail(QStringLiteral("render: the template places no tiles (content size %1 x %2, "
-                                                 "module size %3)")
-                                      .arg(own.width())
-                                      .arg(own.height())
-                                      .arg(PlistValue::integerValue(templateData.value(Preferences::ModuleSizeInPoints))));
+            return m_context.fail(QStringLiteral("render: the template places no tiles: shown %1 x %2 points "
+                                                 "wide and high, its cells are %3 points")
+                                      .arg(layout.contentSizeWidth)
+                                      .arg(layout.contentSizeHeight)
+                                      .arg(layout.moduleSizeInPoints));
         return render(layout, prefs);
     }
 
