@@ -140,7 +140,7 @@ bool looksBinary(const QByteArray &bytes)
 
 } // namespace
 
-PropertyList::ReadResult PropertyList::fromBytes(const QByteArray &bytes, const QString &sourceName)
+PropertyList::ReadResult PropertyList::fromBytes(const QByteArray &bytes, const QString &sourceName, qint64 maxBytes)
 {
     ReadResult result;
     const QString where = sourceName.isEmpty() ? QStringLiteral("property list") : sourceName;
@@ -148,9 +148,9 @@ PropertyList::ReadResult PropertyList::fromBytes(const QByteArray &bytes, const 
         result.error = QStringLiteral("%1: empty input, not a property list").arg(where);
         return result;
     }
-    if (bytes.size() > kMaxInputBytes) {
+    if (bytes.size() > maxBytes) {
         result.error = QStringLiteral("%1: too large (%2 bytes; at most %3 are read)")
-                           .arg(where).arg(bytes.size()).arg(kMaxInputBytes);
+                           .arg(where).arg(bytes.size()).arg(maxBytes);
         return result;
     }
     // Reading uses parsers of our own, checked against hostile input; libplist's readers abort

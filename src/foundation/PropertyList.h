@@ -27,7 +27,8 @@ public:
     static constexpr int kMaxDepth = 512;
 
     // sourceName names the input in error messages (a file path, "standard input", ...).
-    static ReadResult fromBytes(const QByteArray &bytes, const QString &sourceName);
+    // maxBytes: inputs larger than this are refused unread; trusted stores may allow more.
+    static ReadResult fromBytes(const QByteArray &bytes, const QString &sourceName, qint64 maxBytes = kMaxInputBytes);
     static ReadResult fromFile(const QString &path);
 
     // Serialises a value; returns an empty array and sets *error when the value holds

@@ -151,7 +151,8 @@ QVariant UserDefaults::objectForKey(const QString &key) const
     }
     if (!q.next())
         return {};
-    const PropertyList::ReadResult r = PropertyList::fromBytes(q.value(0).toByteArray(), QStringLiteral("value of \"%1\"").arg(key));
+    const PropertyList::ReadResult r = PropertyList::fromBytes(q.value(0).toByteArray(), QStringLiteral("value of \"%1\"").arg(key),
+                                                               kMaxValueBytes);
     if (!r.ok()) {
         qCWarning(lcTessary, "%s: %s", qPrintable(m_path), qPrintable(r.error));
         return {};
@@ -172,6 +173,11 @@ bool UserDefaults::setObject(const QVariant &value, const QString &key)
     const QByteArray bytes = PropertyList::toBinary(value, &encodeError);
     if (bytes.isEmpty()) {
         fail(QStringLiteral("cannot store \"%1\": %2").arg(key, encodeError));
+        return false;
+    }
+    if (bytes.size() > kMaxValueBytes) {
+        fail(QStringLiteral("cannot store \"%1\": the value takes %2 bytes, more than the %3 a value may take")
+                 .arg(key).arg(bytes.size()).arg(kMaxValueBytes));
         return false;
     }
     QSqlQuery q(database(m_connection));

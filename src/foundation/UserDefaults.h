@@ -18,6 +18,10 @@ public:
     // Tessary's folder of the user's XDG data directory.
     static QString defaultFilePath();
 
+    // The largest value the store keeps. Values are written by Tessary itself, so the cap is far
+    // above the one for property lists from outside: the image cache alone can take ~100 MB.
+    static constexpr qint64 kMaxValueBytes = 900LL * 1024 * 1024;
+
     explicit UserDefaults(const QString &filePath = defaultFilePath());
     ~UserDefaults();
     UserDefaults(const UserDefaults &) = delete;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/UserDefaults.h"
 #include "images/UIImage.h"
 
 #include <QDateTime>
@@ -13,7 +14,6 @@
 
 class QThreadPool;
 class TessaryViewDelegate;
-class UserDefaults;
 
 // Reduced copies of the input photos (at most half a megapixel each), so laying out and drawing
 // the collage does not decode full-size photos again and again. Entries are keyed by the full
@@ -32,10 +32,11 @@ class ImageCache
 {
 public:
     static constexpr double kMegaPixels = 0.5;
-    // The stored record is kept below what the defaults store reads back as one value (64 MB),
-    // with room to spare: about 29 photos of half a megapixel. Entries beyond it are left out
-    // (the listed photos go first, in list order) and rebuilt when next needed.
-    static constexpr qint64 kStoreBudgetBytes = 56LL * 1024 * 1024;
+    // The stored record is kept below what the defaults store keeps as one value, with room to
+    // spare: about 250 photos of half a megapixel. Entries beyond it are left out (the listed
+    // photos go first, in list order) and rebuilt when next needed.
+    static constexpr qint64 kStoreBudgetBytes = 512LL * 1024 * 1024;
+    static_assert(kStoreBudgetBytes < UserDefaults::kMaxValueBytes);
 
     struct Entry {
         UIImage image;

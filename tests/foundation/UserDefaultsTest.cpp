@@ -211,3 +211,26 @@ TEST_F(UserDefaultsTest, PresenceKeysAndBackgroundColour)
 }
 
 } // namespace
+
+namespace {
+
+// The image cache stores about 100 MB under one key; the store must give such a value back,
+// though property lists from outside are capped far lower.
+TEST(UserDefaultsLargeValues, ValuesBeyondTheOutsideCapReadBack)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("defaults.sqlite"));
+    QVariantMap record;
+    for (int i = 0; i < 40; ++i)
+        record.insert(QStringLiteral("/photos/%1.jpg").arg(i), QByteArray(2 * 1024 * 1024, char('a' + i % 26)));
+    {
+        UserDefaults d(path);
+        ASSERT_TRUE(d.setObject(record, QStringLiteral("image cache"))) << d.errorString().toStdString();
+    }
+    UserDefaults d(path);
+    const QVariantMap back = d.dictionaryForKey(QStringLiteral("image cache"));
+    ASSERT_EQ(back.size(), 40);
+    EXPECT_EQ(back, record);
+}
+
+} // namespace
