@@ -1,11 +1,14 @@
 #include "images/ImageCache.h"
 
+#include <sys/stat.h>
+
 #include "foundation/Log.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "model/TessaryViewDelegate.h"
 
 #include <QFileInfo>
+#include <QTimeZone>
 #include <QSet>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentMap>
@@ -77,10 +80,15 @@ UIImage ImageCache::compressedImageForPath(const QString &path)
 
 QDateTime ImageCache::modificationDateForPath(const QString &path)
 {
-    const QFileInfo info(path);
-    if (path.isEmpty() || !info.exists())
+    // Every lookup dates every listed photo, so this is a hot path: one stat() and a UTC date,
+    // without the local-time conversions a QFileInfo date goes through.
+    if (path.isEmpty())
         return QDateTime();
-    return info.fileTime(QFileDevice::FileModificationTime).toUTC();
+    struct stat st;
+    if (::stat(QFile::encodeName(path).constData(), &st) != 0)
+        return QDateTime();
+    const qint64 ms = qint64(st.st_mtim.tv_sec) * 1000 + st.st_mtim.tv_nsec / 1000000;
+    return QDateTime::fromMSecsSinceEpoch(ms, QTimeZone::utc());
 }
 
 QDateTime ImageCache::cacheDateForPath(const QString &path) const

@@ -2,32 +2,58 @@
 
 #include <QtGlobal>
 
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
+
 namespace {
 
-// One halving of a 32-bit image by 2 x 2 box averaging, per channel.
+// The average of a 2 x 2 block, channel by channel, rounded to nearest.
+inline void averageBlock(const uchar *a, const uchar *b, uchar *out)
+{
+    for (int c = 0; c < 4; ++c)
+        out[c] = uchar((unsigned(a[c]) + a[c + 4] + b[c] + b[c + 4] + 2) >> 2);
+}
+
+// One halving of a 32-bit image by 2 x 2 box averaging. An odd last column or row repeats its
+// edge pixel. Two output pixels at a time go through SSE2 in 16-bit lanes, with exactly the
+// rounding of the plain loop.
 QImage halve(const QImage &src)
 {
     const int sw = src.width(), sh = src.height();
     const int dw = (sw + 1) / 2, dh = (sh + 1) / 2;
+    const int whole = sw / 2; // output pixels made of two full source columns
     QImage dst(dw, dh, src.format());
     if (dst.isNull())
         return {};
     for (int y = 0; y < dh; ++y) {
-        const auto *r0 = reinterpret_cast<const quint32 *>(src.constScanLine(2 * y));
-        const auto *r1 = reinterpret_cast<const quint32 *>(src.constScanLine(qMin(2 * y + 1, sh - 1)));
-        auto *out = reinterpret_cast<quint32 *>(dst.scanLine(y));
-        for (int x = 0; x < dw; ++x) {
-            const int x0 = 2 * x, x1 = qMin(2 * x + 1, sw - 1);
-            const quint32 p[4] = {r0[x0], r0[x1], r1[x0], r1[x1]};
-            // Average the four pixels channel by channel: two channels at a time in 64-bit lanes.
-            quint64 lo = 0, hi = 0;
-            for (quint32 v : p) {
-                lo += (v & 0x00ff00ffu);
-                hi += ((v >> 8) & 0x00ff00ffu);
-            }
-            lo = ((lo + 0x00020002u) >> 2) & 0x00ff00ffu;
-            hi = ((hi + 0x00020002u) >> 2) & 0x00ff00ffu;
-            out[x] = quint32(lo | (hi << 8));
+        const uchar *r0 = src.constScanLine(2 * y);
+        const uchar *r1 = src.constScanLine(qMin(2 * y + 1, sh - 1));
+        uchar *out = dst.scanLine(y);
+        int x = 0;
+#ifdef __SSE2__
+        const __m128i zero = _mm_setzero_si128();
+        const __m128i two = _mm_set1_epi16(2);
+        for (; x + 2 <= whole; x += 2) {
+            const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i *>(r0 + 8 * x));
+            const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i *>(r1 + 8 * x));
+            // Column sums of the two rows for pixels 0-1 (lo) and 2-3 (hi), in 16 bits.
+            const __m128i lo = _mm_add_epi16(_mm_unpacklo_epi8(a, zero), _mm_unpacklo_epi8(b, zero));
+            const __m128i hi = _mm_add_epi16(_mm_unpackhi_epi8(a, zero), _mm_unpackhi_epi8(b, zero));
+            // Add neighbouring pixels: pixel 0 + 1 and pixel 2 + 3.
+            const __m128i first = _mm_add_epi16(lo, _mm_srli_si128(lo, 8));
+            const __m128i second = _mm_add_epi16(hi, _mm_srli_si128(hi, 8));
+            const __m128i sums = _mm_unpacklo_epi64(first, second);
+            const __m128i avg = _mm_srli_epi16(_mm_add_epi16(sums, two), 2);
+            _mm_storel_epi64(reinterpret_cast<__m128i *>(out + 4 * x), _mm_packus_epi16(avg, zero));
+        }
+#endif
+        for (; x < whole; ++x)
+            averageBlock(r0 + 8 * x, r1 + 8 * x, out + 4 * x);
+        if (whole < dw) {
+            const uchar *a = r0 + whole * 8, *b = r1 + whole * 8;
+            for (int c = 0; c < 4; ++c)
+                out[whole * 4 + c] = uchar((2u * a[c] + 2u * b[c] + 2) >> 2);
         }
     }
     return dst;

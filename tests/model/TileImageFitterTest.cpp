@@ -1,0 +1,72 @@
+#include "images/ImageCache.h"
+#include "model/TessaryViewDelegate.h"
+#include "model/TileImageFitter.h"
+
+#include <QImage>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class ListedPhotos : public TessaryViewDelegate
+{
+public:
+    explicit ListedPhotos(QStringList paths) : m_paths(std::move(paths)) {}
+    QStringList pickedPhotos() const override { return m_paths; }
+    int alignmentIndexAtIndex(qsizetype) const override { return 0; }
+    qsizetype selectedItem() const override { return -1; }
+    void selectIndex(qsizetype) override {}
+    void exchangeItem(qsizetype, qsizetype) override {}
+
+private:
+    QStringList m_paths;
+};
+
+QString solidPhoto(const QTemporaryDir &dir, const QString &name, QColor color, QSize size)
+{
+    QImage image(size, QImage::Format_RGB32);
+    image.fill(color);
+    const QString path = dir.filePath(name);
+    image.save(path);
+    return path;
+}
+
+// Each tile gets its own photo (or the placeholder) at its own size, in tile order, although
+// the fitting runs in parallel.
+TEST(TileImageFitter, EveryTileGetsItsPictureAtItsSizeInOrder)
+{
+    QTemporaryDir dir;
+    const QString red = solidPhoto(dir, QStringLiteral("red.png"), Qt::red, QSize(300, 200));
+    const QString blue = solidPhoto(dir, QStringLiteral("blue.png"), Qt::blue, QSize(200, 300));
+    const ListedPhotos photos({red, blue});
+    ImageCache cache(&photos);
+    QImage grey(10, 10, QImage::Format_RGB32);
+    grey.fill(Qt::gray);
+    const UIImage placeholder(QList<QImage>{grey}, QSizeF(10, 10));
+
+    CollageLayout layout;
+    const struct {
+        QString path;
+        bool placeholder;
+        QSizeF size;
+    } tiles[] = {{red, false, {40, 30}}, {blue, false, {25, 50}}, {QString(), true, {20, 20}}, {red, false, {7, 9}}};
+    for (const auto &t : tiles) {
+        TileLayout tile;
+        tile.imagePath = t.path;
+        tile.placeholder = t.placeholder;
+        tile.imageSize = t.size;
+        layout.tiles.push_back(tile);
+    }
+    const QList<UIImage> fitted = TileImageFitter::fitAll(layout, cache, placeholder);
+    ASSERT_EQ(fitted.size(), 4);
+    const QColor expected[] = {Qt::red, Qt::blue, Qt::gray, Qt::red};
+    for (int i = 0; i < 4; ++i) {
+        SCOPED_TRACE(i);
+        EXPECT_EQ(fitted[i].size(), tiles[i].size);
+        const QImage pixels = fitted[i].bestRepresentation();
+        EXPECT_EQ(pixels.pixelColor(pixels.width() / 2, pixels.height() / 2).rgb(), expected[i].rgb());
+    }
+}
+
+} // namespace
