@@ -113,9 +113,14 @@ bool ImageFileReader::jpegIsComplete(const QByteArray &bytes)
     // Inside entropy-coded data every 0xFF byte is followed by 0x00 or a restart marker, so the
     // last start-of-scan marker begins the final scan, and a complete file has an end-of-image
     // marker after it. (An embedded thumbnail ends earlier, before the main image's scans.)
-    const qsizetype lastScan = bytes.lastIndexOf(QByteArrayView("\xFF\xDA", 2));
+    // Searched from the cheap ends: the end-of-image marker of a complete file sits at its very
+    // end, and the first start-of-scan near its beginning, so no search crosses the scan data.
+    const QByteArrayView startOfScan("\xFF\xDA", 2);
     const qsizetype lastEnd = bytes.lastIndexOf(QByteArrayView("\xFF\xD9", 2));
-    return lastScan >= 0 && lastEnd > lastScan;
+    if (lastEnd < 0)
+        return false;
+    const qsizetype firstScan = bytes.indexOf(startOfScan);
+    return firstScan >= 0 && firstScan < lastEnd && bytes.indexOf(startOfScan, lastEnd + 2) < 0;
 }
 
 ImageFileReader::Header ImageFileReader::readHeader(const QByteArray &bytes, const QString &name)
