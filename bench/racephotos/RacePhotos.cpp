@@ -18,13 +18,13 @@
 
 namespace {
 
-struct Spec {
+struct PhotoPlan {
     int index;
     QSize size;
 };
 
 // Photo i: 12 + (7 i mod 13) megapixels, 4:3 or 3:2, every third one portrait.
-Spec specFor(int i)
+PhotoPlan planFor(int i)
 {
     const double megapixels = 12.0 + (7 * i) % 13;
     const double aspect = i % 2 ? 1.5 : 4.0 / 3.0;
@@ -35,16 +35,16 @@ Spec specFor(int i)
     return {i, QSize(w, h)};
 }
 
-QImage makePhoto(const Spec &spec)
+QImage makePhoto(const PhotoPlan &plan)
 {
-    QImage image(spec.size, QImage::Format_RGB32);
-    const int w = spec.size.width(), h = spec.size.height();
-    const int hue = (spec.index * 47) % 360;
+    QImage image(plan.size, QImage::Format_RGB32);
+    const int w = plan.size.width(), h = plan.size.height();
+    const int hue = (plan.index * 47) % 360;
     const QColor a = QColor::fromHsv(hue, 160, 230).toRgb(), b = QColor::fromHsv((hue + 120) % 360, 200, 90).toRgb();
     const int ar = a.red(), ag = a.green(), ab = a.blue();
     const int dr = b.red() - ar, dg = b.green() - ag, db = b.blue() - ab;
     // A diagonal gradient from a to b in 1/1024 steps, plus grain of +-8 from a fixed sequence.
-    quint32 seed = 2166136261u ^ quint32(spec.index * 16777619u);
+    quint32 seed = 2166136261u ^ quint32(plan.index * 16777619u);
     for (int y = 0; y < h; ++y) {
         auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
         const qint64 ty = qint64(y) * 512 / h;
@@ -64,13 +64,13 @@ QImage makePhoto(const Spec &spec)
         p.setBrush(QColor::fromHsv((hue + 30 * k) % 360, 180, 200, 170));
         p.setPen(QPen(Qt::black, std::max(2, w / 400)));
         const int d = std::min(w, h) / (3 + k % 4);
-        p.drawEllipse(QRect((k * 977 + spec.index * 131) % (w - d), (k * 613 + spec.index * 71) % (h - d), d, d));
+        p.drawEllipse(QRect((k * 977 + plan.index * 131) % (w - d), (k * 613 + plan.index * 71) % (h - d), d, d));
     }
     QFont font;
     font.setPixelSize(std::min(w, h) / 4);
     p.setFont(font);
     p.setPen(Qt::white);
-    p.drawText(image.rect(), Qt::AlignCenter, QString::number(spec.index));
+    p.drawText(image.rect(), Qt::AlignCenter, QString::number(plan.index));
     p.end();
     return image;
 }
@@ -93,17 +93,17 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "tessary-race-photos: cannot use folder %s\n", qPrintable(folder.path()));
         return 1;
     }
-    std::vector<Spec> specs;
+    std::vector<PhotoPlan> plans;
     for (int i = 0; i < count; ++i)
-        specs.push_back(specFor(i));
+        plans.push_back(planFor(i));
     std::atomic<int> failures{0};
-    QtConcurrent::blockingMap(specs, [&](const Spec &spec) {
-        const QString path = folder.filePath(QStringLiteral("photo-%1.jpg").arg(spec.index, 2, 10, QLatin1Char('0')));
-        if (QFileInfo::exists(path) && QImageReader(path).size() == spec.size)
+    QtConcurrent::blockingMap(plans, [&](const PhotoPlan &plan) {
+        const QString path = folder.filePath(QStringLiteral("photo-%1.jpg").arg(plan.index, 2, 10, QLatin1Char('0')));
+        if (QFileInfo::exists(path) && QImageReader(path).size() == plan.size)
             return; // made by an earlier run
         QImageWriter writer(path, "jpeg");
         writer.setQuality(88);
-        if (!writer.write(makePhoto(spec))) {
+        if (!writer.write(makePhoto(plan))) {
             std::fprintf(stderr, "tessary-race-photos: %s: %s\n", qPrintable(path), qPrintable(writer.errorString()));
             ++failures;
         }
