@@ -1,5 +1,6 @@
 #include "PhotosCommand.h"
 
+#include "CliVerbs.h"
 #include "PrintingAlertPresenter.h"
 
 #include "foundation/Paths.h"
@@ -14,15 +15,10 @@
 
 namespace {
 
-struct Verb {
-    const char *usage;
-    const char *description;
-};
-
 // Each action, with the line of help it shows on its own.
-const std::map<QString, Verb> &verbs()
+const CliVerbs &verbs()
 {
-    static const std::map<QString, Verb> table{
+    static const CliVerbs table(QStringLiteral("photos"), {
         {QStringLiteral("list"), {"list", "print each photo as INDEX, ALIGNMENT and PATH, separated by tabs"}},
         {QStringLiteral("add"), {"add FILE...", "append the files, in order (folders and hidden files are refused)"}},
         {QStringLiteral("remove"), {"remove INDEX...", "remove the photos at the indexes; files Tessary made in\n"
@@ -32,28 +28,24 @@ const std::map<QString, Verb> &verbs()
         {QStringLiteral("align"), {"align INDEX METHOD", "set the alignment of one photo; 'align all center' and\n"
                                                          "      'align all fit' set every photo"}},
         {QStringLiteral("clear"), {"clear", "remove every photo (files Tessary made are deleted)"}},
-    };
+    },
+        QStringLiteral(
+        "\nIndexes start at 0, as 'list' prints them. METHOD is one of 0 center, 1 start, 2 end, 3 fit:\n"
+        "fill the tile cropping both sides, keeping the start (left or top), keeping the end, or show\n"
+        "the whole photo.\n"
+        "The photo list lives in the user defaults store: $TESSARY_DEFAULTS when set. On a store that\n"
+        "has never held a photo list, the factory photos are listed first, as in the application.\n"));
     return table;
 }
 
 QString help()
 {
-    QString text = QStringLiteral("Usage:\n");
-    for (const auto &[name, verb] : verbs())
-        text += QStringLiteral("  tessary-cli photos %1\n      %2\n").arg(QLatin1String(verb.usage), QLatin1String(verb.description));
-    text += QStringLiteral(
-        "\nIndexes start at 0, as 'list' prints them. METHOD is one of 0 center, 1 start, 2 end, 3 fit:\n"
-        "fill the tile cropping both sides, keeping the start (left or top), keeping the end, or show\n"
-        "the whole photo.\n"
-        "The photo list lives in the user defaults store: $TESSARY_DEFAULTS when set. On a store that\n"
-        "has never held a photo list, the factory photos are listed first, as in the application.\n");
-    return text;
+    return verbs().help();
 }
 
 QString verbHelp(const QString &name)
 {
-    const Verb &verb = verbs().at(name);
-    return QStringLiteral("Usage: tessary-cli photos %1\n  %2\n").arg(QLatin1String(verb.usage), QLatin1String(verb.description));
+    return verbs().verbHelp(name);
 }
 
 // A non-negative index below count, or -1.
@@ -256,7 +248,7 @@ int PhotosCommand::run(const QStringList &args, CliContext &context)
         context.out << help();
         return 0;
     }
-    if (!verbs().count(verb))
+    if (!verbs().contains(verb))
         return context.fail(QStringLiteral("photos: unknown action '%1'\n\n%2").arg(verb, help()), 2);
     const QStringList rest = args.mid(1);
     if (CliContext::wantsHelp(rest)) {

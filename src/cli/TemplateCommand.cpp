@@ -1,5 +1,6 @@
 #include "TemplateCommand.h"
 
+#include "CliVerbs.h"
 #include "PrintingAlertPresenter.h"
 
 #include "foundation/Paths.h"
@@ -20,14 +21,9 @@
 
 namespace {
 
-struct Verb {
-    const char *usage;
-    const char *description;
-};
-
-const std::map<QString, Verb> &verbs()
+const CliVerbs &verbs()
 {
-    static const std::map<QString, Verb> table{
+    static const CliVerbs table(QStringLiteral("template"), {
         {QStringLiteral("info"), {"info FILE", "one line per template of a templates file: index, nbrModules, content\n"
                                                "      size, module size, border width, modules, thumbnail"}},
         {QStringLiteral("list"), {"list [builtin|user]", "one line per template of the built-in store and of My Templates,\n"
@@ -46,26 +42,22 @@ const std::map<QString, Verb> &verbs()
                                     "      fits nowhere. The collage is fitted to WxH points (default: the\n"
                                     "      template's own size); T is the coordinate transform 0-4, S the\n"
                                     "      spacing type (0 gaps, 1 overlap)"}},
-    };
+    },
+        QStringLiteral(
+        "\nRows start at 0, as 'list' prints them. The built-in templates are read from the resources\n"
+        "folder ($TESSARY_RESOURCES when set); My Templates and the current layout live in the user\n"
+        "defaults store ($TESSARY_DEFAULTS when set).\n"));
     return table;
 }
 
 QString help()
 {
-    QString text = QStringLiteral("Usage:\n");
-    for (const auto &[name, verb] : verbs())
-        text += QStringLiteral("  tessary-cli template %1\n      %2\n").arg(QLatin1String(verb.usage), QLatin1String(verb.description));
-    text += QStringLiteral(
-        "\nRows start at 0, as 'list' prints them. The built-in templates are read from the resources\n"
-        "folder ($TESSARY_RESOURCES when set); My Templates and the current layout live in the user\n"
-        "defaults store ($TESSARY_DEFAULTS when set).\n");
-    return text;
+    return verbs().help();
 }
 
 QString verbHelp(const QString &name)
 {
-    const Verb &verb = verbs().at(name);
-    return QStringLiteral("Usage: tessary-cli template %1\n  %2\n").arg(QLatin1String(verb.usage), QLatin1String(verb.description));
+    return verbs().verbHelp(name);
 }
 
 QString number(double v)
@@ -320,7 +312,7 @@ int TemplateCommand::run(const QStringList &args, CliContext &context)
         context.out << help();
         return 0;
     }
-    if (!verbs().count(verb))
+    if (!verbs().contains(verb))
         return context.fail(QStringLiteral("template: unknown action '%1'\n\n%2").arg(verb, help()), 2);
     const QStringList rest = args.mid(1);
     if (CliContext::wantsHelp(rest)) {
