@@ -274,8 +274,12 @@ bool LayoutEngine::doesModuleWithCGSize(qint64 width, qint64 height, qint64 colu
         return true;
     if (column < 0 || row < 0)
         return false;
+    // Without width no row has a cell to test, however many rows the module claims; answer
+    // at once rather than walk billions of empty rows of a hostile template.
+    if (width <= 0)
+        return true;
     for (qint64 j = 0; j < height; ++j) {
-        for (qint64 k = 0; width > 0 && k < width; ++k) {
+        for (qint64 k = 0; k < width; ++k) {
             const quint64 c = quint64(column) + quint64(k);
             const quint64 r = quint64(row) + quint64(j);
             if (c >= m_maxElementsX || r >= m_maxElementsY)

@@ -86,6 +86,9 @@ INSTANTIATE_TEST_SUITE_P(
         // A module without height fits anywhere and covers no cell, so the next one lands on it.
         PlacementCase{"ZeroHeightCoversNothing", 2, 2, {{1, 0}, {1, 1}}, {{0, 0}, {0, 0}}, {}, {100, 100}},
         PlacementCase{"ZeroWidthCoversNothing", 2, 2, {{0, 2}, {2, 2}}, {{0, 0}, {0, 0}}, {}, {200, 200}},
+        // Without width the row count does not matter: placed at once, however many rows it claims.
+        PlacementCase{"ZeroWidthOfAstronomicalHeight", 2, 2, {{0, qint64(1) << 40}, {1, 1}}, {{0, 0}, {0, 0}}, {},
+                      {100, 100.0 * double(qint64(1) << 40)}},
         PlacementCase{"NegativeSizeCoversNothing", 2, 2, {{-3, 1}, {2, 2}}, {{0, 0}, {0, 0}}, {}, {200, 200}},
         PlacementCase{"FullGridSkipsTheRest", 2, 1, {{1, 1}, {1, 1}, {1, 1}}, {{0, 0}, {1, 0}}, {2}, {200, 100}},
         PlacementCase{"HugeFactorFitsNowhere", 2, 2, {{qint64(1) << 40, 1}, {1, qint64(1) << 40}}, {}, {0, 1}, {0, 0}}),
