@@ -1,8 +1,12 @@
 #pragma once
 
+#include "CliContext.h"
+
 #include <QString>
+#include <QStringList>
 
 #include <map>
+#include <optional>
 
 // The actions of one tessary-cli command with their usage lines, and the help texts made from
 // them: the whole command's, and one action's.
@@ -24,6 +28,10 @@ public:
     QString help() const;
     // The usage line and description of one action, which must exist.
     QString verbHelp(const QString &name) const;
+    // Settles the calls that never reach an action: no arguments, a request for help (of the
+    // command or of one action) and an unknown action. Returns their exit code, or nothing
+    // when args.first() is an action to run with the rest of the arguments.
+    std::optional<int> settleWithoutAction(const QStringList &args, CliContext &context) const;
 
 private:
     QString m_command;

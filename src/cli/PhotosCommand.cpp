@@ -38,11 +38,6 @@ const CliVerbs &verbs()
     return table;
 }
 
-QString help()
-{
-    return verbs().help();
-}
-
 QString verbHelp(const QString &name)
 {
     return verbs().verbHelp(name);
@@ -239,22 +234,10 @@ private:
 
 int PhotosCommand::run(const QStringList &args, CliContext &context)
 {
-    if (args.isEmpty()) {
-        context.err << help();
-        return 2;
-    }
+    if (const std::optional<int> settled = verbs().settleWithoutAction(args, context))
+        return *settled;
     const QString verb = args.first();
-    if (verb == QLatin1String("--help") || verb == QLatin1String("-h") || verb == QLatin1String("help")) {
-        context.out << help();
-        return 0;
-    }
-    if (!verbs().contains(verb))
-        return context.fail(QStringLiteral("photos: unknown action '%1'\n\n%2").arg(verb, help()), 2);
     const QStringList rest = args.mid(1);
-    if (CliContext::wantsHelp(rest)) {
-        context.out << verbHelp(verb);
-        return 0;
-    }
     UserDefaults defaults;
     if (!defaults.isOpen())
         return context.fail(defaults.errorString());
