@@ -223,6 +223,29 @@ QStringList ImageCache::refresh()
     return listed;
 }
 
+std::optional<UIImage> ImageCache::cachedImageForPath(const QString &path)
+{
+    harvest();
+    const auto it = m_imageCacheDictionary.constFind(path);
+    if (it == m_imageCacheDictionary.constEnd())
+        return std::nullopt;
+    if (isNewer(modificationDateForPath(path), it->date)) {
+        m_imageCacheDictionary.remove(path);
+        return std::nullopt;
+    }
+    return handOut(it->image);
+}
+
+void ImageCache::removeUnlistedEntries()
+{
+    if (!m_delegate)
+        return;
+    const QStringList listed = m_delegate->pickedPhotos();
+    const QSet<QString> listedSet(listed.cbegin(), listed.cend());
+    m_imageCacheDictionary.removeIf([&](const auto &entry) { return !listedSet.contains(entry.key()); });
+    m_failed.removeIf([&](const auto &entry) { return !listedSet.contains(entry.key()); });
+}
+
 void ImageCache::updateCache()
 {
     refresh();
