@@ -1,6 +1,8 @@
 #include "app/HalvernDesktopController.h"
 
+#include "app/CompletionSound.h"
 #include "app/MainWindow.h"
+#include "app/TessaryLinks.h"
 #include "foundation/Log.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
@@ -38,6 +40,7 @@ void HalvernDesktopController::awakeFromNib()
 {
     Preferences prefs(m_defaults);
     m_mainWindow->tessaryView().setTessaryBackgroundColor(prefs.tessaryBackgroundColor());
+    m_harpSound = new CompletionSound(QDir(m_resourcesFolder).filePath(QStringLiteral("harp.aif")), this);
 }
 
 void HalvernDesktopController::launch(const QStringList &imageFiles)
@@ -99,12 +102,12 @@ void HalvernDesktopController::goHome()
 
 void HalvernDesktopController::goToWebsite()
 {
-    QDesktopServices::openUrl(QUrl(QStringLiteral("https://tessary.org/")));
+    QDesktopServices::openUrl(TessaryLinks::website());
 }
 
 void HalvernDesktopController::halvernHelp()
 {
-    goToWebsite();
+    QDesktopServices::openUrl(TessaryLinks::helpPage(m_resourcesFolder));
 }
 
 void HalvernDesktopController::connectActions()

@@ -8,6 +8,7 @@
 
 #include <memory>
 
+class CompletionSound;
 class ImageBrowserController;
 class MainWindow;
 class UserDefaults;
@@ -32,6 +33,8 @@ public:
     MainWindow &mainWindow() const { return *m_mainWindow; }
     ImageBrowserController &imageBrowserController() const { return *m_imageBrowserController; }
     MessageBoxAlertPresenter &alerts() { return m_alerts; }
+    // The sound played when long work is done; silent where there is no audio.
+    CompletionSound &harpSound() const { return *m_harpSound; }
 
     // Beeps, then shows an alert with the message, "OK" and the informative text on the main
     // window.
@@ -53,5 +56,6 @@ private:
     MessageBoxAlertPresenter m_alerts;
     std::unique_ptr<ImageBrowserController> m_imageBrowserController;
     std::unique_ptr<MainWindow> m_mainWindow;
+    CompletionSound *m_harpSound = nullptr;
     bool m_terminated = false;
 };

@@ -1,6 +1,9 @@
 #include "app/HalvernDesktopController.h"
+#include "app/MainWindow.h"
+#include "app/WindowProbe.h"
 #include "foundation/Paths.h"
 #include "foundation/UserDefaults.h"
+#include "widgets/TessaryView.h"
 
 #include <QApplication>
 #include <QFileInfo>
@@ -82,6 +85,7 @@ int main(int argc, char **argv)
             files.append(QFileInfo(argument).absoluteFilePath());
     }
     HalvernDesktopController controller(defaults, Paths::resourcesFolder());
+    WindowProbe::createIfRequested(&controller.mainWindow(), &controller.mainWindow().tessaryView(), &app);
     controller.launch(files);
     return app.exec();
 }
