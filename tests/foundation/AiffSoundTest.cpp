@@ -58,7 +58,8 @@ TEST(AiffSound, AgreesWithSoxOnFilesSoxWrote)
 
 TEST(AiffSound, TheCompletionSoundReads)
 {
-    const AiffSound sound = AiffSound::fromFile(QDir(qEnvironmentVariable("TESSARY_RESOURCES")).filePath("harp.aif"));
+    const AiffSound sound = AiffSound::fromFile(
+        QDir(qEnvironmentVariable("TESSARY_RESOURCES", QStringLiteral(TESSARY_BINARY_DIR "/resources"))).filePath("harp.aif"));
     ASSERT_TRUE(sound.isValid()) << sound.error.toStdString();
     EXPECT_GT(sound.frameCount(), sound.sampleRate / 10);
 }
