@@ -229,12 +229,3 @@ TEST_F(UIImageLoading, TiffRepresentationRoundTripsThePixels)
     EXPECT_TRUE(UIImage().TIFFRepresentation().isEmpty());
     EXPECT_FALSE(UIImage::initWithTIFFRepresentation("not a tiff").isValid());
 }
-
-TEST(ImageFileReader, JpegCompletenessLooksForTheEndAfterTheLastScan)
-{
-    const QByteArray jpeg = encode(gradient(64, 64), "jpeg", 80);
-    EXPECT_TRUE(ImageFileReader::jpegIsComplete(jpeg));
-    EXPECT_TRUE(ImageFileReader::jpegIsComplete(jpeg + QByteArray("trailing bytes")));
-    EXPECT_FALSE(ImageFileReader::jpegIsComplete(jpeg.left(jpeg.size() - 2)));
-    EXPECT_FALSE(ImageFileReader::jpegIsComplete(QByteArray()));
-}
