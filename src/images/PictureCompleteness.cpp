@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <vector>
 
 namespace {
 
@@ -86,24 +85,30 @@ struct TiffField {
     quint64 entry = 0; // where the entry's value or value offset sits
 };
 
-// The values of a strip or tile table, or false when the table itself lies beyond the end.
-bool tiffValues(const ByteReader &in, const TiffField &field, int offsetWidth, std::vector<quint64> *values)
-{
-    const int width = tiffTypeWidth(field.type);
-    if (width != 2 && width != 4 && width != 8)
-        return true; // absent, or a type the tables never use: nothing to check
-    if (field.count > in.size())
-        return false;
-    quint64 at = field.entry;
-    if (field.count * quint64(width) > quint64(offsetWidth) && !in.read(field.entry, offsetWidth, &at))
-        return false;
-    if (!in.within(at, field.count * quint64(width)))
-        return false;
-    values->resize(field.count);
-    for (quint64 i = 0; i < field.count; ++i)
-        in.read(at + i * quint64(width), width, &(*values)[i]);
-    return true;
-}
+// A strip or tile table: where its values are and how wide each is. Empty (count 0) when the
+// field is absent or of a type such tables never have. Its place was checked with the entry.
+struct TiffTable {
+    quint64 at = 0;
+    int width = 0;
+    quint64 count = 0;
+
+    TiffTable(const ByteReader &in, const TiffField &field, int offsetWidth)
+    {
+        width = tiffTypeWidth(field.type);
+        if (width != 2 && width != 4 && width != 8)
+            return;
+        at = field.entry;
+        if (field.count * quint64(width) > quint64(offsetWidth) && !in.read(field.entry, offsetWidth, &at))
+            return;
+        count = field.count;
+    }
+    quint64 value(const ByteReader &in, quint64 i) const
+    {
+        quint64 v = 0;
+        in.read(at + i * quint64(width), width, &v);
+        return v;
+    }
+};
 
 } // namespace
 
@@ -243,6 +248,8 @@ bool PictureCompleteness::bmpIsComplete(const QByteArray &bytes)
     if (compression == 0 || compression == 3 || compression == 6) {
         const quint64 rowBits = width * bpp;
         const quint64 stride = (rowBits + 31) / 32 * 4;
+        if (height > 0 && stride > 0 && height - 1 > (in.size() + 1) / stride)
+            return false; // more rows than the whole file could hold
         needed = height == 0 ? 0 : stride * (height - 1) + (rowBits + 7) / 8;
     }
     return in.within(offBits, needed);
@@ -283,11 +290,9 @@ bool PictureCompleteness::tiffIsComplete(const QByteArray &bytes, int maxPages)
             else if (tag == 279 || tag == 325)
                 counts = field;
         }
-        std::vector<quint64> starts, lengths;
-        if (!tiffValues(in, offsets, offsetWidth, &starts) || !tiffValues(in, counts, offsetWidth, &lengths))
-            return false;
-        for (size_t i = 0; i < std::min(starts.size(), lengths.size()); ++i) {
-            if (!in.within(starts[i], lengths[i]))
+        const TiffTable starts(in, offsets, offsetWidth), lengths(in, counts, offsetWidth);
+        for (quint64 i = 0; i < std::min(starts.count, lengths.count); ++i) {
+            if (!in.within(starts.value(in, i), lengths.value(in, i)))
                 return false;
         }
         in.read(ifd + countWidth + entries * entryWidth, offsetWidth, &ifd);
