@@ -25,11 +25,6 @@ constexpr int kPreviewDelayMilliseconds = 1000;
 // A drop is placed after this pause, so the drag source can finish first.
 constexpr int kConcludeDropMilliseconds = 100;
 
-QString cleanAbsolute(const QString &path)
-{
-    return QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-}
-
 // A regular file (or a link to one): folders, pipes and devices are no photos.
 bool isPlainFile(const QString &path)
 {
@@ -341,9 +336,8 @@ void ImageBrowserController::imageAligmentFitAll()
 
 void ImageBrowserController::deleteIfOwned(const QString &oldPath)
 {
-    // A file in the images folder belongs to Tessary and goes with its entry; but not while
-    // another entry still shows it.
-    if (oldPath.isEmpty() || !isInImagesFolder(oldPath) || !m_imageBookmarks->bookmarksWithPath(oldPath).isEmpty())
+    // A file Tessary made goes with its entry; but not while another entry still shows it.
+    if (!isOwnedImageFile(oldPath) || !m_imageBookmarks->bookmarksWithPath(oldPath).isEmpty())
         return;
     QFile::remove(oldPath);
 }
@@ -465,10 +459,32 @@ QString ImageBrowserController::imagesPath()
     return Paths::imagesFolder();
 }
 
-bool ImageBrowserController::isInImagesFolder(const QString &path)
+bool ImageBrowserController::isOwnedImageFile(const QString &path)
 {
-    const QString folder = cleanAbsolute(Paths::imagesFolder()) + QLatin1Char('/');
-    return cleanAbsolute(path).startsWith(folder);
+    // Tessary writes its own files as "<uuid>.<extension>" straight into the images folder.
+    // Anything else there (a person's own pictures in a folder that happens to have that common
+    // name, whatever lies in subfolders, links) belongs to someone else.
+    if (path.isEmpty())
+        return false;
+    const QFileInfo info(path);
+    if (info.isSymLink() || !info.isFile())
+        return false;
+    const QString name = info.fileName();
+    constexpr qsizetype uuidLength = 36;
+    if (name.size() <= uuidLength + 1 || name.at(uuidLength) != QLatin1Char('.'))
+        return false;
+    const QString stem = name.left(uuidLength);
+    const QUuid uuid = QUuid::fromString(stem);
+    if (uuid.isNull() || uuid.toString(QUuid::WithoutBraces) != stem)
+        return false;
+    const QStringView extension = QStringView(name).mid(uuidLength + 1);
+    const bool plainExtension =
+        std::all_of(extension.begin(), extension.end(), [](QChar c) { return c.unicode() < 128 && c.isLetterOrNumber(); });
+    if (!plainExtension)
+        return false;
+    // Directly in the images folder, however the path spells it; never in a subfolder.
+    const QString folder = QFileInfo(Paths::imagesFolder()).canonicalFilePath();
+    return !folder.isEmpty() && QFileInfo(info.absolutePath()).canonicalFilePath() == folder;
 }
 
 QString ImageBrowserController::writeImageToImagesFolder(const QImage &image)

@@ -99,8 +99,9 @@ public:
     // --- Helpers
     // The images folder, created when missing; empty when it cannot be made.
     static QString imagesPath();
-    // Whether the file lies inside the images folder, i.e. belongs to Tessary.
-    static bool isInImagesFolder(const QString &path);
+    // Whether Tessary made the file, so that it may delete it with its entry: a regular file
+    // (not a link) named "<uuid>.<extension>" directly in the images folder.
+    static bool isOwnedImageFile(const QString &path);
     // Writes the image as a PNG named after a fresh UUID into the images folder; the path, or
     // empty when it could not be written.
     static QString writeImageToImagesFolder(const QImage &image);
