@@ -38,6 +38,9 @@ UIImage handOut(const UIImage &cached)
     return UIImage(cached.representations(), cached.size());
 }
 
+// Marks a saved copy as made upright (by the photo's orientation tag).
+const QString kUprightKey = QStringLiteral("upright");
+
 } // namespace
 
 ImageCache::ImageCache(const TessaryViewDelegate *delegate, QThreadPool *pool)
@@ -319,6 +322,7 @@ bool ImageCache::saveImageCacheToUserDefaults(UserDefaults &defaults)
         QVariantMap entry;
         entry.insert(QStringLiteral("image"), tiff);
         entry.insert(QStringLiteral("date"), date);
+        entry.insert(kUprightKey, true);
         stored.insert(path, entry);
         qCInfo(lcTessary, "Saved image cache path: %s", qUtf8Printable(QFileInfo(path).fileName()));
     }
@@ -347,7 +351,10 @@ void ImageCache::restoreImageCacheFromUserDefaults(const UserDefaults &defaults)
         const QVariantMap entry = it.value().toMap();
         const QVariant image = entry.value(QStringLiteral("image"));
         const QVariant date = entry.value(QStringLiteral("date"));
-        if (image.typeId() == QMetaType::QByteArray && date.typeId() == QMetaType::QDateTime) {
+        // Copies saved before photos were turned upright by their orientation tag may lie on
+        // their side: they are made again instead.
+        if (image.typeId() == QMetaType::QByteArray && date.typeId() == QMetaType::QDateTime
+            && entry.value(kUprightKey).toBool()) {
             paths.append(it.key());
             tiffs.append(image.toByteArray());
             dates.append(date.toDateTime());
