@@ -7,8 +7,8 @@
 #include "widgets/TemplateListModel.h"
 #include "widgets/TemplateTabView.h"
 #include "AppFixture.h"
+#include "ScreenshotFolder.h"
 
-#include <QDir>
 #include <QLabel>
 #include <QListView>
 #include <QSignalSpy>
@@ -229,8 +229,7 @@ TEST_F(TemplateTabViewTest, Screenshot)
     tabs.setFirstTemplate();
     QTest::qWait(0);
     ASSERT_TRUE(waitForThumbnails(TemplateTable::BuiltIn));
-    QDir().mkpath(TESSARY_BINARY_DIR "/screenshots");
-    EXPECT_TRUE(tabs.grab().save(TESSARY_BINARY_DIR "/screenshots/template-tabs.png"));
+    saveScreenshot(tabs, "template-tabs");
 }
 
 } // namespace
