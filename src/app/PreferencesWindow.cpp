@@ -55,6 +55,7 @@ PreferencesWindow::PreferencesWindow(UserDefaults &defaults, const QString &reso
         const QString suffix = slider->property("suffix").toString();
         const auto show = [value, suffix](int v) { value->setText(QString::number(v) + suffix); };
         connect(slider, &QSlider::valueChanged, value, show);
+        connect(slider, &QSlider::sliderMoved, value, show);
         show(slider->value());
         auto *label = new QLabel(name);
         label->setBuddy(slider);
@@ -142,6 +143,8 @@ QSlider *PreferencesWindow::addSlider(const QString &key, int minimum, int maxim
     slider->setRange(minimum, maximum);
     slider->setProperty("suffix", suffix);
     slider->setMinimumWidth(180);
+    // A drag writes its key once, when the slider is let go; the value beside it follows the drag.
+    slider->setTracking(false);
     connect(slider, &QSlider::valueChanged, this, [this, key](int value) {
         if (!m_showing)
             m_defaults.setInteger(value, key);

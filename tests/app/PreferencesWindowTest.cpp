@@ -51,6 +51,9 @@ TEST_F(PreferencesWindowTest, EachControlWritesItsKey)
     };
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    // A step from the keyboard is written at once too.
+    QTest::keyClick(window.blendingMarginWidthSlider(), Qt::Key_Right);
+    EXPECT_EQ(defaults->integerForKey(Preferences::BlendingMarginWidth), 81);
     for (const auto &c : boxes) {
         EXPECT_EQ(c.box->isChecked(), c.startsOn) << qPrintable(c.key);
         if (!c.box->isEnabled()) // the fit variant waits for uniform cropping
