@@ -1,13 +1,17 @@
 #include "app/HalvernDesktopController.h"
 
 #include "app/CompletionSound.h"
+#include "app/LoadFileSheet.h"
 #include "app/MainWindow.h"
+#include "app/PreferencesWindow.h"
+#include "app/WelcomeSheet.h"
 #include "app/TessaryLinks.h"
 #include "foundation/Log.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "images/ImageBrowserController.h"
+#include "widgets/TemplateTabView.h"
 #include "widgets/TessaryView.h"
 
 #include <QAction>
@@ -38,6 +42,14 @@ HalvernDesktopController::~HalvernDesktopController()
 
 void HalvernDesktopController::awakeFromNib()
 {
+    // The sheets and the preferences window are made now, as the design's interface file makes
+    // them: the load-file sheet writes its first-run keys and folds itself at wake-up.
+    MainWindow *window = m_mainWindow.get();
+    m_loadFileWindow = new LoadFileSheet(m_defaults, window);
+    m_welcomeWindow = new WelcomeSheet(m_defaults, window);
+    connect(m_welcomeWindow, &WelcomeSheet::visitWebsiteRequested, this, &HalvernDesktopController::goToWebsite);
+    m_preferencesWindow = new PreferencesWindow(m_defaults, m_resourcesFolder, window);
+
     Preferences prefs(m_defaults);
     m_mainWindow->tessaryView().setTessaryBackgroundColor(prefs.tessaryBackgroundColor());
     m_harpSound = new CompletionSound(QDir(m_resourcesFolder).filePath(QStringLiteral("harp.aif")), this);
@@ -63,12 +75,33 @@ void HalvernDesktopController::applicationWillFinishLaunching()
             m_mainWindow->move(frame.topLeft());
         }
     }
+    if (!prefs.doNotShowWelcomeWindowAgain())
+        showWelcomeWindow();
 }
 
 void HalvernDesktopController::applicationDidFinishLaunching()
 {
     qCInfo(lcTessary, "documentsPath = %s", qUtf8Printable(Paths::documentsFolder()));
     m_imageBrowserController->setInitialSelection();
+    m_mainWindow->templateTabView().setFirstTemplate();
+}
+
+void HalvernDesktopController::showPreferences()
+{
+    m_preferencesWindow->showPreferences();
+}
+
+void HalvernDesktopController::showWelcomeWindow()
+{
+    m_welcomeWindow->open();
+}
+
+void HalvernDesktopController::showLoadFileWindow()
+{
+    // With "DontShowAgain" set, the user templates would be loaded at once; choosing a templates
+    // file is part of template editing, so for now only the sheet is shown.
+    if (!Preferences(m_defaults).dontShowAgain())
+        m_loadFileWindow->open();
 }
 
 void HalvernDesktopController::applicationWillTerminate()
@@ -121,6 +154,9 @@ void HalvernDesktopController::connectActions()
     on("loadSampleFlowers", [this] { loadFlowerImages(); });
     on("loadFactoryPhotos", [this] { m_imageBrowserController->loadFactoryImages(); });
     on("insertBlankImage", [this] { m_imageBrowserController->insertBlankImage(); });
+    on("preferences", [this] { showPreferences(); });
+    on("welcome", [this] { showWelcomeWindow(); });
+    on("showDefaultTemplate", [this] { m_mainWindow->templateTabView().showDefaultTemplate(); });
     on("help", [this] { halvernHelp(); });
     on("website", [this] { goToWebsite(); });
 }

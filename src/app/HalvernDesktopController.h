@@ -9,6 +9,9 @@
 #include <memory>
 
 class CompletionSound;
+class LoadFileSheet;
+class PreferencesWindow;
+class WelcomeSheet;
 class ImageBrowserController;
 class MainWindow;
 class UserDefaults;
@@ -36,6 +39,15 @@ public:
     // The sound played when long work is done; silent where there is no audio.
     CompletionSound &harpSound() const { return *m_harpSound; }
 
+    PreferencesWindow &preferencesWindow() const { return *m_preferencesWindow; }
+    WelcomeSheet &welcomeWindow() const { return *m_welcomeWindow; }
+    LoadFileSheet &loadFileWindow() const { return *m_loadFileWindow; }
+
+    void showPreferences();
+    void showWelcomeWindow();
+    // The load-file sheet, unless "DontShowAgain" is set.
+    void showLoadFileWindow();
+
     // Beeps, then shows an alert with the message, "OK" and the informative text on the main
     // window.
     void doAlert(const QString &message, const QString &informative, AlertPresenter::Style style);
@@ -57,5 +69,8 @@ private:
     std::unique_ptr<ImageBrowserController> m_imageBrowserController;
     std::unique_ptr<MainWindow> m_mainWindow;
     CompletionSound *m_harpSound = nullptr;
+    PreferencesWindow *m_preferencesWindow = nullptr;
+    WelcomeSheet *m_welcomeWindow = nullptr;
+    LoadFileSheet *m_loadFileWindow = nullptr;
     bool m_terminated = false;
 };

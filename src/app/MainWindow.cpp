@@ -41,6 +41,7 @@ MainWindow::MainWindow(UserDefaults &defaults, ImageBrowserController &browser, 
     splitter->setStretchFactor(1, 1);
     splitter->setStretchFactor(2, 0);
     splitter->setChildrenCollapsible(false);
+    splitter->setSizes({260, 760, 260});
     setCentralWidget(splitter);
 
     browser.setCollageReloader([this] { m_tessaryView->reloadData(); });
