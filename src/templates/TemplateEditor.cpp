@@ -130,8 +130,11 @@ std::optional<qsizetype> TemplateEditor::deleteTemplateAtRow(qsizetype row)
         return std::nullopt;
     if (remembered && m_store.userTemplates().contains(remembered))
         return std::nullopt;
-    // The selected template went (or none was selected): whatever row is selected now is applied.
-    return m_store.selectedUserRow();
+    // The selected template went (or none was selected): the template that slid into the
+    // selected row, if any, is applied as choosing it would.
+    const qsizetype selected = m_store.selectedUserRow();
+    m_store.setUserDefaultsFromUserTemplateData(selected);
+    return selected;
 }
 
 void TemplateEditor::sortUserTemplates()

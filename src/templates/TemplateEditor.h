@@ -42,9 +42,10 @@ public:
     // menu). followUp receives what deleteTemplateAtRow returns.
     void deleteTemplate(DeleteSender sender, qsizetype clickedRow,
                         const std::function<void(std::optional<qsizetype>)> &followUp = {});
-    // Deletes without asking. Returns nothing when the selection stayed on its template (or
-    // nothing was deleted); otherwise the row selected now, which the window applies and shows
-    // (-1: none selected, the label shows a blank).
+    // Deletes without asking. When the selected template itself was deleted, the template that
+    // slides into its row is selected and its values written into the defaults. Returns nothing
+    // when the selection stayed on its template (or nothing was deleted); otherwise the row
+    // selected now, which the window lays out and shows (-1: none selected, a blank label).
     std::optional<qsizetype> deleteTemplateAtRow(qsizetype row);
 
     // Asks, then sorts "My Templates" by module count a moment later (after the sheet is gone).

@@ -107,23 +107,31 @@ TEST_F(TemplateEditorTest, ClearAsksAndEmptyStoreOnlyBeeps)
     EXPECT_EQ(defaults.objectForKey(Preferences::UserTemplates), QVariant(QVariantList{}));
 }
 
-TEST_F(TemplateEditorTest, DeleteFollowUpSelection)
+TEST_F(TemplateEditorTest, DeleteKeepsOrMovesTheSelectionAndAppliesWhatSlidesIn)
 {
+    // The layout in the defaults before each delete; a template applied replaces its width.
+    constexpr double kUntouched = 777;
     struct Case {
         const char *name;
         qsizetype selected, deleted;
         std::optional<qsizetype> followUp;
         qsizetype selectedAfter;
+        double appliedId;
     };
-    for (const Case &c : {Case{"other row keeps selection", 2, 0, std::nullopt, 1},
-                          Case{"selected row: next slides in", 1, 1, 1, 1},
-                          Case{"selected last row: none left selected", 3, 3, -1, -1},
-                          Case{"nothing selected", -1, 0, -1, -1}}) {
+    for (const Case &c : {Case{"other row keeps selection", 2, 0, std::nullopt, 1, kUntouched},
+                          Case{"selected row: next slides in", 1, 1, 1, 1, 2},
+                          Case{"selected first row", 0, 0, 0, 0, 1},
+                          Case{"selected last row: none left selected", 3, 3, -1, -1, kUntouched},
+                          Case{"nothing selected", -1, 0, -1, -1, kUntouched}}) {
         store.clearUserTemplates();
         fill(4);
+        defaults.setInteger(c.selected, Preferences::SelectedUserTemplateTableRow);
         store.setSelectedUserRow(c.selected);
+        defaults.setObject(kUntouched, Preferences::ContentSizeWidth);
         EXPECT_EQ(editor.deleteTemplateAtRow(c.deleted), c.followUp) << c.name;
         EXPECT_EQ(store.selectedUserRow(), c.selectedAfter) << c.name;
+        EXPECT_EQ(defaults.integerForKey(Preferences::SelectedUserTemplateTableRow), c.selectedAfter) << c.name;
+        EXPECT_EQ(Preferences(defaults).contentSizeWidth(), c.appliedId) << c.name;
         EXPECT_EQ(store.userTemplates().size(), 3) << c.name;
     }
 }
