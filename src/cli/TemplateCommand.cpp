@@ -7,6 +7,7 @@
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "images/ImageBrowserController.h"
+#include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
 #include "templates/TemplateEditor.h"
 #include "templates/TemplateExporter.h"
@@ -34,8 +35,10 @@ const CliVerbs &verbs()
         {QStringLiteral("export-one"), {"export-one FILE [--builtin]", "write My Templates (or the built-in store) as one templates file"}},
         {QStringLiteral("export-many"), {"export-many FOLDER", "write each template of My Templates that has a thumbnail as its own\n"
                                                               "      file beside its icon, with an HTML index, into FOLDER"}},
-        {QStringLiteral("delete"), {"delete N", "delete template N of My Templates"}},
-        {QStringLiteral("sort"), {"sort", "sort My Templates by number of modules"}},
+        {QStringLiteral("delete"), {"delete N", "delete template N of My Templates; when it was the selected one, the\n"
+                                                "      template that moves into its row is selected and applied"}},
+        {QStringLiteral("sort"), {"sort", "sort My Templates by number of modules; the selected template stays\n"
+                                           "      selected at its new row"}},
         {QStringLiteral("layout"), {"layout [--size WxH] [--transform T] [--spacing S]",
                                     "lay out the current template for the current photos and print one\n"
                                     "      line per module: its tile's frame, photo and alignment, or that it\n"
@@ -72,6 +75,8 @@ public:
     {
         m_store.loadBuiltInTemplates(Paths::resourcesFolder());
         m_store.restoreUserTemplates();
+        // The selection the last command or the window left, so edits keep it on its template.
+        m_store.restoreSelectedUserRow();
     }
 
     int run(const QString &verb, const QStringList &args)
@@ -197,8 +202,10 @@ private:
         const qsizetype row = parseRow(QStringLiteral("delete"), args[0], m_store.userTemplates().size());
         if (row < 0)
             return 1;
-        m_editor.deleteTemplateAtRow(row);
+        const std::optional<qsizetype> applied = m_editor.deleteTemplateAtRow(row);
         m_context.out << "deleted template " << row << "; My Templates holds " << m_store.userTemplates().size() << '\n';
+        if (applied && *applied >= 0)
+            m_context.out << "applied user template " << *applied << '\n';
         return 0;
     }
 
@@ -248,7 +255,8 @@ private:
         engine.setCoordinateTransform(transform);
         engine.setSpacingType(spacing);
         engine.setup(m_defaults, size);
-        const CollageLayout layout = engine.reloadData(m_defaults, &photos);
+        CollageLayout layout = engine.reloadData(m_defaults, &photos);
+        CoordinateTransform::applyCoordinateTransform(layout);
 
         m_context.out << "collage " << number(layout.contentSize.width()) << 'x' << number(layout.contentSize.height())
                       << " grid " << layout.columns << 'x' << layout.rows << " cell " << layout.moduleSizeInPoints

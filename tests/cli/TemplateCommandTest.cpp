@@ -5,6 +5,8 @@
 #include "foundation/UserDefaults.h"
 
 #include <QDir>
+#include <QRectF>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -109,6 +111,75 @@ TEST_F(TemplateCommandTest, EditAndExportMyTemplates)
     const CliRun many = CliRun::of({"template", "export-many", folder});
     EXPECT_EQ(many.code, 0);
     EXPECT_EQ(many.out, QStringLiteral("Tessary-Templates-Spring.html\n")); // no thumbnails: index only
+}
+
+// Four templates told apart by their widths 100-400; their module counts 5, 2, 3, 1 sort them
+// as the rows 3, 1, 2, 0.
+TEST_F(TemplateCommandTest, SelectionFollowsItsTemplateThroughDeleteAndSort)
+{
+    const QString mine = write(QStringLiteral("mine.plist"), file({makeTemplate(5, {}, 100), makeTemplate(2, {}, 200),
+                                                                   makeTemplate(3, {}, 300), makeTemplate(1, {}, 400)}));
+    struct Case {
+        const char *name;
+        const char *selected;
+        QStringList edit;
+        qint64 selectedAfter;
+        double appliedWidth; // the layout in the store afterwards
+    };
+    for (const Case &c : {Case{"delete a row above", "2", {"delete", "0"}, 1, 300},
+                          Case{"delete a row below", "1", {"delete", "3"}, 1, 200},
+                          Case{"delete the selected row", "1", {"delete", "1"}, 1, 300},
+                          Case{"delete the selected last row", "3", {"delete", "3"}, -1, 400},
+                          Case{"sort moves it down", "0", {"sort"}, 3, 100},
+                          Case{"sort moves it up", "3", {"sort"}, 0, 400}}) {
+        SCOPED_TRACE(c.name);
+        UserDefaults(dir.filePath(QStringLiteral("defaults.sqlite"))).removeObject(Preferences::UserTemplates);
+        ASSERT_EQ(CliRun::of({"template", "import", mine}).code, 0);
+        ASSERT_EQ(CliRun::of({"template", "apply-user", c.selected}).code, 0);
+        const CliRun edit = CliRun::of(QStringList{"template"} + c.edit);
+        EXPECT_EQ(edit.code, 0) << edit.err.toStdString();
+        const UserDefaults after(dir.filePath(QStringLiteral("defaults.sqlite")));
+        EXPECT_EQ(after.integerForKey(Preferences::SelectedUserTemplateTableRow), c.selectedAfter);
+        EXPECT_EQ(after.doubleForKey(Preferences::ContentSizeWidth), c.appliedWidth);
+    }
+}
+
+// The frames printed are those of the transformed collage, the very ones render lays out.
+TEST_F(TemplateCommandTest, LayoutPrintsTheTransformedFramesThatRenderUses)
+{
+    const QVariantMap t = makeTemplate(4, {moduleDict(2, 2), moduleDict(2, 1), moduleDict(1, 1), moduleDict(1, 1)});
+    const QString mine = write(QStringLiteral("mine.plist"), file({t}));
+    ASSERT_EQ(CliRun::of({"template", "import", mine}).code, 0);
+    ASSERT_EQ(CliRun::of({"template", "apply-user", "0"}).code, 0);
+    // "i<TAB>x,y wxh<TAB>..." from template layout; "tile<TAB>i<TAB>x<TAB>y<TAB>w<TAB>h..." from render.
+    const auto frames = [](const QString &out, bool fromRender) {
+        std::vector<QRectF> rects;
+        for (const QString &line : out.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+            const QStringList f = line.split(QRegularExpression(QStringLiteral("[\t, x]")));
+            if (fromRender && f[0] == QLatin1String("tile"))
+                rects.emplace_back(f[2].toDouble(), f[3].toDouble(), f[4].toDouble(), f[5].toDouble());
+            else if (!fromRender && f.size() > 4 && f[0] != QLatin1String("collage"))
+                rects.emplace_back(f[1].toDouble(), f[2].toDouble(), f[3].toDouble(), f[4].toDouble());
+        }
+        return rects;
+    };
+    for (const char *transform : {"0", "1", "2", "3", "4"}) {
+        SCOPED_TRACE(transform);
+        const CliRun layout = CliRun::of({"template", "layout", "--transform", transform});
+        const CliRun render = CliRun::of({"render", "--template", mine, "--increments", "5", "5", "--transform", transform,
+                                          "--layout-only"});
+        ASSERT_EQ(layout.code, 0) << layout.err.toStdString();
+        ASSERT_EQ(render.code, 0) << render.err.toStdString();
+        const std::vector<QRectF> mineFrames = frames(layout.out, false), rendered = frames(render.out, true);
+        ASSERT_EQ(mineFrames.size(), 4u) << layout.out.toStdString();
+        ASSERT_EQ(rendered.size(), 4u) << render.out.toStdString();
+        for (size_t i = 0; i < 4; ++i) {
+            EXPECT_NEAR(mineFrames[i].x(), rendered[i].x(), 1e-3) << i;
+            EXPECT_NEAR(mineFrames[i].y(), rendered[i].y(), 1e-3) << i;
+            EXPECT_NEAR(mineFrames[i].width(), rendered[i].width(), 1e-3) << i;
+            EXPECT_NEAR(mineFrames[i].height(), rendered[i].height(), 1e-3) << i;
+        }
+    }
 }
 
 TEST_F(TemplateCommandTest, ErrorsAndHelp)
