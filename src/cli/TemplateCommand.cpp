@@ -31,7 +31,9 @@ const CliVerbs &verbs()
                                                          "      each led by its store and row"}},
         {QStringLiteral("apply"), {"apply N", "choose built-in template N: its layout values go into the store"}},
         {QStringLiteral("apply-user"), {"apply-user N", "choose template N of My Templates"}},
-        {QStringLiteral("import"), {"import FILE...", "append the templates of each templates file to My Templates"}},
+        {QStringLiteral("import"), {"import FILE...", "append the templates of each templates file to My Templates; a\n"
+                                                    "      file that adds none is named with the reason, and the exit\n"
+                                                    "      status is 1"}},
         {QStringLiteral("export-one"), {"export-one FILE [--builtin]", "write My Templates (or the built-in store) as one templates file"}},
         {QStringLiteral("export-many"), {"export-many FOLDER", "write each template of My Templates that has a thumbnail as its own\n"
                                                               "      file beside its icon, with an HTML index, into FOLDER"}},
@@ -155,11 +157,16 @@ private:
         if (args.isEmpty())
             return usageError(QStringLiteral("import"), QStringLiteral("expected at least one FILE"));
         const qsizetype before = m_store.userTemplates().size();
-        if (!m_editor.importTemplateFiles(args))
+        QStringList skipped;
+        const bool added = m_editor.importTemplateFiles(args, false, &skipped);
+        for (const QString &why : skipped)
+            m_context.err << "tessary-cli: template import: skipped " << why << '\n';
+        if (!added)
             return m_context.fail(QStringLiteral("template import: no templates found in the files given"));
         m_context.out << "imported " << (m_store.userTemplates().size() - before) << " templates; My Templates holds "
                       << m_store.userTemplates().size() << '\n';
-        return 0;
+        // The files that were read went in; any skipped one still fails the command.
+        return skipped.isEmpty() ? 0 : 1;
     }
 
     int exportOne(const QStringList &args)

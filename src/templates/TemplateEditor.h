@@ -31,8 +31,9 @@ public:
     // way to replace is to clear first).
     void loadUserTemplates(const std::function<void(bool replace)> &chooseFiles);
     // Adds the templates of each file in order; beeps when no file added anything. The replace
-    // flag is accepted and, as the import has always behaved, appends all the same.
-    bool importTemplateFiles(const QStringList &paths, bool replace = false);
+    // flag is accepted and, as the import has always behaved, appends all the same. Each file
+    // that added nothing is listed in `skipped` as "PATH: why".
+    bool importTemplateFiles(const QStringList &paths, bool replace = false, QStringList *skipped = nullptr);
     // Tells the user a file was not a templates file; "Try Again" calls tryAgain shortly after.
     void notTemplateFileAlert(const std::function<void()> &tryAgain);
     // Asks, then empties "My Templates"; an empty store only beeps.

@@ -182,6 +182,34 @@ TEST_F(TemplateCommandTest, LayoutPrintsTheTransformedFramesThatRenderUses)
     }
 }
 
+TEST_F(TemplateCommandTest, ImportNamesEachSkippedFileAndFails)
+{
+    const QString good = write(QStringLiteral("good.plist"), file({makeTemplate(2, {}), makeTemplate(3, {})}));
+    const QString bad = write(QStringLiteral("bad.plist"), QVariantMap{{QStringLiteral("a"), 1}});
+    const QString empty = write(QStringLiteral("empty.plist"), file({}));
+    const QString missing = dir.filePath(QStringLiteral("missing.plist"));
+    struct Case {
+        QStringList files;
+        int code;
+        qsizetype held; // templates in My Templates afterwards
+        QStringList skipped;
+    };
+    for (const Case &c : {Case{{good}, 0, 2, {}},
+                          Case{{good, bad}, 1, 2, {bad + QStringLiteral(": not a templates file")}},
+                          Case{{missing, good, empty}, 1, 2,
+                               {missing + QStringLiteral(": no such file"), empty + QStringLiteral(": no template")}},
+                          Case{{bad, empty}, 1, 0, {bad, empty}}}) {
+        SCOPED_TRACE(c.files.join(' ').toStdString());
+        UserDefaults(dir.filePath(QStringLiteral("defaults.sqlite"))).removeObject(Preferences::UserTemplates);
+        const CliRun r = CliRun::of(QStringList{"template", "import"} + c.files);
+        EXPECT_EQ(r.code, c.code);
+        EXPECT_EQ(r.err.count(QStringLiteral("skipped ")), c.skipped.size()) << r.err.toStdString();
+        for (const QString &why : c.skipped)
+            EXPECT_TRUE(r.err.contains(QStringLiteral("template import: skipped ") + why)) << r.err.toStdString();
+        EXPECT_EQ(CliRun::of({"template", "list", "user"}).out.count(QLatin1Char('\n')), c.held);
+    }
+}
+
 TEST_F(TemplateCommandTest, ErrorsAndHelp)
 {
     struct Case {

@@ -50,25 +50,35 @@ protected:
     TemplateEditor editor{store, defaults, alerts};
 };
 
-TEST_F(TemplateEditorTest, ImportBeepsOnlyWhenNothingWasAdded)
+TEST_F(TemplateEditorTest, ImportNamesEachSkippedFileAndBeepsOnlyWhenNothingWasAdded)
 {
     const QString empty = writeFile(QStringLiteral("empty.plist"), file({}));
     const QString noKey = writeFile(QStringLiteral("nokey.plist"), QVariantMap{{QStringLiteral("x"), 1}});
     const QString good = writeFile(QStringLiteral("good.plist"), file({makeTemplate(2, 7), makeTemplate(1, 8)}));
     const QString missing = dir.filePath(QStringLiteral("missing.plist"));
+    const QString noTemplates = QStringLiteral("no template in its");
     struct Case {
         QStringList files;
         bool added;
         int beeps;
         std::vector<double> ids;
+        QStringList skipped; // "PATH: why", the why given by its start
     };
-    for (const Case &c : {Case{{empty}, false, 1, {}}, Case{{}, false, 1, {}}, Case{{missing, noKey}, false, 1, {}},
-                          Case{{noKey, good}, true, 0, {7, 8}}, Case{{good, empty, good}, true, 0, {7, 8, 7, 8}}}) {
+    for (const Case &c : {Case{{empty}, false, 1, {}, {empty + QStringLiteral(": ") + noTemplates}},
+                          Case{{}, false, 1, {}, {}},
+                          Case{{missing, noKey}, false, 1, {},
+                               {missing + QStringLiteral(": no such file"), noKey + QStringLiteral(": not a templates file")}},
+                          Case{{noKey, good}, true, 0, {7, 8}, {noKey + QStringLiteral(": not a templates file")}},
+                          Case{{good, empty, good}, true, 0, {7, 8, 7, 8}, {empty + QStringLiteral(": ") + noTemplates}}}) {
         store.clearUserTemplates();
         alerts.beeps = 0;
-        EXPECT_EQ(editor.importTemplateFiles(c.files), c.added);
+        QStringList skipped;
+        EXPECT_EQ(editor.importTemplateFiles(c.files, false, &skipped), c.added);
         EXPECT_EQ(alerts.beeps, c.beeps);
         EXPECT_EQ(ids(store.userTemplates()), c.ids);
+        ASSERT_EQ(skipped.size(), c.skipped.size()) << skipped.join('\n').toStdString();
+        for (qsizetype i = 0; i < skipped.size(); ++i)
+            EXPECT_TRUE(skipped[i].startsWith(c.skipped[i])) << skipped[i].toStdString();
     }
 }
 
