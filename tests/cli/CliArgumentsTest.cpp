@@ -1,0 +1,128 @@
+#include "CliArguments.h"
+
+#include "foundation/Log.h"
+#include "foundation/PropertyList.h"
+
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QLoggingCategory>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+CliArguments parse(const std::vector<QByteArray> &args)
+{
+    std::vector<const char *> argv{"tessary-cli"};
+    for (const QByteArray &a : args)
+        argv.push_back(a.constData());
+    return CliArguments(int(argv.size()), argv.data());
+}
+
+TEST(CliArguments, DecodesAsFileNamesAndNamesWhatDoesNotDecode)
+{
+    struct Case {
+        QByteArray raw;
+        QString decoded;
+        QString undecodable; // empty: it decodes
+    };
+    for (const Case &c : {Case{"plain", QStringLiteral("plain"), {}},
+                          Case{"caf\xc3\xa9.png", QStringLiteral("caf\u00e9.png"), {}},
+                          Case{"/tmp/a\xff" "b.png", QString(), QStringLiteral("/tmp/a\\xFFb.png")},
+                          Case{"\xc3(\n", QString(), QStringLiteral("\\xC3(\\x0A")}}) {
+        const CliArguments args = parse({c.raw, "next"});
+        ASSERT_EQ(args.arguments().size(), 2);
+        EXPECT_EQ(args.arguments()[1], QStringLiteral("next"));
+        if (c.undecodable.isEmpty()) {
+            EXPECT_EQ(args.arguments()[0], c.decoded);
+            EXPECT_TRUE(args.undecodable().isEmpty());
+        } else {
+            EXPECT_EQ(args.undecodable(), QStringList{c.undecodable});
+        }
+    }
+}
+
+// A file whose name holds the byte 0xFF exists, but Qt cannot name it: it is refused by its
+// name up front rather than reported as missing (or, should Qt learn to name it, it is found).
+TEST(CliArguments, NameThatIsNotUtf8IsRefusedByName)
+{
+    QTemporaryDir dir;
+    qputenv("TESSARY_DEFAULTS", QFile::encodeName(dir.filePath(QStringLiteral("defaults.sqlite"))));
+    qputenv("TESSARY_RESOURCES", QFile::encodeName(dir.filePath(QStringLiteral("resources"))));
+    const QByteArray raw = QFile::encodeName(dir.path()) + "/photo-\xff.jpg";
+    const int fd = ::open(raw.constData(), O_WRONLY | O_CREAT | O_EXCL, 0644);
+    ASSERT_GE(fd, 0);
+    ::close(fd);
+
+    QString out, err;
+    CliContext context(&out, &err);
+    const int code = parse({"photos", "add", raw}).dispatch(context);
+    context.err.flush();
+    if (QFile::encodeName(QFile::decodeName(raw)) == raw) {
+        EXPECT_EQ(code, 0) << err.toStdString();
+    } else {
+        EXPECT_EQ(code, 2);
+        EXPECT_TRUE(err.contains(QStringLiteral("photo-\\xFF.jpg' is not valid UTF-8"))) << err.toStdString();
+    }
+    qunsetenv("TESSARY_DEFAULTS");
+    qunsetenv("TESSARY_RESOURCES");
+}
+
+// The tessary category's lines seen while a render runs with the rules of its arguments.
+QStringList g_lines;
+void keepLine(QtMsgType type, const QMessageLogContext &context, const QString &message)
+{
+    if (qstrcmp(context.category, "tessary") == 0)
+        g_lines << QStringLiteral("%1 %2").arg(type == QtWarningMsg ? QStringLiteral("warning") : QStringLiteral("info"), message);
+}
+
+TEST(CliArguments, RenderPrintsDebuggingLinesOnlyWhenVerbose)
+{
+    QTemporaryDir dir;
+    qputenv("TESSARY_DEFAULTS", QFile::encodeName(dir.filePath(QStringLiteral("defaults.sqlite"))));
+    qputenv("TESSARY_RESOURCES", QFile::encodeName(dir.filePath(QStringLiteral("resources"))));
+    const QVariantMap module{{QStringLiteral("widthFactor"), qint64(1)}, {QStringLiteral("heightFactor"), qint64(1)}};
+    const QVariantMap grid{{QStringLiteral("nbrModules"), qint64(1)}, {QStringLiteral("savedTessaryDataModules"), QVariantList{module}},
+                           {QStringLiteral("contentSizeWidth"), 100.0}, {QStringLiteral("contentSizeHeight"), 100.0},
+                           {QStringLiteral("moduleSizeInPoints"), qint64(100)}, {QStringLiteral("borderWidth"), qint64(0)}};
+    const QString templates = dir.filePath(QStringLiteral("t.plist"));
+    ASSERT_TRUE(PropertyList::writeFile(templates, QVariantMap{{QStringLiteral("templates"), QVariantList{grid}}},
+                                         PropertyList::Format::Xml));
+    // Twice the tile's size: the automatic scale (which logs how it chose) is a small 2.
+    QImage photo(200, 200, QImage::Format_RGB32);
+    photo.fill(Qt::red);
+    const QString photoPath = dir.filePath(QStringLiteral("p.png"));
+    ASSERT_TRUE(photo.save(photoPath));
+
+    for (const bool verbose : {false, true}) {
+        std::vector<QByteArray> args{"render", "--template", QFile::encodeName(templates), "-o",
+                                     QFile::encodeName(dir.filePath(QStringLiteral("out.png"))), QFile::encodeName(photoPath)};
+        if (verbose)
+            args.push_back("--verbose");
+        const CliArguments arguments = parse(args);
+        QLoggingCategory::setFilterRules(arguments.loggingRules());
+        EXPECT_TRUE(lcTessary().isWarningEnabled());
+        EXPECT_EQ(lcTessary().isInfoEnabled(), verbose);
+        g_lines.clear();
+        const QtMessageHandler previous = qInstallMessageHandler(keepLine);
+        QString out, err;
+        CliContext context(&out, &err);
+        const int code = arguments.dispatch(context);
+        qInstallMessageHandler(previous);
+        QLoggingCategory::setFilterRules(QString());
+        EXPECT_EQ(code, 0) << err.toStdString();
+        if (verbose)
+            EXPECT_FALSE(g_lines.isEmpty());
+        else
+            EXPECT_TRUE(g_lines.isEmpty()) << g_lines.join('\n').toStdString();
+    }
+    qunsetenv("TESSARY_DEFAULTS");
+    qunsetenv("TESSARY_RESOURCES");
+}
+
+} // namespace
