@@ -69,6 +69,7 @@ TEST(CliArguments, NameThatIsNotUtf8IsRefusedByName)
         EXPECT_EQ(code, 2);
         EXPECT_TRUE(err.contains(QStringLiteral("photo-\\xFF.jpg' is not valid UTF-8"))) << err.toStdString();
     }
+    ::unlink(raw.constData()); // the temporary folder cannot name it either
     qunsetenv("TESSARY_DEFAULTS");
     qunsetenv("TESSARY_RESOURCES");
 }
