@@ -1,12 +1,6 @@
 #include "CliArguments.h"
 
-#include "foundation/Log.h"
-#include "foundation/PropertyList.h"
-
-#include <QDir>
 #include <QFile>
-#include <QImage>
-#include <QLoggingCategory>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -70,58 +64,6 @@ TEST(CliArguments, NameThatIsNotUtf8IsRefusedByName)
         EXPECT_TRUE(err.contains(QStringLiteral("photo-\\xFF.jpg' is not valid UTF-8"))) << err.toStdString();
     }
     ::unlink(raw.constData()); // the temporary folder cannot name it either
-    qunsetenv("TESSARY_DEFAULTS");
-    qunsetenv("TESSARY_RESOURCES");
-}
-
-// The tessary category's lines seen while a render runs with the rules of its arguments.
-QStringList g_lines;
-void keepLine(QtMsgType type, const QMessageLogContext &context, const QString &message)
-{
-    if (qstrcmp(context.category, "tessary") == 0)
-        g_lines << QStringLiteral("%1 %2").arg(type == QtWarningMsg ? QStringLiteral("warning") : QStringLiteral("info"), message);
-}
-
-TEST(CliArguments, RenderPrintsDebuggingLinesOnlyWhenVerbose)
-{
-    QTemporaryDir dir;
-    qputenv("TESSARY_DEFAULTS", QFile::encodeName(dir.filePath(QStringLiteral("defaults.sqlite"))));
-    qputenv("TESSARY_RESOURCES", QFile::encodeName(dir.filePath(QStringLiteral("resources"))));
-    const QVariantMap module{{QStringLiteral("widthFactor"), qint64(1)}, {QStringLiteral("heightFactor"), qint64(1)}};
-    const QVariantMap grid{{QStringLiteral("nbrModules"), qint64(1)}, {QStringLiteral("savedTessaryDataModules"), QVariantList{module}},
-                           {QStringLiteral("contentSizeWidth"), 100.0}, {QStringLiteral("contentSizeHeight"), 100.0},
-                           {QStringLiteral("moduleSizeInPoints"), qint64(100)}, {QStringLiteral("borderWidth"), qint64(0)}};
-    const QString templates = dir.filePath(QStringLiteral("t.plist"));
-    ASSERT_TRUE(PropertyList::writeFile(templates, QVariantMap{{QStringLiteral("templates"), QVariantList{grid}}},
-                                         PropertyList::Format::Xml));
-    // Twice the tile's size: the automatic scale (which logs how it chose) is a small 2.
-    QImage photo(200, 200, QImage::Format_RGB32);
-    photo.fill(Qt::red);
-    const QString photoPath = dir.filePath(QStringLiteral("p.png"));
-    ASSERT_TRUE(photo.save(photoPath));
-
-    for (const bool verbose : {false, true}) {
-        std::vector<QByteArray> args{"render", "--template", QFile::encodeName(templates), "-o",
-                                     QFile::encodeName(dir.filePath(QStringLiteral("out.png"))), QFile::encodeName(photoPath)};
-        if (verbose)
-            args.push_back("--verbose");
-        const CliArguments arguments = parse(args);
-        QLoggingCategory::setFilterRules(arguments.loggingRules());
-        EXPECT_TRUE(lcTessary().isWarningEnabled());
-        EXPECT_EQ(lcTessary().isInfoEnabled(), verbose);
-        g_lines.clear();
-        const QtMessageHandler previous = qInstallMessageHandler(keepLine);
-        QString out, err;
-        CliContext context(&out, &err);
-        const int code = arguments.dispatch(context);
-        qInstallMessageHandler(previous);
-        QLoggingCategory::setFilterRules(QString());
-        EXPECT_EQ(code, 0) << err.toStdString();
-        if (verbose)
-            EXPECT_FALSE(g_lines.isEmpty());
-        else
-            EXPECT_TRUE(g_lines.isEmpty()) << g_lines.join('\n').toStdString();
-    }
     qunsetenv("TESSARY_DEFAULTS");
     qunsetenv("TESSARY_RESOURCES");
 }
