@@ -13,7 +13,8 @@ const char *kHelp =
     "  tessary-cli defaults write KEY FILE set KEY to the value held in the property-list FILE ('-': standard input)\n"
     "  tessary-cli defaults delete KEY     remove KEY\n"
     "  tessary-cli defaults import FILE    merge the dictionary property list FILE into the store\n"
-    "  tessary-cli defaults export FILE    write the whole store as one XML property list ('-': standard output)\n"
+    "  tessary-cli defaults export FILE    write the whole store as one XML property list ('-': standard output);\n"
+    "                                      a key whose stored value cannot be read is left out with a warning\n"
     "\nThe store is $TESSARY_DEFAULTS when set, else the one in Tessary's data folder.\n";
 
 PropertyList::ReadResult readInput(const QString &path)
@@ -107,7 +108,16 @@ int DefaultsCommand::run(const QStringList &args, CliContext &context)
     // export
     if (int code = expectArgs(args, 1, context))
         return code;
-    const QVariantMap all = defaults.dictionaryRepresentation();
+    // Key by key, so that a value that no longer reads is named rather than left out unseen.
+    QVariantMap all;
+    for (const QString &key : defaults.allKeys()) {
+        const QVariant value = defaults.objectForKey(key);
+        if (value.isValid())
+            all.insert(key, value);
+        else
+            context.err << "tessary-cli: defaults export: warning: \"" << key
+                        << "\" left out: its stored value cannot be read\n";
+    }
     QString error;
     if (args[1] == QLatin1String("-")) {
         const QByteArray xml = PropertyList::toXml(all, &error);
