@@ -170,13 +170,13 @@ ImageBrowserPanel::ImageBrowserPanel(ImageBrowserController &controller, ImageCa
 
     d->menu = new QMenu(this);
     d->menu->addAction(tr("Reveal in File Manager"), this, &ImageBrowserPanel::selectInFinder)
-        ->setObjectName(QStringLiteral("selectInFinder"));
-    d->menu->addAction(tr("Open"), this, &ImageBrowserPanel::doOpen)->setObjectName(QStringLiteral("doOpen"));
+        ->setObjectName(QStringLiteral("contextSelectInFinder"));
+    d->menu->addAction(tr("Open"), this, &ImageBrowserPanel::doOpen)->setObjectName(QStringLiteral("contextOpen"));
     d->menu->addAction(tr("Duplicate"), this, &ImageBrowserPanel::doDuplicate)
-        ->setObjectName(QStringLiteral("doDuplicate"));
+        ->setObjectName(QStringLiteral("contextDuplicate"));
     d->menu->addSeparator();
     d->menu->addAction(tr("Remove Photo"), this, &ImageBrowserPanel::removeSelectedPhoto)
-        ->setObjectName(QStringLiteral("removePhoto"));
+        ->setObjectName(QStringLiteral("contextRemovePhoto"));
 
     // The controller's list, selection and preview drive the panel...
     connect(&controller, &ImageBrowserController::browserReloaded, this, &ImageBrowserPanel::browserReloaded);

@@ -534,12 +534,12 @@ TEST_F(ImageBrowserPanelTest, ContextMenuRevealOpenDuplicate)
     ASSERT_TRUE(QTest::qWaitFor([&] { return menu.isVisible(); }, 2000));
     menu.close();
     const QString c = controller->images().at(2);
-    menu.findChild<QAction *>(QStringLiteral("selectInFinder"))->trigger();
-    menu.findChild<QAction *>(QStringLiteral("doOpen"))->trigger();
+    menu.findChild<QAction *>(QStringLiteral("contextSelectInFinder"))->trigger();
+    menu.findChild<QAction *>(QStringLiteral("contextOpen"))->trigger();
     QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
     EXPECT_EQ(recorder.urls, (QList<QUrl>{QUrl::fromLocalFile(photosFolder()), QUrl::fromLocalFile(c)}));
 
-    menu.findChild<QAction *>(QStringLiteral("doDuplicate"))->trigger();
+    menu.findChild<QAction *>(QStringLiteral("contextDuplicate"))->trigger();
     ASSERT_EQ(controller->count(), 4);
     EXPECT_EQ(controller->images().at(3), c);
     EXPECT_TRUE(controller->images().at(2).startsWith(QFileInfo(imagesFolder()).absoluteFilePath()));
