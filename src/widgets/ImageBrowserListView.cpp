@@ -125,21 +125,25 @@ bool ImageBrowserListView::changesNothing(int draggedRow, const DropTarget &targ
     return target.row == draggedRow || target.row == draggedRow + 1;
 }
 
+QMimeData *ImageBrowserListView::dragData(int row) const
+{
+    auto *data = new QMimeData;
+    data->setData(kItemMimeType,
+                  QByteArray::number(QCoreApplication::applicationPid()) + ' ' + QByteArray::number(row));
+    // Dragged out of the window, the photo is its file.
+    const QString path = model() ? model()->index(row, 0).data(ImageBrowserModel::PathRole).toString() : QString();
+    if (!path.isEmpty())
+        data->setUrls({QUrl::fromLocalFile(path)});
+    return data;
+}
+
 void ImageBrowserListView::startDrag(Qt::DropActions)
 {
     const QModelIndexList selected = selectedIndexes();
     if (selected.isEmpty())
         return;
-    const int row = selected.first().row();
-    auto *data = new QMimeData;
-    data->setData(kItemMimeType,
-                  QByteArray::number(QCoreApplication::applicationPid()) + ' ' + QByteArray::number(row));
-    // Dragged out of the window, the photo is its file.
-    const QString path = selected.first().data(ImageBrowserModel::PathRole).toString();
-    if (!path.isEmpty())
-        data->setUrls({QUrl::fromLocalFile(path)});
     auto *drag = new QDrag(this);
-    drag->setMimeData(data);
+    drag->setMimeData(dragData(selected.first().row()));
     const QPixmap thumbnail = qvariant_cast<QPixmap>(selected.first().data(Qt::DecorationRole));
     if (!thumbnail.isNull()) {
         const QPixmap small = thumbnail.scaled(96, 96, Qt::KeepAspectRatio, Qt::SmoothTransformation);

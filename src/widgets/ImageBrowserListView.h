@@ -31,6 +31,8 @@ public:
     std::optional<DropTarget> shownDropTarget() const { return m_dropTarget; }
     // The row a drag from this grid carries, or -1 when the data did not come from here.
     static int draggedRow(const QMimeData *data);
+    // What a drag of the row carries: the row for this grid, the photo's file for others.
+    QMimeData *dragData(int row) const;
 
 protected:
     QItemSelectionModel::SelectionFlags selectionCommand(const QModelIndex &index, const QEvent *event) const override;

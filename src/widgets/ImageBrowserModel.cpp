@@ -1,6 +1,7 @@
 #include "widgets/ImageBrowserModel.h"
 
 #include "images/ImageBrowserController.h"
+#include "images/ImageCache.h"
 #include "images/ImageCacheLoader.h"
 
 #include <QFileInfo>
@@ -63,6 +64,9 @@ ImageBrowserModel::ImageBrowserModel(ImageBrowserController &controller, ImageCa
     , m_paths(controller.images())
     , m_thumbnails(kThumbnailBudgetKilobytes)
 {
+    m_requestTimer.setSingleShot(true);
+    m_requestTimer.setInterval(kRequestDelayMilliseconds);
+    connect(&m_requestTimer, &QTimer::timeout, this, &ImageBrowserModel::requestWanted);
     connect(&m_loader, &ImageCacheLoader::imageReady, this, &ImageBrowserModel::imageArrived);
     connect(&m_loader, &ImageCacheLoader::imageFailed, this, &ImageBrowserModel::imageFailed);
 }
@@ -112,11 +116,36 @@ QPixmap ImageBrowserModel::thumbnail(int row) const
         return *pixmap;
     if (m_scaling.contains(path) || m_waiting.contains(path))
         return {};
-    if (const std::optional<UIImage> image = m_loader.imageForPath(path))
+    // What the cache holds is scaled at once; a decoding waits until the row stayed in view.
+    if (const std::optional<UIImage> image = m_loader.cache().cachedImageForPath(path)) {
         scale(path, image->bestRepresentation());
-    else
-        m_waiting.insert(path); // the loader is decoding it: imageArrived follows
+    } else {
+        // Each row that comes into view starts the wait again: a scroll in progress asks for
+        // nothing, repainting the same rows does not hold the request back.
+        if (!m_wantedRows.contains(row)) {
+            m_wantedRows.insert(row);
+            m_requestTimer.start();
+        }
+    }
     return {};
+}
+
+void ImageBrowserModel::requestWanted()
+{
+    const QSet<int> rows = std::exchange(m_wantedRows, {});
+    for (int row : rows) {
+        const QString path = m_paths.value(row);
+        if (path.isEmpty() || m_waiting.contains(path) || m_scaling.contains(path) || m_thumbnails.contains(path) ||
+            m_failed.contains(path) || (m_isRowVisible && !m_isRowVisible(row)))
+            continue;
+        if (m_loader.cache().hasFailedUnchanged(path)) {
+            imageFailed(path);
+        } else if (const std::optional<UIImage> image = m_loader.imageForPath(path)) {
+            scale(path, image->bestRepresentation());
+        } else {
+            m_waiting.insert(path); // the loader is decoding it: imageArrived follows
+        }
+    }
 }
 
 void ImageBrowserModel::scale(const QString &path, const QImage &image) const

@@ -6,6 +6,9 @@
 #include <QPixmap>
 #include <QSet>
 #include <QStringList>
+#include <QTimer>
+
+#include <functional>
 
 class ImageBrowserController;
 class ImageCacheLoader;
@@ -16,8 +19,10 @@ class ImageCacheLoader;
 // move, changed rows), a reset only when the change is none of those.
 //
 // Thumbnails come from the image cache's copies, asked for only when a row is painted; a copy
-// the cache does not hold yet is decoded by the cache's loader, and the row is updated when it
-// arrives. The copy is scaled down to thumbnail size on a worker thread, never on this one.
+// the cache does not hold yet is decoded by the cache's loader once the row has stayed on
+// screen for a moment (so a fast scroll through a long list does not queue every photo it
+// passed), and the row is updated when it arrives. The copy is scaled down to thumbnail size on
+// a worker thread, never on this one.
 class ImageBrowserModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -52,6 +57,10 @@ public:
     void sync();
     // Thumbnails being scaled (for tests and benchmarks).
     int pendingThumbnails() const { return int(m_scaling.size()); }
+    // Tells which rows are on screen when the decodings are asked for; without it, all are.
+    void setRowVisibility(std::function<bool(int row)> isVisible) { m_isRowVisible = std::move(isVisible); }
+    // How long a row must stay on screen before its photo is decoded.
+    static constexpr int kRequestDelayMilliseconds = 60;
 
 signals:
     // A reset is about to drop and rebuild every row (the view keeps its scroll position).
@@ -64,6 +73,7 @@ private:
     void scale(const QString &path, const QImage &image) const;
     void thumbnailScaled(const QString &path, const QImage &thumbnail);
     void rowsOfPathChanged(const QString &path);
+    void requestWanted();
 
     ImageBrowserController &m_controller;
     ImageCacheLoader &m_loader;
@@ -73,5 +83,8 @@ private:
     mutable QCache<QString, QPixmap> m_thumbnails;
     mutable QSet<QString> m_scaling;
     mutable QSet<QString> m_waiting; // asked of the loader, not arrived yet
+    mutable QSet<int> m_wantedRows;  // painted without a thumbnail, to be asked for
+    mutable QTimer m_requestTimer;
     QSet<QString> m_failed;
+    std::function<bool(int row)> m_isRowVisible;
 };

@@ -77,6 +77,9 @@ ImageBrowserPanel::ImageBrowserPanel(ImageBrowserController &controller, ImageCa
     d->grid = new ImageBrowserListView(controller, this);
     d->grid->setObjectName(QStringLiteral("imageBrowserGrid"));
     d->grid->setModel(d->model);
+    d->model->setRowVisibility([grid = d->grid, model = d->model](int row) {
+        return grid->visualRect(model->index(row)).intersects(grid->viewport()->rect());
+    });
     d->grid->setContextMenuPolicy(Qt::CustomContextMenu);
     d->grid->setMinimumWidth(2 * kSmallestIcon + 40);
 

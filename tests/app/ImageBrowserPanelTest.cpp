@@ -139,13 +139,6 @@ protected:
         data->setUrls(urls);
         return data;
     }
-    static std::unique_ptr<QMimeData> gridData(int row)
-    {
-        auto data = std::make_unique<QMimeData>();
-        data->setData(ImageBrowserListView::kItemMimeType,
-                      QByteArray::number(QCoreApplication::applicationPid()) + ' ' + QByteArray::number(row));
-        return data;
-    }
     bool waitForCount(qsizetype n) { return QTest::qWaitFor([&] { return controller->count() == n; }, 5000); }
     // The grid shows every row of the list, and the selection of the controller.
     void expectGridInStep()
@@ -302,7 +295,9 @@ TEST_F(ImageBrowserPanelTest, ReorderByDragWithinTheGrid)
     for (const auto &k : cases) {
         SCOPED_TRACE(k.expected);
         makePanel(5);
-        const auto data = gridData(k.from);
+        // What the grid itself puts into a drag of the photo: a file for other programs too.
+        const std::unique_ptr<QMimeData> data(panel->grid().dragData(k.from));
+        EXPECT_EQ(data->urls(), QList<QUrl>{QUrl::fromLocalFile(controller->images().at(k.from))});
         const QPoint at = k.where == Before ? beforeItem(k.row) : onItem(k.row);
         ASSERT_TRUE(dragAndDrop(*data, at));
         EXPECT_EQ(names(), QLatin1String(k.expected));
@@ -314,6 +309,18 @@ TEST_F(ImageBrowserPanelTest, ReorderByDragWithinTheGrid)
         controller.reset();
         defaults->removeObject(Preferences::Bookmarks);
     }
+}
+
+// A photo dragged from another Tessary is a file from elsewhere: copied in, not moved.
+TEST_F(ImageBrowserPanelTest, PhotoFromAnotherTessaryIsAFile)
+{
+    makePanel(3);
+    QMimeData foreign;
+    foreign.setData(ImageBrowserListView::kItemMimeType, "1 0");
+    foreign.setUrls({QUrl::fromLocalFile(makePhoto(QStringLiteral("x.png")))});
+    ASSERT_TRUE(dragAndDrop(foreign, beforeItem(0)));
+    ASSERT_TRUE(waitForCount(4));
+    EXPECT_EQ(names(), QLatin1String("xabc"));
 }
 
 // A picture dragged out of a web browser arrives as data: it is kept as a UUID-named PNG in
@@ -588,6 +595,8 @@ TEST_F(ImageBrowserPanelTest, ScreenshotWithTheFactoryPhotos)
     const QRect card = itemRect(4).translated(panel->grid().viewport()->mapTo(panel.get(), QPoint()));
     EXPECT_EQ(shot.pixel(card.left() + 3, card.bottom() - 3), ImageBrowserDelegate::selectionColor().rgb());
     EXPECT_EQ(panel->imageLabel().text(), QLatin1String("Image 5"));
+    // Only the photos on screen were decoded for the grid.
+    EXPECT_LT(cache->count() + loader->loadingCount(), 40);
 }
 
 } // namespace
