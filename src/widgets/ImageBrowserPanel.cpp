@@ -81,7 +81,7 @@ ImageBrowserPanel::ImageBrowserPanel(ImageBrowserController &controller, ImageCa
         return grid->visualRect(model->index(row)).intersects(grid->viewport()->rect());
     });
     d->grid->setContextMenuPolicy(Qt::CustomContextMenu);
-    d->grid->setMinimumWidth(2 * kSmallestIcon + 40);
+    d->grid->setMinimumSize(2 * kSmallestIcon + 40, kSmallestIcon + 80);
 
     d->zoom = new QSlider(Qt::Horizontal, this);
     d->zoom->setObjectName(QStringLiteral("zoomSlider"));
@@ -184,7 +184,10 @@ ImageBrowserPanel::ImageBrowserPanel(ImageBrowserController &controller, ImageCa
     // The controller's list, selection and preview drive the panel...
     connect(&controller, &ImageBrowserController::browserReloaded, this, &ImageBrowserPanel::browserReloaded);
     connect(&controller.selection(), &ImageBrowserSelection::selectionChanged, this,
-            [this](qsizetype index) { showSelection(index, true); });
+            [this](qsizetype index) {
+                showSelection(index, true);
+                enableSelectionControls();
+            });
     connect(&controller, &ImageBrowserController::previewChanged, this, &ImageBrowserPanel::previewChanged);
     connect(&controller, &ImageBrowserController::selectedAlignmentChanged, d->alignment, &QComboBox::setCurrentIndex);
     connect(&loader, &ImageCacheLoader::imageReady, this, &ImageBrowserPanel::imageReady);
@@ -223,6 +226,7 @@ ImageBrowserPanel::ImageBrowserPanel(ImageBrowserController &controller, ImageCa
     const int side = kSmallestIcon + (kLargestIcon - kSmallestIcon) * d->zoom->value() / kZoomSteps;
     d->grid->setIconSize(QSize(side, side));
     showSelection(controller.selection().selectedIndex(), true);
+    enableSelectionControls();
 }
 
 ImageBrowserPanel::~ImageBrowserPanel() = default;
@@ -265,6 +269,14 @@ void ImageBrowserPanel::showSelection(qsizetype index, bool scroll)
         selection->clear();
     }
     d->following = false;
+}
+
+void ImageBrowserPanel::enableSelectionControls()
+{
+    const bool selected = d->controller.selection().hasSelection();
+    for (QWidget *w : std::initializer_list<QWidget *>{d->alignment, d->centerAll, d->fitAll})
+        w->setEnabled(selected);
+    d->number->setEnabled(d->controller.hasImages());
 }
 
 void ImageBrowserPanel::viewSelectionChanged()

@@ -49,6 +49,9 @@ public:
     QPushButton &insertBlankButton() const;
     QMenu &contextMenu() const;
 
+    // Room for four columns of the smallest thumbnails beside the collage.
+    QSize sizeHint() const override { return QSize(380, 760); }
+
 public slots:
     // The menu actions of the main window.
     // Qt's own file dialog, window-modal, for several image files; they are added at the end.
@@ -73,6 +76,8 @@ signals:
 private:
     void browserReloaded();
     void showSelection(qsizetype index, bool scroll);
+    // The controls that act on the selected photo work only while there is one.
+    void enableSelectionControls();
     void viewSelectionChanged();
     void previewChanged(const QString &path, int alignment);
     void imageReady(const QString &path);

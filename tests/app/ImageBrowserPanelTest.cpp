@@ -247,7 +247,8 @@ TEST_F(ImageBrowserPanelTest, FileDropsBeforeAndOnItems)
 // The drop feedback is painted: an insertion line between items, a highlighted item for "on".
 TEST_F(ImageBrowserPanelTest, DropFeedbackIsDrawn)
 {
-    makePanel(4);
+    makePanel(4, QSize(420, 520));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return panel->model().index(3).data(ImageBrowserModel::ThumbnailStateRole).toInt() == ImageBrowserModel::ThumbnailReady; }, 5000));
     const auto data = filesData({makePhoto(QStringLiteral("x.png"))});
     const QColor red = ImageBrowserDelegate::selectionColor();
     const auto near = [](QRgb a, const QColor &b) {
@@ -255,6 +256,7 @@ TEST_F(ImageBrowserPanelTest, DropFeedbackIsDrawn)
     };
     ASSERT_TRUE(dragAndDrop(*data, beforeItem(2), false));
     QImage shot = viewport()->grab().toImage();
+    shot.save(QStringLiteral(TESSARY_BINARY_DIR "/ImageBrowserDropBefore.png"));
     const QRect r = itemRect(2);
     const int gapX = r.left() - panel->grid().spacing();
     bool line = false;
@@ -264,6 +266,7 @@ TEST_F(ImageBrowserPanelTest, DropFeedbackIsDrawn)
 
     ASSERT_TRUE(dragAndDrop(*data, onItem(3), false));
     shot = viewport()->grab().toImage();
+    shot.save(QStringLiteral(TESSARY_BINARY_DIR "/ImageBrowserDropOn.png"));
     const QRect on = itemRect(3);
     bool outline = false;
     for (int dx = 0; dx <= 3; ++dx)
@@ -408,6 +411,9 @@ TEST_F(ImageBrowserPanelTest, SelectionPreviewAndLabel)
     controller->clearImages();
     ASSERT_TRUE(QTest::qWaitFor([&] { return panel->imageLabel().text() == QLatin1String(" "); }, 3000));
     EXPECT_EQ(panel->preview().state(), PhotoPreview::State::Empty);
+    EXPECT_FALSE(panel->alignmentPopUp().isEnabled());
+    EXPECT_FALSE(panel->fitAllButton().isEnabled());
+    EXPECT_FALSE(panel->numberField().isEnabled());
     expectGridInStep();
 }
 
