@@ -51,11 +51,17 @@ class ImageBrowserPanelTest : public AppFixture
 protected:
     void TearDown() override
     {
+        dropPanel();
+        AppFixture::TearDown();
+    }
+    // Ends the panel and its list, for the next case of a table.
+    void dropPanel()
+    {
         panel.reset();
         loader.reset();
         cache.reset();
         controller.reset();
-        AppFixture::TearDown();
+        defaults->removeObject(Preferences::Bookmarks);
     }
 
     QString photosFolder() const { return dir.filePath(QStringLiteral("photos")); }
@@ -201,7 +207,8 @@ TEST(ImageBrowserModelChange, RowSignalsForEachKindOfChange)
 }
 
 // Files from a file manager land before an item (in reverse order when several), on an item
-// (replacing it, the last one wins), or at the end; the grid follows with its selection.
+// (replacing it, the last one wins), or at the end; the grid follows with its selection. A
+// photo dragged from another Tessary is such a file too: copied in, not moved.
 TEST_F(ImageBrowserPanelTest, FileDropsBeforeAndOnItems)
 {
     enum Where { Before, On, AfterLast, Below };
@@ -212,17 +219,21 @@ TEST_F(ImageBrowserPanelTest, FileDropsBeforeAndOnItems)
         Drop shown;
         const char *expected;
         qsizetype selected;
+        bool fromAnotherTessary = false;
     } cases[] = {
         {"before item 2", Before, 2, Drop::DropBefore, "abyxcd", 2},
         {"on item 1", On, 1, Drop::DropOn, "aycd", 1},
-        {"between the last two", AfterLast, 0, Drop::DropBefore, "abcdyx", 4},
+        {"after the last one", AfterLast, 0, Drop::DropBefore, "abcdyx", 4},
         {"below everything", Below, 0, Drop::DropBefore, "abcdyx", 4},
+        {"from another Tessary", Before, 0, Drop::DropBefore, "yxabcd", 0, true},
     };
     for (const auto &k : cases) {
         SCOPED_TRACE(k.name);
         makePanel(4);
         const QString x = makePhoto(QStringLiteral("x.png")), y = makePhoto(QStringLiteral("y.png"));
         const auto data = filesData({x, y});
+        if (k.fromAnotherTessary)
+            data->setData(ImageBrowserListView::kItemMimeType, "1 0"); // process 1 is never us
         const QPoint at = k.where == Before ? beforeItem(k.row)
                         : k.where == On     ? onItem(k.row)
                         : k.where == AfterLast ? afterLastItem()
@@ -236,11 +247,7 @@ TEST_F(ImageBrowserPanelTest, FileDropsBeforeAndOnItems)
         ASSERT_TRUE(QTest::qWaitFor([&] { return names() == QLatin1String(k.expected); }, 5000)) << qPrintable(names());
         EXPECT_EQ(controller->selectedItem(), k.selected);
         expectGridInStep();
-        panel.reset();
-        loader.reset();
-        cache.reset();
-        controller.reset();
-        defaults->removeObject(Preferences::Bookmarks);
+        dropPanel();
     }
 }
 
@@ -306,24 +313,8 @@ TEST_F(ImageBrowserPanelTest, ReorderByDragWithinTheGrid)
         EXPECT_EQ(names(), QLatin1String(k.expected));
         EXPECT_EQ(controller->selectedItem(), k.selected);
         expectGridInStep();
-        panel.reset();
-        loader.reset();
-        cache.reset();
-        controller.reset();
-        defaults->removeObject(Preferences::Bookmarks);
+        dropPanel();
     }
-}
-
-// A photo dragged from another Tessary is a file from elsewhere: copied in, not moved.
-TEST_F(ImageBrowserPanelTest, PhotoFromAnotherTessaryIsAFile)
-{
-    makePanel(3);
-    QMimeData foreign;
-    foreign.setData(ImageBrowserListView::kItemMimeType, "1 0");
-    foreign.setUrls({QUrl::fromLocalFile(makePhoto(QStringLiteral("x.png")))});
-    ASSERT_TRUE(dragAndDrop(foreign, beforeItem(0)));
-    ASSERT_TRUE(waitForCount(4));
-    EXPECT_EQ(names(), QLatin1String("xabc"));
 }
 
 // A picture dragged out of a web browser arrives as data: it is kept as a UUID-named PNG in
@@ -485,26 +476,8 @@ TEST_F(ImageBrowserPanelTest, ZoomSliderUsesAndWritesIconSize)
     EXPECT_FLOAT_EQ(Preferences(*defaults).iconSize(), 0.0f);
 }
 
-// Clear All Images asks first; only "Clear All" clears.
-TEST_F(ImageBrowserPanelTest, ClearAllAsksFirst)
-{
-    makePanel(3);
-    alerts.responses = {AlertPresenter::DefaultButton, AlertPresenter::AlternateButton};
-    panel->clearAllImages();
-    ASSERT_EQ(alerts.alerts.size(), 1);
-    const AlertPresenter::Alert &alert = alerts.alerts.first();
-    EXPECT_EQ(alert.messageText, QLatin1String("Clear All Images"));
-    EXPECT_EQ(alert.informativeText, QLatin1String("Are you sure you want to clear all the images in the image browser?"));
-    EXPECT_EQ(alert.defaultButton, QLatin1String("Cancel"));
-    EXPECT_EQ(alert.alternateButton, QLatin1String("Clear All"));
-    EXPECT_EQ(controller->count(), 3);
-    panel->clearAllImages();
-    EXPECT_EQ(controller->count(), 0);
-    expectGridInStep();
-}
-
 // The menu actions: remove the selected photo, insert the blank image there, add photos through
-// Qt's own window-modal file dialog.
+// Qt's own window-modal file dialog; Clear All Images asks first and only "Clear All" clears.
 TEST_F(ImageBrowserPanelTest, MenuActions)
 {
     makePanel(3);
@@ -531,6 +504,19 @@ TEST_F(ImageBrowserPanelTest, MenuActions)
     EXPECT_EQ(controller->count(), 6);
     EXPECT_EQ(controller->images().mid(4), (QStringList{x, y}));
     EXPECT_EQ(controller->selectedItem(), 5);
+    expectGridInStep();
+
+    alerts.responses = {AlertPresenter::DefaultButton, AlertPresenter::AlternateButton};
+    panel->clearAllImages();
+    ASSERT_EQ(alerts.alerts.size(), 1);
+    const AlertPresenter::Alert &alert = alerts.alerts.first();
+    EXPECT_EQ(alert.messageText, QLatin1String("Clear All Images"));
+    EXPECT_EQ(alert.informativeText, QLatin1String("Are you sure you want to clear all the images in the image browser?"));
+    EXPECT_EQ(alert.defaultButton, QLatin1String("Cancel"));
+    EXPECT_EQ(alert.alternateButton, QLatin1String("Clear All"));
+    EXPECT_EQ(controller->count(), 6);
+    panel->clearAllImages();
+    EXPECT_EQ(controller->count(), 0);
     expectGridInStep();
 }
 
