@@ -145,6 +145,10 @@ protected:
         data->setUrls(urls);
         return data;
     }
+    int thumbnailState(int row) const
+    {
+        return panel->model().index(row).data(ImageBrowserModel::ThumbnailStateRole).toInt();
+    }
     bool waitForCount(qsizetype n) { return QTest::qWaitFor([&] { return controller->count() == n; }, 5000); }
     // The grid shows every row of the list, and the selection of the controller.
     void expectGridInStep()
@@ -255,7 +259,7 @@ TEST_F(ImageBrowserPanelTest, FileDropsBeforeAndOnItems)
 TEST_F(ImageBrowserPanelTest, DropFeedbackIsDrawn)
 {
     makePanel(4, QSize(420, 520));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return panel->model().index(3).data(ImageBrowserModel::ThumbnailStateRole).toInt() == ImageBrowserModel::ThumbnailReady; }, 5000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return thumbnailState(3) == ImageBrowserModel::ThumbnailReady; }, 5000));
     const auto data = filesData({makePhoto(QStringLiteral("x.png"))});
     const QColor red = ImageBrowserDelegate::selectionColor();
     const auto near = [](QRgb a, const QColor &b) {
@@ -560,8 +564,13 @@ TEST_F(ImageBrowserPanelTest, ThumbnailsNumbersAndToolTips)
     const ImageBrowserModel &model = panel->model();
     EXPECT_EQ(model.index(2).data(Qt::DisplayRole).toString(), QLatin1String("3"));
     EXPECT_EQ(model.index(2).data(Qt::ToolTipRole).toString(), QLatin1String("broken.png"));
-    const auto state = [&](int row) { return model.index(row).data(ImageBrowserModel::ThumbnailStateRole).toInt(); };
-    ASSERT_TRUE(QTest::qWaitFor([&] { return state(0) == ImageBrowserModel::ThumbnailReady && state(1) == ImageBrowserModel::ThumbnailReady && state(2) == ImageBrowserModel::ThumbnailFailed; }, 5000));
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] {
+            return thumbnailState(0) == ImageBrowserModel::ThumbnailReady &&
+                   thumbnailState(1) == ImageBrowserModel::ThumbnailReady &&
+                   thumbnailState(2) == ImageBrowserModel::ThumbnailFailed;
+        },
+        5000));
     EXPECT_EQ(model.thumbnail(0).size(), QSize(40, 30));
 }
 
@@ -574,7 +583,7 @@ TEST_F(ImageBrowserPanelTest, ScreenshotWithTheFactoryPhotos)
     controller->selectIndex(4);
     const auto ready = [&] {
         for (int row = 0; row < 12; ++row) {
-            if (panel->model().index(row).data(ImageBrowserModel::ThumbnailStateRole).toInt() != ImageBrowserModel::ThumbnailReady)
+            if (thumbnailState(row) != ImageBrowserModel::ThumbnailReady)
                 return false;
         }
         return panel->preview().state() == PhotoPreview::State::Shown;
