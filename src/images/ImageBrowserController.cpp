@@ -270,10 +270,16 @@ bool ImageBrowserController::moveItemsAtIndexes(const QList<qsizetype> &indexes,
     if (indexes.isEmpty())
         return false;
     const qsizetype from = indexes.first();
-    if (operation == DropBefore)
+    const qsizetype end = operation == DropBefore ? count() + 1 : count();
+    if (from < 0 || from >= count() || destination < 0 || destination >= end)
+        return false;
+    if (operation == DropBefore) {
         m_imageBookmarks->moveBookmarkAtIndex(from, destination);
-    else
+        setPendingSelection(from < destination ? destination - 1 : destination);
+    } else {
         m_imageBookmarks->exchangeBookmarkAtIndex(from, destination);
+        setPendingSelection(destination);
+    }
     reloadData();
     return true;
 }
@@ -306,6 +312,21 @@ bool ImageBrowserController::selectItemNumber(const QString &text)
         return false;
     m_selection->select(number - 1);
     return true;
+}
+
+QString ImageBrowserController::duplicateImage(qsizetype index)
+{
+    const QString source = m_imageBookmarks->pathAtIndex(index);
+    const QString folder = imagesPath();
+    if (source.isEmpty() || folder.isEmpty())
+        return QString();
+    // Always ".png": the copy is the source's bytes under a name of Tessary's own.
+    const QString copy =
+        QDir(folder).filePath(QStringLiteral("%1.png").arg(QUuid::createUuid().toString(QUuid::WithoutBraces)));
+    if (!QFile::copy(source, copy))
+        return QString();
+    insertImage(copy);
+    return copy;
 }
 
 void ImageBrowserController::imageAligmentDidChange(int alignment)

@@ -288,19 +288,45 @@ TEST_F(ImageBrowserControllerTest, PasteImageOrFile)
 
 TEST_F(ImageBrowserControllerTest, ReorderingDragsMoveOrSwap)
 {
-    struct Case { qsizetype from; qsizetype to; ImageBrowserController::DropOperation op; const char *expected; };
+    // The dragged photo stays selected where it landed; indexes outside the list change nothing.
+    struct Case { qsizetype from; qsizetype to; ImageBrowserController::DropOperation op; bool done; const char *expected; qsizetype selected; };
     const Case cases[] = {
-        {0, 3, ImageBrowserController::DropBefore, "bcade"},
-        {0, 3, ImageBrowserController::DropOn, "dbcae"},
-        {4, 0, ImageBrowserController::DropBefore, "eabcd"},
+        {0, 3, ImageBrowserController::DropBefore, true, "bcade", 2},
+        {0, 5, ImageBrowserController::DropBefore, true, "bcdea", 4},
+        {0, 3, ImageBrowserController::DropOn, true, "dbcae", 3},
+        {4, 0, ImageBrowserController::DropBefore, true, "eabcd", 0},
+        {1, 5, ImageBrowserController::DropOn, false, "abcde", 4},
+        {5, 0, ImageBrowserController::DropBefore, false, "abcde", 4},
+        {0, 6, ImageBrowserController::DropBefore, false, "abcde", 4},
     };
     for (const Case &k : cases) {
         auto c = makeController(5);
-        EXPECT_TRUE(c->moveItemsAtIndexes({k.from, 1}, k.to, k.op));
+        EXPECT_EQ(c->moveItemsAtIndexes({k.from, 1}, k.to, k.op), k.done) << k.expected;
         EXPECT_EQ(names(*c), QLatin1String(k.expected));
+        EXPECT_EQ(c->selectedItem(), k.selected) << k.expected;
         c.reset();
         defaults->removeObject(Preferences::Bookmarks);
     }
+}
+
+// A duplicate is the photo's bytes in the images folder under a ".png" name, inserted at the
+// selected item; nothing to copy changes nothing.
+TEST_F(ImageBrowserControllerTest, DuplicateCopiesIntoTheImagesFolder)
+{
+    auto c = makeController(3);
+    c->selectIndex(1);
+    const QString copy = c->duplicateImage(2);
+    ASSERT_FALSE(copy.isEmpty());
+    EXPECT_TRUE(copy.startsWith(imagesFolder() + QLatin1Char('/')));
+    EXPECT_TRUE(copy.endsWith(QLatin1String(".png")));
+    QFile f(copy);
+    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+    EXPECT_EQ(f.readAll(), QByteArray("jpeg"));
+    EXPECT_EQ(c->count(), 4);
+    EXPECT_EQ(c->images().at(1), copy);
+    EXPECT_EQ(c->selectedItem(), 1);
+    EXPECT_TRUE(c->duplicateImage(9).isEmpty());
+    EXPECT_EQ(c->count(), 4);
 }
 
 TEST_F(ImageBrowserControllerTest, ExchangeAndSelectionByNumber)
