@@ -11,6 +11,7 @@
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "images/ImageBrowserController.h"
+#include "widgets/ImageBrowserPanel.h"
 #include "widgets/TemplateTabView.h"
 #include "widgets/TessaryView.h"
 
@@ -153,7 +154,12 @@ void HalvernDesktopController::connectActions()
     on("quit", [] { QApplication::quit(); });
     on("loadSampleFlowers", [this] { loadFlowerImages(); });
     on("loadFactoryPhotos", [this] { m_imageBrowserController->loadFactoryImages(); });
-    on("insertBlankImage", [this] { m_imageBrowserController->insertBlankImage(); });
+    ImageBrowserPanel &browser = w.imageBrowserPanel();
+    on("addPhotos", [&browser] { browser.addPhotos(); });
+    on("paste", [&browser] { browser.paste(); });
+    on("removePhoto", [&browser] { browser.removeSelectedPhoto(); });
+    on("clearAllImages", [&browser] { browser.clearAllImages(); });
+    on("insertBlankImage", [&browser] { browser.insertBlankImage(); });
     on("preferences", [this] { showPreferences(); });
     on("welcome", [this] { showWelcomeWindow(); });
     on("showDefaultTemplate", [this] { m_mainWindow->templateTabView().showDefaultTemplate(); });
