@@ -1,0 +1,62 @@
+#include "model/TessaryData.h"
+#include "model/TileLabelGeometry.h"
+#include "widgets/DragDropImageView.h"
+#include "widgets/TessaryDataView.h"
+#include "widgets/TessaryView.h"
+
+#include <QLabel>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TileLayout tileWithTitle(const QString &title, const QRectF &frame, double borderWidth)
+{
+    TileLayout t;
+    auto module = std::make_shared<TessaryData>();
+    module->setTitle(title);
+    t.module = module;
+    t.frame = frame;
+    t.imageSize = frame.size();
+    t.borderWidth = borderWidth;
+    return t;
+}
+
+// The title sits along the bottom edge inside the border with the label rule of the core, in
+// white bold type never smaller than 6; an empty title shows one blank until setModule.
+TEST(TessaryDataView, TitleLabel)
+{
+    const struct {
+        const char *name;
+        QString title;
+        QRectF frame;
+        double border;
+        double collageBorder;
+    } cases[] = {
+        {"plain", QStringLiteral("Sea"), QRectF(10, 20, 200, 100), 0, 4},
+        {"bordered", QStringLiteral("Sky"), QRectF(0, 0, 200, 100), 5, 4},
+        {"tiny tile", QStringLiteral("x"), QRectF(0, 0, 16, 12), 0, 4},
+        {"empty title", QString(), QRectF(0, 0, 80, 80), 0, 0},
+    };
+    for (const auto &c : cases) {
+        TessaryDataView tile(tileWithTitle(c.title, c.frame, c.border), nullptr, c.collageBorder);
+        EXPECT_EQ(tile.geometry(), c.frame.toRect()) << c.name;
+        const QRectF label = TileLabelGeometry::titleLabelFrame(c.frame.size(), c.border, c.collageBorder);
+        EXPECT_EQ(tile.titleLabel()->geometry(), TileLabelGeometry::toTopDown(label, c.frame.height()).toRect()) << c.name;
+        EXPECT_EQ(tile.titleLabel()->font().pixelSize(), int(std::max(label.height(), 6.0))) << c.name;
+        EXPECT_TRUE(tile.titleLabel()->font().bold()) << c.name;
+        EXPECT_EQ(tile.titleLabel()->text(), c.title.isEmpty() ? QStringLiteral(" ") : c.title) << c.name;
+        tile.setModule(tile.module());
+        EXPECT_EQ(tile.titleLabel()->text(), c.title) << c.name;
+    }
+}
+
+// A tile without its collage view (or showing the placeholder) never takes part in a drag.
+TEST(TessaryDataView, LoneTileRefusesDrags)
+{
+    TessaryDataView tile(tileWithTitle(QString(), QRectF(0, 0, 50, 50), 0), nullptr, 0);
+    EXPECT_FALSE(tile.imageView()->canBeSourceOrDestination());
+    EXPECT_EQ(DragDropImageView::privateType().left(14), QStringLiteral("application/x-"));
+}
+
+} // namespace
