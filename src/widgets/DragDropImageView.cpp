@@ -20,7 +20,7 @@ namespace {
 QPainterPath tileOutline(const TessaryDataView *tile, const QPoint &offset)
 {
     QPainterPath path;
-    if (!tile)
+    if (!tile || tile->computeCornerRadius() <= 0)
         return path;
     const double r = tile->computeCornerRadius();
     path.addRoundedRect(QRectF(QPointF(-offset), QSizeF(tile->size())), r, r);
@@ -130,10 +130,12 @@ bool DragDropImageView::performDragOperation(const QMimeData *data)
 void DragDropImageView::paintEvent(QPaintEvent *)
 {
     QPainter p(this);
-    p.setRenderHint(QPainter::Antialiasing);
-    p.setRenderHint(QPainter::SmoothPixmapTransform);
     const QPoint offset = pos();
+    // Square tiles need no clipping path (the common case, and the cheap one).
     const QPainterPath outline = tileOutline(m_dataView, offset);
+    if (!outline.isEmpty())
+        p.setRenderHint(QPainter::Antialiasing);
+    p.setRenderHint(QPainter::SmoothPixmapTransform);
     const QRectF bounds = rect();
 
     p.save();
@@ -161,11 +163,15 @@ void DragDropImageView::paintEvent(QPaintEvent *)
     // The tile's border lies over the photo, following the rounded corners.
     if (m_dataView && m_dataView->computeBorderWidth() > 0) {
         const double b = m_dataView->computeBorderWidth();
-        const QSizeF size = m_dataView->size();
+        const QRectF tileRect(-QPointF(offset), QSizeF(m_dataView->size()));
+        QPainterPath outer = outline;
+        if (outer.isEmpty())
+            outer.addRect(tileRect);
         const double r = std::max(0.0, m_dataView->computeCornerRadius() - b);
         QPainterPath inner;
-        inner.addRoundedRect(QRectF(QPointF(b, b) - QPointF(offset), QSizeF(size.width() - 2 * b, size.height() - 2 * b)), r, r);
-        p.fillPath(outline.subtracted(inner), m_dataView->tile().borderColor);
+        inner.addRoundedRect(tileRect.adjusted(b, b, -b, -b), r, r);
+        p.setRenderHint(QPainter::Antialiasing);
+        p.fillPath(outer.subtracted(inner), m_dataView->tile().borderColor);
     }
 
     if (m_highlight) {

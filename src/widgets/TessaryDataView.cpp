@@ -29,7 +29,9 @@ TessaryDataView::TessaryDataView(const TileLayout &tile, TessaryView *view, doub
     m_titleLabel = new QLabel(this);
     m_titleLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
     m_titleLabel->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    m_titleLabel->setStyleSheet(QStringLiteral("QLabel { color: white; background: transparent; }"));
+    QPalette white = m_titleLabel->palette();
+    white.setColor(QPalette::WindowText, Qt::white);
+    m_titleLabel->setPalette(white);
     const QString title = tile.module ? tile.module->title() : QString();
     m_titleLabel->setText(title.isEmpty() ? QStringLiteral(" ") : title);
 
@@ -48,6 +50,11 @@ TessaryDataView::TessaryDataView(const TileLayout &tile, TessaryView *view, doub
 }
 
 TessaryDataView::~TessaryDataView() = default;
+
+TessaryView *TessaryDataView::tessaryView() const
+{
+    return m_view.data();
+}
 
 void TessaryDataView::setModule(const std::shared_ptr<TessaryData> &module)
 {

@@ -38,7 +38,7 @@ public:
     bool isPlaceholder() const { return m_tile.placeholder; }
     bool isSelected() const { return m_tile.selected; }
     const std::shared_ptr<TessaryData> &module() const { return m_tile.module; }
-    TessaryView *tessaryView() const { return m_view; }
+    TessaryView *tessaryView() const;
 
     DragDropImageView *imageView() const { return m_imageView; }
     QLabel *titleLabel() const { return m_titleLabel; }

@@ -40,7 +40,9 @@ struct FitJob {
 QImage fit(const FitJob &job)
 {
     const UIImage source = job.image.isValid() ? job.image : job.placeholder.result();
-    return source.imageToFitSize(job.size, job.method).bestRepresentation();
+    // In the screen's own format, so painting never converts it again.
+    const QImage fitted = source.imageToFitSize(job.size, job.method).bestRepresentation();
+    return fitted.convertToFormat(fitted.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
 }
 
 } // namespace
@@ -322,7 +324,9 @@ void TessaryView::updateToolTips()
 
         auto *label = new QLabel(QString::number(n), tile);
         label->setAttribute(Qt::WA_TransparentForMouseEvents);
-        label->setStyleSheet(QStringLiteral("QLabel { color: black; background: transparent; }"));
+        QPalette black = label->palette();
+        black.setColor(QPalette::WindowText, Qt::black);
+        label->setPalette(black);
         label->adjustSize();
         tile->setIndexLabel(label);
         label->show();

@@ -12,20 +12,26 @@
 #include <QSpinBox>
 #include <QFileInfo>
 #include <QLabel>
+#include <QLoggingCategory>
 #include <QSignalSpy>
 
 namespace {
 
-// Collects the application's log lines while it lives.
+// Collects the application's log lines while it lives (enabled whatever the environment says).
 class LogCapture
 {
 public:
     LogCapture()
     {
         s_lines.clear();
+        s_previousFilter = QLoggingCategory::installFilter(&LogCapture::filter);
         m_previous = qInstallMessageHandler(&LogCapture::handler);
     }
-    ~LogCapture() { qInstallMessageHandler(m_previous); }
+    ~LogCapture()
+    {
+        qInstallMessageHandler(m_previous);
+        QLoggingCategory::installFilter(s_previousFilter);
+    }
     static QStringList lines() { return s_lines; }
 
 private:
@@ -34,7 +40,15 @@ private:
         if (context.category && QByteArray(context.category) == lcTessary().categoryName())
             s_lines.append(message);
     }
+    static void filter(QLoggingCategory *category)
+    {
+        if (s_previousFilter)
+            s_previousFilter(category);
+        if (QByteArray(category->categoryName()) == lcTessary().categoryName())
+            category->setEnabled(QtInfoMsg, true);
+    }
     static inline QStringList s_lines;
+    static inline QLoggingCategory::CategoryFilter s_previousFilter = nullptr;
     QtMessageHandler m_previous;
 };
 
