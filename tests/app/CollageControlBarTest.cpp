@@ -4,6 +4,7 @@
 
 #include <QColorDialog>
 #include <QComboBox>
+#include <QPainter>
 #include <QSpinBox>
 
 namespace {
@@ -40,6 +41,37 @@ TEST_F(CollageControlBarTest, SpacingAndFrameStyleRelayOut)
         for (TessaryDataView *tile : view->tiles())
             ASSERT_EQ(tile->imageView()->imageFrameStyle(), style);
     }
+}
+
+// Each image frame style draws its own recognisable frame around the photo (saved side by side
+// for a person to look at): the edge of the photo differs from the unframed one and from the
+// other styles.
+TEST_F(CollageControlBarTest, EachFrameStyleIsDrawn)
+{
+    view->setFixedSize(900, 700);
+    QList<QImage> shots;
+    for (int style = 0; style < 5; ++style) {
+        bar->imageFrameStylePopUp()->setCurrentIndex(style);
+        ASSERT_TRUE(waitFilled());
+        shots.append(view->tileWithTag(1)->grab().toImage());
+    }
+    QImage strip(shots[0].width() * 5 + 40, shots[0].height(), QImage::Format_RGB32);
+    strip.fill(Qt::white);
+    {
+        QPainter p(&strip);
+        for (int i = 0; i < 5; ++i)
+            p.drawImage(i * (shots[0].width() + 10), 0, shots[i]);
+    }
+    ASSERT_TRUE(strip.save(QStringLiteral(TESSARY_BINARY_DIR "/collage-frame-styles.png")));
+    const auto edge = [](const QImage &image) {
+        QList<QRgb> pixels;
+        for (int y = 2; y < image.height() - 2; y += 3)
+            pixels << image.pixel(1, y) << image.pixel(image.width() - 2, y) << image.pixel(y, image.height() - 2);
+        return pixels;
+    };
+    for (int a = 0; a < 5; ++a)
+        for (int b = a + 1; b < 5; ++b)
+            EXPECT_NE(edge(shots[a]), edge(shots[b])) << "styles " << a << " and " << b;
 }
 
 // The colour well opens Qt's colour dialog on the window; the chosen colour fills the

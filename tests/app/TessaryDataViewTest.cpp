@@ -51,6 +51,28 @@ TEST(TessaryDataView, TitleLabel)
     }
 }
 
+// The module's border lies inside the tile in its colour, and rounded corners leave the
+// corner pixels unpainted.
+TEST(TessaryDataView, BorderAndCorners)
+{
+    TileLayout t = tileWithTitle(QString(), QRectF(0, 0, 200, 100), 5);
+    t.borderColor = QColor(200, 0, 0);
+    t.cornerRadius = 10;
+    TessaryDataView tile(t, nullptr, 0);
+    tile.imageView()->setImage([] {
+        QImage photo(200, 100, QImage::Format_RGB32);
+        photo.fill(QColor(0, 0, 200));
+        return photo;
+    }());
+    QImage picture(200, 100, QImage::Format_ARGB32_Premultiplied);
+    picture.fill(Qt::transparent);
+    tile.render(&picture, QPoint(), QRegion(), QWidget::DrawChildren);
+    EXPECT_EQ(picture.pixelColor(2, 50).rgb(), QColor(200, 0, 0).rgb());
+    EXPECT_EQ(picture.pixelColor(100, 97).rgb(), QColor(200, 0, 0).rgb());
+    EXPECT_EQ(picture.pixelColor(10, 50).rgb(), QColor(0, 0, 200).rgb());
+    EXPECT_EQ(picture.pixelColor(0, 0).alpha(), 0);
+}
+
 // A tile without its collage view (or showing the placeholder) never takes part in a drag.
 TEST(TessaryDataView, LoneTileRefusesDrags)
 {
