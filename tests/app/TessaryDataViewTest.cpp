@@ -4,6 +4,7 @@
 #include "widgets/TessaryDataView.h"
 #include "widgets/TessaryView.h"
 
+#include <QGraphicsOpacityEffect>
 #include <QLabel>
 
 #include <gtest/gtest.h>
@@ -71,6 +72,14 @@ TEST(TessaryDataView, BorderAndCorners)
     EXPECT_EQ(picture.pixelColor(100, 97).rgb(), QColor(200, 0, 0).rgb());
     EXPECT_EQ(picture.pixelColor(10, 50).rgb(), QColor(0, 0, 200).rgb());
     EXPECT_EQ(picture.pixelColor(0, 0).alpha(), 0);
+
+    // The module's opacity applies to the whole tile; an opaque tile needs no effect.
+    EXPECT_EQ(tile.graphicsEffect(), nullptr);
+    t.alpha = 0.5;
+    TessaryDataView faded(t, nullptr, 0);
+    auto *effect = qobject_cast<QGraphicsOpacityEffect *>(faded.graphicsEffect());
+    ASSERT_NE(effect, nullptr);
+    EXPECT_DOUBLE_EQ(effect->opacity(), 0.5);
 }
 
 // A tile without its collage view (or showing the placeholder) never takes part in a drag.

@@ -165,8 +165,17 @@ TEST_F(TessaryViewTest, PlaceholderTilesTakePartInNoDrag)
     EXPECT_FALSE(placeholder->imageView()->canBeSourceOrDestination());
     EXPECT_TRUE(view->tileWithTag(2)->imageView()->canBeSourceOrDestination());
 
-    const QStringList before = browser->images();
+    // A photo tile is highlighted while a tile drag hovers over it.
     std::unique_ptr<QMimeData> data(DragDropImageView::mimeDataForTag(1));
+    DragDropImageView *photo = view->tileWithTag(2)->imageView();
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(photo, &enter);
+    EXPECT_TRUE(photo->highlight());
+    QDragLeaveEvent leave;
+    QApplication::sendEvent(photo, &leave);
+    EXPECT_FALSE(photo->highlight());
+
+    const QStringList before = browser->images();
     EXPECT_FALSE(dragAndDrop(view->tileWithTag(10)->imageView(), data.get()));
     EXPECT_EQ(browser->images(), before);
     // The tool tip of a tile beyond the photo list names the placeholder picture.
