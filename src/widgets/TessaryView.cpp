@@ -231,6 +231,12 @@ void TessaryView::applyLayout(CollageLayout layout)
         FitJob job{index, UIImage(), d->placeholder, tileLayout.imageSize, tileLayout.imageAlignment};
         if (!tileLayout.placeholder) {
             const std::optional<UIImage> cached = d->loader.imageForPath(tileLayout.imagePath);
+            if (!cached && !d->loader.isLoading(tileLayout.imagePath)) {
+                // Known not to load (and unchanged since): the tile stays empty, not loading.
+                d->unfilled.remove(index);
+                tile->show();
+                continue;
+            }
             if (!cached) {
                 d->waiting[tileLayout.imagePath].append(index);
                 tile->imageView()->setLoading(true);

@@ -310,6 +310,24 @@ TEST_F(TessaryViewTest, ColdCacheTilesFillIn)
     ASSERT_TRUE(waitFilled());
 }
 
+// A photo that cannot be read leaves its tile empty and does not hold the others up, neither
+// when it fails nor in later layouts.
+TEST_F(TessaryViewTest, UnreadablePhotoDoesNotHoldUpFilling)
+{
+    QFile broken(dir.filePath(QStringLiteral("broken.jpg")));
+    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
+    broken.write("not a picture");
+    broken.close();
+    browser->insertImage(broken.fileName(), 0);
+    ASSERT_EQ(view->tileWithTag(0)->imagePath(), broken.fileName());
+    ASSERT_TRUE(waitFilled());
+    EXPECT_FALSE(view->tileWithTag(0)->imageView()->isLoading());
+    EXPECT_TRUE(view->tileWithTag(0)->imageView()->image().isNull());
+    view->setFixedSize(650, 450);
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(waitFilled());
+}
+
 // A 7 x 7 collage of the factory photos, saved for a person to look at; each tile's centre
 // shows its photo, not the background.
 TEST_F(TessaryViewTest, ScreenshotOfTheFactoryCollage)
