@@ -343,6 +343,15 @@ TEST_F(TessaryViewTest, ScreenshotOfTheFactoryCollage)
         const QPoint centre = tile.frame.center().toPoint() + view->documentView()->pos();
         EXPECT_NE(shot.pixelColor(centre).rgb(), QColor(250, 250, 250).rgb()) << tile.tag;
     }
+
+    // Turned left, then jumbled: the photos stay upright in their moved tiles.
+    bar->transformGroup()->button(CoordinateTransform::RotatedLeft)->click();
+    ASSERT_TRUE(waitFilled());
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(window->grab().toImage().save(QStringLiteral(TESSARY_BINARY_DIR "/collage-7x7-rotated-left.png")));
+    bar->jumbleButton()->click();
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(window->grab().toImage().save(QStringLiteral(TESSARY_BINARY_DIR "/collage-7x7-jumbled.png")));
 }
 
 } // namespace
