@@ -31,6 +31,7 @@ namespace {
 // worker too, once, and shared by its tiles.
 struct FitJob {
     qsizetype index = 0;
+    QString key;
     UIImage image;
     QFuture<UIImage> placeholder;
     QSizeF size;
@@ -43,6 +44,17 @@ QImage fit(const FitJob &job)
     // In the screen's own format, so painting never converts it again.
     const QImage fitted = source.imageToFitSize(job.size, job.method).bestRepresentation();
     return fitted.convertToFormat(fitted.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+}
+
+// What a fitted picture was made from: the photo, the size it was fitted to, the method, and
+// the decoded copy (its pixels' identity), so a changed file is never shown from an old fit.
+QString fitKey(const TileLayout &tile, const UIImage &source)
+{
+    const qint64 pixels = tile.placeholder ? 0 : source.bestRepresentation().cacheKey();
+    return QStringLiteral("%1|%2x%3|%4|%5")
+        .arg(tile.imagePath, QString::number(tile.imageSize.width(), 'f', 2), QString::number(tile.imageSize.height(), 'f', 2))
+        .arg(tile.imageAlignment)
+        .arg(pixels);
 }
 
 } // namespace
@@ -82,6 +94,9 @@ struct TessaryView::Private {
     // Tiles (by index) not yet showing their photo, and the uncached photos they wait for.
     QSet<qsizetype> unfilled;
     QHash<QString, QList<qsizetype>> waiting;
+    // The fitted pictures of the current layout by fitKey: a relayout that leaves a tile's size
+    // alone (a new selection, a swap, a photo added at the end) shows them again at once.
+    QHash<QString, QImage> fitted;
     quint64 generation = 0;
     QPointer<QFutureWatcher<QImage>> fitWatcher;
 
@@ -204,6 +219,7 @@ void TessaryView::applyLayout(CollageLayout layout)
     d->cache.removeUnlistedEntries();
 
     // The pictures on screen stand in for the same photos until their new fits arrive.
+    const QHash<QString, QImage> previousFits = std::exchange(d->fitted, {});
     QHash<QString, QImage> interim;
     for (TessaryDataView *tile : std::as_const(d->tiles)) {
         const QImage shown = tile->imageView()->image();
@@ -228,7 +244,7 @@ void TessaryView::applyLayout(CollageLayout layout)
         const qsizetype index = d->tiles.size();
         d->tiles.append(tile);
         d->unfilled.insert(index);
-        FitJob job{index, UIImage(), d->placeholder, tileLayout.imageSize, tileLayout.imageAlignment};
+        FitJob job{index, QString(), UIImage(), d->placeholder, tileLayout.imageSize, tileLayout.imageAlignment};
         if (!tileLayout.placeholder) {
             const std::optional<UIImage> cached = d->loader.imageForPath(tileLayout.imagePath);
             if (!cached && !d->loader.isLoading(tileLayout.imagePath)) {
@@ -248,6 +264,15 @@ void TessaryView::applyLayout(CollageLayout layout)
             }
             job.image = *cached;
         }
+        job.key = fitKey(tileLayout, job.image);
+        const auto fitted = previousFits.constFind(job.key);
+        if (fitted != previousFits.constEnd()) {
+            tile->imageView()->setImage(*fitted);
+            d->fitted.insert(job.key, *fitted);
+            d->unfilled.remove(index);
+            tile->show();
+            continue;
+        }
         tile->imageView()->setInterimImage(interim.value(tileLayout.imagePath));
         tile->show();
         jobs.append(std::move(job));
@@ -262,9 +287,7 @@ void TessaryView::applyLayout(CollageLayout layout)
         connect(watcher, &QFutureWatcherBase::resultReadyAt, this, [this, watcher, jobs, generation](int i) {
             if (generation != d->generation || watcher->isCanceled())
                 return;
-            const qsizetype index = jobs.at(i).index;
-            d->tiles.at(index)->imageView()->setImage(watcher->resultAt(i));
-            tileFilled(index);
+            showFitted(jobs.at(i).index, jobs.at(i).key, watcher->resultAt(i));
         });
         connect(watcher, &QFutureWatcherBase::finished, watcher, &QObject::deleteLater);
         watcher->setFuture(QtConcurrent::mapped(jobs, fit));
@@ -289,17 +312,22 @@ void TessaryView::photoReady(const QString &path)
     const quint64 generation = d->generation;
     for (const qsizetype index : indexes) {
         const TileLayout &tile = d->layout.tiles.at(size_t(index));
-        const FitJob job{index, *image, d->placeholder, tile.imageSize, tile.imageAlignment};
+        const FitJob job{index, fitKey(tile, *image), *image, d->placeholder, tile.imageSize, tile.imageAlignment};
         auto *watcher = new QFutureWatcher<QImage>(this);
-        connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, index, generation] {
+        connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, job, generation] {
             watcher->deleteLater();
-            if (generation != d->generation)
-                return;
-            d->tiles.at(index)->imageView()->setImage(watcher->result());
-            tileFilled(index);
+            if (generation == d->generation)
+                showFitted(job.index, job.key, watcher->result());
         });
         watcher->setFuture(QtConcurrent::run(fit, job));
     }
+}
+
+void TessaryView::showFitted(qsizetype index, const QString &key, const QImage &image)
+{
+    d->fitted.insert(key, image);
+    d->tiles.at(index)->imageView()->setImage(image);
+    tileFilled(index);
 }
 
 void TessaryView::photoFailed(const QString &path)

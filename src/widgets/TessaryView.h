@@ -120,6 +120,7 @@ private:
     void startFitting();
     void photoReady(const QString &path);
     void photoFailed(const QString &path);
+    void showFitted(qsizetype index, const QString &key, const QImage &image);
     void tileFilled(qsizetype index);
     void moveTiles(const std::vector<QRectF> &frames);
     std::vector<QRectF> tileFrames() const;

@@ -303,6 +303,13 @@ TEST_F(TessaryViewTest, ColdCacheTilesFillIn)
         EXPECT_NEAR(photo.height(), wanted.height(), 1.0) << tile->tag();
     }
 
+    // A relayout that leaves every tile's size alone shows the fitted pictures again at once.
+    const quint64 generation = view->layoutGeneration();
+    browser->selectIndex(5);
+    EXPECT_GT(view->layoutGeneration(), generation);
+    EXPECT_TRUE(view->allTilesFilled());
+
+    // A new size: no tile looks like loading while the photos are fitted anew.
     view->setFixedSize(640, 480);
     QCoreApplication::processEvents();
     for (TessaryDataView *tile : view->tiles())
