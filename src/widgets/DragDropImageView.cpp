@@ -135,7 +135,8 @@ void DragDropImageView::paintEvent(QPaintEvent *)
     const QPainterPath outline = tileOutline(m_dataView, offset);
     if (!outline.isEmpty())
         p.setRenderHint(QPainter::Antialiasing);
-    p.setRenderHint(QPainter::SmoothPixmapTransform);
+    // The fitted picture is drawn unscaled; the stand-in shows for a moment only, so it is
+    // scaled the fast way.
     const QRectF bounds = rect();
 
     p.save();
