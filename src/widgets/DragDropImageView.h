@@ -34,6 +34,8 @@ public:
     // The picture fitted to the tile; a null image with loading cleared shows nothing.
     void setImage(const QImage &image);
     QImage image() const { return m_image; }
+    // What the view draws now: the fitted picture, else the stand-in.
+    QImage shownImage() const { return m_image.isNull() ? m_interim : m_image; }
     // A stand-in drawn scaled until the fitted picture arrives (the same photo at another size).
     void setInterimImage(const QImage &image);
     // The neutral look of a photo that is still being decoded.

@@ -222,7 +222,9 @@ void TessaryView::applyLayout(CollageLayout layout)
     const QHash<QString, QImage> previousFits = std::exchange(d->fitted, {});
     QHash<QString, QImage> interim;
     for (TessaryDataView *tile : std::as_const(d->tiles)) {
-        const QImage shown = tile->imageView()->image();
+        // A stand-in is handed on too, so a fast series of relayouts (a live resize) never
+        // blanks a tile whose new fit has not arrived yet.
+        const QImage shown = tile->imageView()->shownImage();
         if (!shown.isNull())
             interim.insert(tile->imagePath(), shown);
         // A drop handler of this very tile may still be running: delete it later.

@@ -309,11 +309,16 @@ TEST_F(TessaryViewTest, ColdCacheTilesFillIn)
     EXPECT_GT(view->layoutGeneration(), generation);
     EXPECT_TRUE(view->allTilesFilled());
 
-    // A new size: no tile looks like loading while the photos are fitted anew.
-    view->setFixedSize(640, 480);
-    QCoreApplication::processEvents();
-    for (TessaryDataView *tile : view->tiles())
-        EXPECT_FALSE(tile->imageView()->isLoading()) << tile->tag();
+    // New sizes in quick succession (a live resize): every tile keeps showing its photo, scaled,
+    // while the photos are fitted anew; none looks like loading.
+    for (const QSize size : {QSize(640, 480), QSize(620, 470), QSize(600, 460)}) {
+        view->setFixedSize(size);
+        QCoreApplication::sendPostedEvents();
+        for (TessaryDataView *tile : view->tiles()) {
+            EXPECT_FALSE(tile->imageView()->isLoading()) << tile->tag();
+            EXPECT_FALSE(tile->imageView()->shownImage().isNull()) << tile->tag();
+        }
+    }
     ASSERT_TRUE(waitFilled());
 }
 
