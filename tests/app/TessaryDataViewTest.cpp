@@ -2,7 +2,6 @@
 #include "model/TileLabelGeometry.h"
 #include "widgets/DragDropImageView.h"
 #include "widgets/TessaryDataView.h"
-#include "widgets/TessaryView.h"
 
 #include <QGraphicsOpacityEffect>
 #include <QLabel>
@@ -80,14 +79,6 @@ TEST(TessaryDataView, BorderAndCorners)
     auto *effect = qobject_cast<QGraphicsOpacityEffect *>(faded.graphicsEffect());
     ASSERT_NE(effect, nullptr);
     EXPECT_DOUBLE_EQ(effect->opacity(), 0.5);
-}
-
-// A tile without its collage view (or showing the placeholder) never takes part in a drag.
-TEST(TessaryDataView, LoneTileRefusesDrags)
-{
-    TessaryDataView tile(tileWithTitle(QString(), QRectF(0, 0, 50, 50), 0), nullptr, 0);
-    EXPECT_FALSE(tile.imageView()->canBeSourceOrDestination());
-    EXPECT_EQ(DragDropImageView::privateType().left(14), QStringLiteral("application/x-"));
 }
 
 } // namespace
