@@ -1,13 +1,208 @@
 #include "widgets/CollageControlBar.h"
 
-// Placeholder while the controls are being built.
+#include "foundation/Preferences.h"
+#include "foundation/UserDefaults.h"
+#include "model/CoordinateTransform.h"
+#include "widgets/TessaryView.h"
+
+#include <QButtonGroup>
+#include <QColorDialog>
+#include <QComboBox>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPainter>
+#include <QPushButton>
+#include <QSpinBox>
+#include <QToolButton>
+
+namespace {
+
+// A swatch of the colour; a clear colour shows as a small chequerboard.
+QIcon swatch(const QColor &color)
+{
+    QPixmap pixmap(28, 16);
+    pixmap.fill(Qt::white);
+    QPainter p(&pixmap);
+    if (color.alpha() < 255) {
+        for (int y = 0; y < 16; y += 4)
+            for (int x = 0; x < 28; x += 4)
+                if (((x + y) / 4) % 2 == 0)
+                    p.fillRect(x, y, 4, 4, QColor(200, 200, 200));
+    }
+    p.fillRect(pixmap.rect(), color);
+    p.setPen(QColor(120, 120, 120));
+    p.drawRect(pixmap.rect().adjusted(0, 0, -1, -1));
+    return QIcon(pixmap);
+}
+
+} // namespace
+
 struct CollageControlBar::Private {
+    Private(TessaryView &view, UserDefaults &defaults)
+        : view(view)
+        , defaults(defaults)
+    {
+    }
+    TessaryView &view;
+    UserDefaults &defaults;
+    QButtonGroup *transforms = nullptr;
+    QLabel *transformName = nullptr;
+    QComboBox *spacingType = nullptr;
+    QComboBox *frameStyle = nullptr;
+    QSpinBox *width = nullptr;
+    QSpinBox *height = nullptr;
+    QPushButton *jumble = nullptr;
+    QPushButton *undoJumble = nullptr;
+    QPushButton *unjumble = nullptr;
+    QToolButton *colorWell = nullptr;
+    QToolButton *clearColor = nullptr;
 };
 
-CollageControlBar::CollageControlBar(TessaryView &, UserDefaults &, QWidget *parent)
+CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, QWidget *parent)
     : QWidget(parent)
-    , d(std::make_unique<Private>())
+    , d(std::make_unique<Private>(view, defaults))
 {
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(8, 4, 8, 6);
+    row->setSpacing(6);
+
+    // The transform segments, in value order, and the name of the chosen one.
+    d->transforms = new QButtonGroup(this);
+    d->transforms->setExclusive(true);
+    static const char *const symbols[] = {"\u25A1", "\u2194", "\u2195", "\u21BA", "\u21BB"};
+    auto *segments = new QHBoxLayout;
+    segments->setSpacing(0);
+    for (int i = 0; i < CoordinateTransform::kCount; ++i) {
+        auto *b = new QToolButton;
+        b->setText(QString::fromUtf8(symbols[i]));
+        b->setToolTip(CoordinateTransform::name(i));
+        b->setCheckable(true);
+        b->setAutoRaise(false);
+        b->setMinimumWidth(28);
+        d->transforms->addButton(b, i);
+        segments->addWidget(b);
+    }
+    d->transforms->button(0)->setChecked(true);
+    row->addLayout(segments);
+    d->transformName = new QLabel(CoordinateTransform::name(0));
+    d->transformName->setMinimumWidth(fontMetrics().horizontalAdvance(CoordinateTransform::name(1)) + 8);
+    row->addWidget(d->transformName);
+    connect(d->transforms, &QButtonGroup::idClicked, &view, &TessaryView::setCoordinateTransform);
+    connect(&view, &TessaryView::coordinateTransformChanged, this, [this](int transform, const QString &name) {
+        if (QAbstractButton *b = d->transforms->button(transform))
+            b->setChecked(true);
+        d->transformName->setText(name);
+    });
+
+    row->addSpacing(10);
+    d->spacingType = new QComboBox;
+    d->spacingType->addItems({tr("Inset"), tr("Outset")});
+    d->spacingType->setToolTip(tr("Inset leaves gaps between the tiles; Outset makes them overlap"));
+    connect(d->spacingType, &QComboBox::currentIndexChanged, &view, &TessaryView::setSpacingType);
+    row->addWidget(d->spacingType);
+
+    const Preferences prefs(defaults);
+    const auto spin = [this, row, &view](const QString &label, const QString &key, double value, const QString &tip) {
+        auto *caption = new QLabel(label);
+        auto *box = new QSpinBox;
+        box->setRange(0, 100);
+        box->setSuffix(QStringLiteral(" %"));
+        box->setValue(int(value));
+        box->setToolTip(tip);
+        caption->setBuddy(box);
+        row->addWidget(caption);
+        row->addWidget(box);
+        connect(box, &QSpinBox::valueChanged, this, [this, key, &view](int v) {
+            d->defaults.setInteger(v, key);
+            view.reloadData();
+        });
+        return box;
+    };
+    d->width = spin(tr("W:"), Preferences::CollageWidthIncrement, prefs.collageWidthIncrement(),
+                    tr("Horizontal spacing of the tiles"));
+    d->height = spin(tr("H:"), Preferences::CollageHeightIncrement, prefs.collageHeightIncrement(),
+                     tr("Vertical spacing of the tiles"));
+
+    row->addSpacing(10);
+    d->frameStyle = new QComboBox;
+    d->frameStyle->addItems({tr("None"), tr("Photo"), tr("Grey Bezel"), tr("Groove"), tr("Button")});
+    d->frameStyle->setToolTip(tr("Frame drawn around every photo"));
+    connect(d->frameStyle, &QComboBox::currentIndexChanged, &view, &TessaryView::setImageFrameStyle);
+    row->addWidget(d->frameStyle);
+
+    row->addStretch(1);
+    d->jumble = new QPushButton(tr("Jumble"));
+    d->jumble->setToolTip(tr("Scatter the tiles over the collage"));
+    d->undoJumble = new QPushButton(tr("Undo Jumble"));
+    d->undoJumble->setToolTip(tr("Swap between the scattered and the previous places"));
+    d->unjumble = new QPushButton(tr("Unjumble"));
+    d->unjumble->setToolTip(tr("Put every tile back in its place"));
+    for (QPushButton *b : {d->jumble, d->undoJumble, d->unjumble}) {
+        b->setAutoDefault(false);
+        row->addWidget(b);
+    }
+    connect(d->jumble, &QPushButton::clicked, this, &CollageControlBar::jumble);
+    connect(d->undoJumble, &QPushButton::clicked, this, &CollageControlBar::undoJumble);
+    connect(d->unjumble, &QPushButton::clicked, this, &CollageControlBar::unjumble);
+    const auto showJumbled = [this](bool jumbled) {
+        d->undoJumble->setEnabled(jumbled);
+        d->unjumble->setEnabled(jumbled);
+        emit jumbleActionsEnabledChanged(jumbled);
+    };
+    showJumbled(view.isJumbled());
+    connect(&view, &TessaryView::jumbledChanged, this, showJumbled);
+
+    row->addSpacing(10);
+    d->colorWell = new QToolButton;
+    d->colorWell->setToolTip(tr("Collage background colour"));
+    d->colorWell->setIconSize(QSize(28, 16));
+    d->clearColor = new QToolButton;
+    d->clearColor->setText(tr("Clear"));
+    d->clearColor->setToolTip(tr("No background colour"));
+    row->addWidget(d->colorWell);
+    row->addWidget(d->clearColor);
+    connect(d->colorWell, &QToolButton::clicked, this, &CollageControlBar::chooseBackgroundColor);
+    connect(d->clearColor, &QToolButton::clicked, this, &CollageControlBar::clearTessaryBackgroundColor);
+    showBackgroundColor(view.tessaryBackgroundColor());
+    connect(&view, &TessaryView::tessaryBackgroundColorChanged, this, &CollageControlBar::showBackgroundColor);
 }
 
 CollageControlBar::~CollageControlBar() = default;
+
+QButtonGroup *CollageControlBar::transformGroup() const { return d->transforms; }
+QLabel *CollageControlBar::transformNameLabel() const { return d->transformName; }
+QComboBox *CollageControlBar::spacingTypePopUp() const { return d->spacingType; }
+QComboBox *CollageControlBar::imageFrameStylePopUp() const { return d->frameStyle; }
+QSpinBox *CollageControlBar::widthSpacing() const { return d->width; }
+QSpinBox *CollageControlBar::heightSpacing() const { return d->height; }
+QAbstractButton *CollageControlBar::jumbleButton() const { return d->jumble; }
+QAbstractButton *CollageControlBar::undoJumbleButton() const { return d->undoJumble; }
+QAbstractButton *CollageControlBar::unjumbleButton() const { return d->unjumble; }
+QAbstractButton *CollageControlBar::backgroundColorWell() const { return d->colorWell; }
+QAbstractButton *CollageControlBar::clearBackgroundButton() const { return d->clearColor; }
+
+void CollageControlBar::jumble() { d->view.jumble(); }
+void CollageControlBar::undoJumble() { d->view.undojumble(); }
+void CollageControlBar::unjumble() { d->view.unjumble(); }
+
+void CollageControlBar::chooseBackgroundColor()
+{
+    auto *dialog = new QColorDialog(d->view.tessaryBackgroundColor(), this);
+    dialog->setObjectName(QStringLiteral("tessaryBackgroundColorDialog"));
+    dialog->setOption(QColorDialog::DontUseNativeDialog);
+    dialog->setOption(QColorDialog::ShowAlphaChannel);
+    dialog->setWindowModality(Qt::WindowModal);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QColorDialog::colorSelected, &d->view, &TessaryView::setTessaryBackgroundColor);
+    dialog->open();
+}
+
+void CollageControlBar::clearTessaryBackgroundColor()
+{
+    d->view.setTessaryBackgroundColor(Qt::transparent);
+}
+
+void CollageControlBar::showBackgroundColor(const QColor &color)
+{
+    d->colorWell->setIcon(swatch(color));
+}

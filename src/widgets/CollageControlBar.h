@@ -4,6 +4,11 @@
 
 #include <memory>
 
+class QAbstractButton;
+class QButtonGroup;
+class QComboBox;
+class QLabel;
+class QSpinBox;
 class TessaryView;
 class UserDefaults;
 
@@ -17,7 +22,34 @@ public:
     CollageControlBar(TessaryView &view, UserDefaults &defaults, QWidget *parent = nullptr);
     ~CollageControlBar() override;
 
+    // The controls, for the window and its tests.
+    QButtonGroup *transformGroup() const;
+    QLabel *transformNameLabel() const;
+    QComboBox *spacingTypePopUp() const;
+    QComboBox *imageFrameStylePopUp() const;
+    QSpinBox *widthSpacing() const;
+    QSpinBox *heightSpacing() const;
+    QAbstractButton *jumbleButton() const;
+    QAbstractButton *undoJumbleButton() const;
+    QAbstractButton *unjumbleButton() const;
+    QAbstractButton *backgroundColorWell() const;
+    QAbstractButton *clearBackgroundButton() const;
+
+public slots:
+    void jumble();
+    void undoJumble();
+    void unjumble();
+    // Opens the colour chooser on the window (window-modal).
+    void chooseBackgroundColor();
+    void clearTessaryBackgroundColor();
+
+signals:
+    // Undo Jumble and Unjumble may be used (the menu items follow).
+    void jumbleActionsEnabledChanged(bool undoAndUnjumbleEnabled);
+
 private:
+    void showBackgroundColor(const QColor &color);
+
     struct Private;
     std::unique_ptr<Private> d;
 };

@@ -4,6 +4,7 @@
 #include "templates/TemplateTable.h"
 
 #include <QColor>
+#include <QList>
 #include <QScrollArea>
 
 #include <functional>
@@ -17,13 +18,20 @@ class ImageCacheLoader;
 class LayoutEngine;
 class TemplateSelection;
 class TemplateStore;
+class TessaryDataView;
+class TileJumble;
 class UserDefaults;
 
 // The scrolling collage view of the main window. It holds the layout engine, the image cache
 // (with its asynchronous face) and the template stores, lays the collage out whenever the
 // template, its own size, the transform or the photo list changes, and shows one tile per
-// placed module. Photos are never decoded on the main thread: a tile shows a neutral loading
-// look until its photo arrives from the cache.
+// placed module on a flipped document view that paints the collage background colour.
+//
+// Photos are never decoded on the main thread, and a relayout never waits for one: geometry is
+// applied at once; a cached photo is fitted to its tile on a thread pool (the tile keeps the
+// previous picture of that photo, scaled, meanwhile); an uncached one shows a neutral loading
+// look until the image cache loader has decoded it. tilesFilled() says when every tile shows
+// its photo.
 class TessaryView : public QScrollArea
 {
     Q_OBJECT
@@ -37,6 +45,8 @@ public:
     ImageCacheLoader &imageCacheLoader() const;
     TemplateStore &templateStore() const;
     TemplateSelection &templateSelection() const;
+    ImageBrowserController &tessaryViewDelegate() const;
+    const TileJumble &tileJumble() const;
 
     // Grid and scaling from the chosen template for the current size, then a new layout.
     void setup();
@@ -45,8 +55,22 @@ public:
     void doChooseTemplate(TemplateTable table, qsizetype row);
     bool saveImageCacheToUserDefaults();
 
-    // The last layout shown.
+    // The last layout shown (tile frames follow a jumble).
     const CollageLayout &currentLayout() const;
+    // The flipped document view holding the tiles, and the tiles in layout order.
+    QWidget *documentView() const;
+    QList<TessaryDataView *> tiles() const;
+    // The tile showing photo `tag`, or null.
+    TessaryDataView *tileWithTag(qint64 tag) const;
+    // Tool-tip texts of the tiles, in tile order.
+    QStringList toolTipStrings() const;
+    // Every tile of the current layout shows its photo (or its photo failed to load).
+    bool allTilesFilled() const;
+    // Number of layouts applied so far (a frame change with an unchanged size adds none).
+    quint64 layoutGeneration() const;
+
+    // The size laid out for: the view's frame, scrollers not counted.
+    QSizeF availableSize() const;
 
     // Where unjumble finds the current table and its selected row (-1: none).
     void setTemplateRowProvider(std::function<std::pair<TemplateTable, qsizetype>()> provider);
@@ -54,11 +78,53 @@ public:
     QColor tessaryBackgroundColor() const;
     void setTessaryBackgroundColor(const QColor &color);
 
+    int coordinateTransform() const;
+    int spacingType() const;
+    int imageFrameStyle() const;
+    bool isJumbled() const;
+
+    // Asks the photo list to exchange the two photos (the list then relays the collage out).
+    void swapDataViewTagged(qint64 a, qint64 b);
+    // Rebuilds the tiles' tool tips and index labels.
+    void updateToolTips();
+
+public slots:
+    // The controls: each sets the value and relays out.
+    void setCoordinateTransform(int transform);
+    void setSpacingType(int index);
+    void setImageFrameStyle(int index);
+    // Scatters the tiles (from any state), swaps scattered and previous places, and ends the
+    // jumble by choosing the current template row again.
+    void jumble();
+    void undojumble();
+    void unjumble();
+    // The view's frame changed: a new size is laid out, an unchanged one is not.
+    void frameDidChangeNotification();
+
 signals:
     // A new layout is on screen.
     void layoutChanged();
+    // Every tile of the current layout shows its photo.
+    void tilesFilled();
+    // Entered or left the jumbled state (Undo Jumble and Unjumble are enabled while jumbled).
+    void jumbledChanged(bool jumbled);
+    // The transform changed; name is what the label beside the control shows.
+    void coordinateTransformChanged(int transform, const QString &name);
+    void tessaryBackgroundColorChanged(const QColor &color);
+
+protected:
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
+    void applyLayout(CollageLayout layout);
+    void startFitting();
+    void photoReady(const QString &path);
+    void photoFailed(const QString &path);
+    void showFitted(qsizetype index, const QString &key, const QImage &image);
+    void tileFilled(qsizetype index);
+    void moveTiles(const std::vector<QRectF> &frames);
+    std::vector<QRectF> tileFrames() const;
+
     struct Private;
     std::unique_ptr<Private> d;
 };

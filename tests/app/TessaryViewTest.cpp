@@ -1,0 +1,360 @@
+#include "CollageFixture.h"
+
+#include "foundation/Log.h"
+#include "images/ImageCacheLoader.h"
+#include "model/CoordinateTransform.h"
+#include "model/LayoutEngine.h"
+#include "model/TilePainter.h"
+#include "templates/TemplateStore.h"
+
+#include <QButtonGroup>
+#include <QComboBox>
+#include <QSpinBox>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLoggingCategory>
+#include <QSignalSpy>
+
+namespace {
+
+// Collects the application's log lines while it lives (enabled whatever the environment says).
+class LogCapture
+{
+public:
+    LogCapture()
+    {
+        s_lines.clear();
+        s_previousFilter = QLoggingCategory::installFilter(&LogCapture::filter);
+        m_previous = qInstallMessageHandler(&LogCapture::handler);
+    }
+    ~LogCapture()
+    {
+        qInstallMessageHandler(m_previous);
+        QLoggingCategory::installFilter(s_previousFilter);
+    }
+    static QStringList lines() { return s_lines; }
+
+private:
+    static void handler(QtMsgType, const QMessageLogContext &context, const QString &message)
+    {
+        if (context.category && QByteArray(context.category) == lcTessary().categoryName())
+            s_lines.append(message);
+    }
+    static void filter(QLoggingCategory *category)
+    {
+        if (s_previousFilter)
+            s_previousFilter(category);
+        if (QByteArray(category->categoryName()) == lcTessary().categoryName())
+            category->setEnabled(QtInfoMsg, true);
+    }
+    static inline QStringList s_lines;
+    static inline QLoggingCategory::CategoryFilter s_previousFilter = nullptr;
+    QtMessageHandler m_previous;
+};
+
+using TessaryViewTest = CollageFixture;
+
+// The tiles are the core layout, applied: same count, tags, frames and photos, for every
+// transform chosen on the control; the label beside the control names the transform.
+TEST_F(TessaryViewTest, TilesFollowTheCoreLayoutForEveryTransform)
+{
+    const QVariantMap chosen = *view->templateStore().builtInTemplates().at(TemplateSelection::kDefaultBuiltInRow);
+    const struct {
+        int transform;
+        const char *name;
+    } cases[] = {
+        {1, "Flipped Horizontally"}, {2, "Flipped Vertically"}, {3, "Rotated 90\u00BA Left"},
+        {4, "Rotated 90\u00BA Right"}, {0, "No Transform"},
+    };
+    for (const auto &c : cases) {
+        bar->transformGroup()->button(c.transform)->click();
+        EXPECT_EQ(bar->transformNameLabel()->text(), QString::fromUtf8(c.name)) << c.transform;
+
+        LayoutEngine engine(view->layoutEngine().defaultImage());
+        engine.setCoordinateTransform(c.transform);
+        CollageLayout expected = engine.layoutTemplate(chosen, view->availableSize(), browser.get());
+        CoordinateTransform::applyCoordinateTransform(expected);
+
+        const QList<TessaryDataView *> tiles = view->tiles();
+        ASSERT_EQ(size_t(tiles.size()), expected.tiles.size()) << c.transform;
+        ASSERT_EQ(tiles.size(), 49);
+        EXPECT_EQ(view->documentView()->size(), expected.contentSize.toSize()) << c.transform;
+        for (qsizetype i = 0; i < tiles.size(); ++i) {
+            const TileLayout &t = expected.tiles[size_t(i)];
+            EXPECT_EQ(tiles[i]->tag(), t.tag);
+            EXPECT_EQ(tiles[i]->geometry(), t.frame.toRect()) << "transform " << c.transform << " tile " << i;
+            EXPECT_EQ(tiles[i]->parentWidget(), view->documentView());
+            // Tool tips name each tile's file; the index label numbers it from 1 at its
+            // origin, the bottom-left corner.
+            EXPECT_EQ(tiles[i]->toolTip(), QFileInfo(t.imagePath).fileName());
+            ASSERT_NE(tiles[i]->indexLabel(), nullptr);
+            EXPECT_EQ(tiles[i]->indexLabel()->text(), QString::number(t.tag + 1));
+            EXPECT_EQ(tiles[i]->indexLabel()->geometry().bottomLeft(), tiles[i]->rect().bottomLeft());
+        }
+    }
+}
+
+// Only the selected photo's tile has its photo inset by 3 and the blue outline.
+TEST_F(TessaryViewTest, SelectedTileHasTheOutlineAndInsetPhoto)
+{
+    browser->selectIndex(2);
+    ASSERT_EQ(browser->selectedItem(), 2);
+    for (TessaryDataView *tile : view->tiles()) {
+        const QRect expected = tile->tag() == 2 ? tile->rect().adjusted(3, 3, -3, -3) : tile->rect();
+        EXPECT_EQ(tile->imageView()->geometry(), expected) << tile->tag();
+        EXPECT_EQ(tile->isSelected(), tile->tag() == 2);
+    }
+    TessaryDataView *selected = view->tileWithTag(2);
+    ASSERT_NE(selected, nullptr);
+    const QImage picture = selected->grab().toImage();
+    const QColor edge = picture.pixelColor(0, picture.height() / 2);
+    EXPECT_EQ(edge.rgb(), TilePainter::selectionColor().rgb());
+    EXPECT_EQ(picture.pixelColor(picture.width() / 2, 0).rgb(), TilePainter::selectionColor().rgb());
+    const QImage other = view->tileWithTag(3)->grab().toImage();
+    EXPECT_NE(other.pixelColor(0, other.height() / 2).rgb(), TilePainter::selectionColor().rgb());
+}
+
+// Dropping one tile on another exchanges the two photos, logs both 1-based numbers and
+// selects the dragged photo; a tile dropped on itself only selects. Placeholder tiles take
+// part in no drag, and data without the private type does nothing.
+TEST_F(TessaryViewTest, DropSwapsPhotos)
+{
+    const struct {
+        const char *name;
+        qint64 source;
+        qint64 target;
+        bool swaps;
+    } cases[] = {
+        {"tile 2 onto tile 5", 1, 4, true},
+        {"onto itself", 3, 3, false},
+    };
+    for (const auto &c : cases) {
+        LogCapture log;
+        const QStringList before = browser->images();
+        TessaryDataView *target = view->tileWithTag(c.target);
+        ASSERT_NE(target, nullptr);
+        EXPECT_TRUE(dragAndDrop(target->imageView(), DragDropImageView::mimeDataForTag(c.source))) << c.name;
+        QStringList expected = before;
+        if (c.swaps)
+            expected.swapItemsAt(c.source, c.target);
+        EXPECT_EQ(browser->images(), expected) << c.name;
+        EXPECT_EQ(browser->selectedItem(), c.source) << c.name;
+        const QStringList lines = log.lines().filter(QStringLiteral("Item "));
+        if (c.swaps)
+            EXPECT_EQ(lines, (QStringList{QStringLiteral("Item 1 = %1").arg(c.target + 1),
+                                          QStringLiteral("Item 2 = %1").arg(c.source + 1)}))
+                << c.name;
+        else
+            EXPECT_TRUE(lines.isEmpty()) << c.name;
+        // The new layout shows the exchanged photos.
+        EXPECT_EQ(view->tileWithTag(c.target)->imagePath(), expected.at(c.target)) << c.name;
+    }
+
+    // Foreign data: accepted by no tile, changes nothing.
+    const QStringList before = browser->images();
+    auto *text = new QMimeData;
+    text->setText(QStringLiteral("3"));
+    EXPECT_FALSE(dragAndDrop(view->tileWithTag(0)->imageView(), text));
+    EXPECT_EQ(browser->images(), before);
+    delete text;
+}
+
+TEST_F(TessaryViewTest, PlaceholderTilesTakePartInNoDrag)
+{
+    browser->clearImages();
+    const QStringList factory = browser->imageBookmarks().builtInImages();
+    browser->addImagesWithPaths(factory.mid(0, 3));
+    ASSERT_EQ(browser->count(), 3);
+    TessaryDataView *placeholder = view->tileWithTag(10);
+    ASSERT_NE(placeholder, nullptr);
+    EXPECT_TRUE(placeholder->isPlaceholder());
+    EXPECT_FALSE(placeholder->imageView()->canBeSourceOrDestination());
+    EXPECT_TRUE(view->tileWithTag(2)->imageView()->canBeSourceOrDestination());
+
+    // A photo tile is highlighted while a tile drag hovers over it.
+    std::unique_ptr<QMimeData> data(DragDropImageView::mimeDataForTag(1));
+    DragDropImageView *photo = view->tileWithTag(2)->imageView();
+    QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(photo, &enter);
+    EXPECT_TRUE(photo->highlight());
+    QDragLeaveEvent leave;
+    QApplication::sendEvent(photo, &leave);
+    EXPECT_FALSE(photo->highlight());
+
+    const QStringList before = browser->images();
+    EXPECT_FALSE(dragAndDrop(view->tileWithTag(10)->imageView(), data.get()));
+    EXPECT_EQ(browser->images(), before);
+    // The tool tip of a tile beyond the photo list names the placeholder picture.
+    EXPECT_EQ(view->toolTipStrings().at(10), QStringLiteral("defaultImage.png"));
+    EXPECT_EQ(view->toolTipStrings().at(1), QFileInfo(factory.at(1)).fileName());
+}
+
+// Jumble scatters the tiles inside the collage, undo swaps between the two sets of places and
+// keeps the collage jumbled, every relayout is refused with one alert per run, and unjumble
+// lays the template out again.
+TEST_F(TessaryViewTest, JumbleUndoUnjumble)
+{
+    QSignalSpy jumbled(view, &TessaryView::jumbledChanged);
+    const CollageLayout laidOut = view->currentLayout();
+    const auto frames = [this] {
+        QList<QRect> r;
+        for (TessaryDataView *tile : view->tiles())
+            r.append(tile->geometry());
+        return r;
+    };
+    const QList<QRect> original = frames();
+    EXPECT_FALSE(bar->undoJumbleButton()->isEnabled());
+    EXPECT_FALSE(bar->unjumbleButton()->isEnabled());
+
+    bar->jumbleButton()->click();
+    EXPECT_TRUE(view->isJumbled());
+    EXPECT_TRUE(bar->undoJumbleButton()->isEnabled());
+    EXPECT_TRUE(bar->unjumbleButton()->isEnabled());
+    const QList<QRect> scattered = frames();
+    EXPECT_NE(scattered, original);
+    const QRect collage = view->documentView()->rect().adjusted(-1, -1, 1, 1);
+    for (const QRect &r : scattered)
+        EXPECT_TRUE(collage.contains(r)) << r.x() << "," << r.y();
+
+    const struct {
+        const char *step;
+        const QList<QRect> *expected;
+    } undos[] = {{"first undo", &original}, {"second undo", &scattered}, {"third undo", &original}};
+    for (const auto &u : undos) {
+        bar->undoJumbleButton()->click();
+        EXPECT_EQ(frames(), *u.expected) << u.step;
+        EXPECT_TRUE(view->isJumbled()) << u.step;
+    }
+
+    // Changes of photos, spacing or size are not shown; the user is told once.
+    const quint64 generation = view->layoutGeneration();
+    browser->insertBlankImage();
+    bar->widthSpacing()->setValue(20);
+    view->setFixedSize(600, 450);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(view->layoutGeneration(), generation);
+    ASSERT_EQ(alerts.alerts.size(), 1);
+    EXPECT_EQ(alerts.alerts[0].messageText, QStringLiteral("Tessary is Jumbled."));
+    EXPECT_EQ(alerts.alerts[0].informativeText,
+              QStringLiteral("Changes cannot be displayed until the tessary is unjumbled.\n\nThis message will not be displayed again."));
+    EXPECT_EQ(alerts.alerts[0].defaultButton, QStringLiteral("OK"));
+
+    bar->unjumbleButton()->click();
+    EXPECT_FALSE(view->isJumbled());
+    EXPECT_FALSE(bar->undoJumbleButton()->isEnabled());
+    EXPECT_GT(view->layoutGeneration(), generation);
+    EXPECT_EQ(defaults->integerForKey(QStringLiteral("SelectedTemplateTableRow")), TemplateSelection::kDefaultBuiltInRow);
+    for (TessaryDataView *tile : view->tiles())
+        EXPECT_EQ(tile->geometry(), view->currentLayout().tileForModule(tile->tag())->frame.toRect());
+    EXPECT_EQ(jumbled.size(), 2);
+    EXPECT_EQ(alerts.alerts.size(), 1);
+    // Jumbling again after unjumbling: still no second alert in this run.
+    bar->jumbleButton()->click();
+    browser->insertBlankImage();
+    EXPECT_EQ(alerts.alerts.size(), 1);
+}
+
+// A frame change with an unchanged size rebuilds nothing; a new size lays out anew.
+TEST_F(TessaryViewTest, FrameChangeRelaysOutOnlyForANewSize)
+{
+    LogCapture log;
+    const quint64 generation = view->layoutGeneration();
+    const QWidget *firstTile = view->tiles().value(0);
+    view->frameDidChangeNotification();
+    EXPECT_EQ(view->layoutGeneration(), generation);
+    EXPECT_EQ(view->tiles().value(0), firstTile);
+    EXPECT_EQ(log.lines(), QStringList{QStringLiteral("frameDidChangeNotification")});
+
+    view->setFixedSize(500, 400);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(view->layoutGeneration(), generation + 1);
+    EXPECT_TRUE(log.lines().contains(QStringLiteral("HANDLED frameDidChangeNotification")));
+    EXPECT_LE(view->documentView()->width(), 500);
+    EXPECT_LE(view->documentView()->height(), 400);
+}
+
+// With a cold cache the tiles show the loading look (not the placeholder picture) and fill in
+// as the photos are decoded; a later relayout with the warm cache shows no loading tile.
+TEST_F(TessaryViewTest, ColdCacheTilesFillIn)
+{
+    QSignalSpy filled(view, &TessaryView::tilesFilled);
+    qsizetype loading = 0;
+    for (TessaryDataView *tile : view->tiles())
+        loading += tile->imageView()->isLoading() && tile->imageView()->image().isNull();
+    EXPECT_GT(loading, 0);
+    ASSERT_TRUE(waitFilled());
+    EXPECT_GE(filled.size(), 1);
+    for (TessaryDataView *tile : view->tiles()) {
+        EXPECT_FALSE(tile->imageView()->isLoading()) << tile->tag();
+        const QImage photo = tile->imageView()->image();
+        ASSERT_FALSE(photo.isNull()) << tile->tag();
+        // Fitted to the tile's image size (centred crop by default), to the whole pixel.
+        const QSizeF wanted = view->currentLayout().tileForModule(tile->tag())->imageSize;
+        EXPECT_NEAR(photo.width(), wanted.width(), 1.0) << tile->tag();
+        EXPECT_NEAR(photo.height(), wanted.height(), 1.0) << tile->tag();
+    }
+
+    // A relayout that leaves every tile's size alone shows the fitted pictures again at once.
+    const quint64 generation = view->layoutGeneration();
+    browser->selectIndex(5);
+    EXPECT_GT(view->layoutGeneration(), generation);
+    EXPECT_TRUE(view->allTilesFilled());
+
+    // New sizes in quick succession (a live resize): every tile keeps showing its photo, scaled,
+    // while the photos are fitted anew; none looks like loading.
+    for (const QSize size : {QSize(640, 480), QSize(620, 470), QSize(600, 460)}) {
+        view->setFixedSize(size);
+        QCoreApplication::sendPostedEvents();
+        for (TessaryDataView *tile : view->tiles()) {
+            EXPECT_FALSE(tile->imageView()->isLoading()) << tile->tag();
+            EXPECT_FALSE(tile->imageView()->shownImage().isNull()) << tile->tag();
+        }
+    }
+    ASSERT_TRUE(waitFilled());
+}
+
+// A photo that cannot be read leaves its tile empty and does not hold the others up, neither
+// when it fails nor in later layouts.
+TEST_F(TessaryViewTest, UnreadablePhotoDoesNotHoldUpFilling)
+{
+    QFile broken(dir.filePath(QStringLiteral("broken.jpg")));
+    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
+    broken.write("not a picture");
+    broken.close();
+    browser->insertImage(broken.fileName(), 0);
+    ASSERT_EQ(view->tileWithTag(0)->imagePath(), broken.fileName());
+    ASSERT_TRUE(waitFilled());
+    EXPECT_FALSE(view->tileWithTag(0)->imageView()->isLoading());
+    EXPECT_TRUE(view->tileWithTag(0)->imageView()->image().isNull());
+    view->setFixedSize(650, 450);
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(waitFilled());
+}
+
+// A 7 x 7 collage of the factory photos, saved for a person to look at; each tile's centre
+// shows its photo, not the background.
+TEST_F(TessaryViewTest, ScreenshotOfTheFactoryCollage)
+{
+    view->setTessaryBackgroundColor(QColor(250, 250, 250));
+    browser->selectIndex(8);
+    bar->imageFrameStylePopUp()->setCurrentIndex(0);
+    ASSERT_TRUE(waitFilled());
+    QCoreApplication::processEvents();
+    const QImage shot = window->grab().toImage();
+    ASSERT_TRUE(shot.save(QStringLiteral(TESSARY_BINARY_DIR "/collage-7x7.png")));
+    for (const TileLayout &tile : view->currentLayout().tiles) {
+        const QPoint centre = tile.frame.center().toPoint() + view->documentView()->pos();
+        EXPECT_NE(shot.pixelColor(centre).rgb(), QColor(250, 250, 250).rgb()) << tile.tag;
+    }
+
+    // Turned left, then jumbled: the photos stay upright in their moved tiles.
+    bar->transformGroup()->button(CoordinateTransform::RotatedLeft)->click();
+    ASSERT_TRUE(waitFilled());
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(window->grab().toImage().save(QStringLiteral(TESSARY_BINARY_DIR "/collage-7x7-rotated-left.png")));
+    bar->jumbleButton()->click();
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(window->grab().toImage().save(QStringLiteral(TESSARY_BINARY_DIR "/collage-7x7-jumbled.png")));
+}
+
+} // namespace
