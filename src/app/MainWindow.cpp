@@ -25,6 +25,7 @@ MainWindow::MainWindow(UserDefaults &defaults, ImageBrowserController &browser, 
     m_tessaryView = new TessaryView(defaults, browser, alerts, resourcesFolder);
     m_browserPanel = new ImageBrowserPanel(browser, m_tessaryView->imageCacheLoader(), defaults);
     m_templateTabs = new TemplateTabView(m_tessaryView->templateStore(), m_tessaryView->templateSelection(), defaults);
+    m_templateTabs->setMinimumWidth(270); // both tab titles whole
     m_controlBar = new CollageControlBar(*m_tessaryView, defaults);
 
     auto *collage = new QWidget;
@@ -41,7 +42,7 @@ MainWindow::MainWindow(UserDefaults &defaults, ImageBrowserController &browser, 
     splitter->setStretchFactor(1, 1);
     splitter->setStretchFactor(2, 0);
     splitter->setChildrenCollapsible(false);
-    splitter->setSizes({260, 760, 260});
+    splitter->setSizes({380, 700, 280});
     setCentralWidget(splitter);
 
     browser.setCollageReloader([this] { m_tessaryView->reloadData(); });
@@ -52,6 +53,17 @@ MainWindow::MainWindow(UserDefaults &defaults, ImageBrowserController &browser, 
     });
 
     buildMenus();
+    // The collage's jumble actions, enabled as its buttons are: Undo Jumble and Unjumble only
+    // while jumbled.
+    connect(action(QStringLiteral("jumble")), &QAction::triggered, m_tessaryView, &TessaryView::jumble);
+    connect(action(QStringLiteral("undoJumble")), &QAction::triggered, m_tessaryView, &TessaryView::undojumble);
+    connect(action(QStringLiteral("unjumble")), &QAction::triggered, m_tessaryView, &TessaryView::unjumble);
+    const auto jumbledActions = [this](bool jumbled) {
+        action(QStringLiteral("undoJumble"))->setEnabled(jumbled);
+        action(QStringLiteral("unjumble"))->setEnabled(jumbled);
+    };
+    jumbledActions(m_tessaryView->isJumbled());
+    connect(m_tessaryView, &TessaryView::jumbledChanged, this, jumbledActions);
     resize(1280, 800);
 }
 

@@ -9,6 +9,7 @@
 #include <QColorDialog>
 #include <QComboBox>
 #include <QHBoxLayout>
+#include <QVBoxLayout>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
@@ -62,9 +63,17 @@ CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, 
     : QWidget(parent)
     , d(std::make_unique<Private>(view, defaults))
 {
-    auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(8, 4, 8, 6);
+    // Two rows, so the bar fits under a collage on a small screen: how the tiles are laid out,
+    // then what is done to them.
+    auto *rows = new QVBoxLayout(this);
+    rows->setContentsMargins(8, 4, 8, 6);
+    rows->setSpacing(4);
+    auto *row = new QHBoxLayout;
     row->setSpacing(6);
+    auto *actions = new QHBoxLayout;
+    actions->setSpacing(6);
+    rows->addLayout(row);
+    rows->addLayout(actions);
 
     // The transform segments, in value order, and the name of the chosen one.
     d->transforms = new QButtonGroup(this);
@@ -139,7 +148,7 @@ CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, 
     d->unjumble->setToolTip(tr("Put every tile back in its place"));
     for (QPushButton *b : {d->jumble, d->undoJumble, d->unjumble}) {
         b->setAutoDefault(false);
-        row->addWidget(b);
+        actions->addWidget(b);
     }
     connect(d->jumble, &QPushButton::clicked, this, &CollageControlBar::jumble);
     connect(d->undoJumble, &QPushButton::clicked, this, &CollageControlBar::undoJumble);
@@ -152,15 +161,17 @@ CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, 
     showJumbled(view.isJumbled());
     connect(&view, &TessaryView::jumbledChanged, this, showJumbled);
 
-    row->addSpacing(10);
+    actions->addStretch(1);
+    auto *background = new QLabel(tr("Background:"));
+    actions->addWidget(background);
     d->colorWell = new QToolButton;
     d->colorWell->setToolTip(tr("Collage background colour"));
     d->colorWell->setIconSize(QSize(28, 16));
     d->clearColor = new QToolButton;
     d->clearColor->setText(tr("Clear"));
     d->clearColor->setToolTip(tr("No background colour"));
-    row->addWidget(d->colorWell);
-    row->addWidget(d->clearColor);
+    actions->addWidget(d->colorWell);
+    actions->addWidget(d->clearColor);
     connect(d->colorWell, &QToolButton::clicked, this, &CollageControlBar::chooseBackgroundColor);
     connect(d->clearColor, &QToolButton::clicked, this, &CollageControlBar::clearTessaryBackgroundColor);
     showBackgroundColor(view.tessaryBackgroundColor());

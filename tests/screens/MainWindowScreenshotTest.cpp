@@ -1,0 +1,193 @@
+#include "AppFixture.h"
+
+#include "app/HalvernDesktopController.h"
+#include "app/MainWindow.h"
+#include "app/PreferencesWindow.h"
+#include "app/WelcomeSheet.h"
+#include "foundation/Paths.h"
+#include "images/UIImage.h"
+#include "widgets/TessaryView.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QScreen>
+#include <QTest>
+#include <QWindow>
+
+namespace {
+
+// The windows as the X server shows them: each screenshot is grabbed from the screen (so
+// sheets and windows on top are in it), saved into the build folder for people to look at,
+// and checked against the layout the window computed.
+class MainWindowScreenshotTest : public AppFixture
+{
+protected:
+    void SetUp() override
+    {
+        AppFixture::SetUp();
+        // Links and the help page are recorded, never opened in a real browser.
+        QDesktopServices::setUrlHandler(QStringLiteral("https"), &m_links, "open");
+        QDesktopServices::setUrlHandler(QStringLiteral("file"), &m_links, "open");
+        controller = std::make_unique<HalvernDesktopController>(*defaults, Paths::resourcesFolder());
+        controller->mainWindow().resize(1400, 900);
+        controller->launch();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&controller->mainWindow(), 10000));
+        ASSERT_TRUE(waitForTiles());
+    }
+    void TearDown() override
+    {
+        controller.reset();
+        QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
+        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
+        AppFixture::TearDown();
+    }
+
+    TessaryView &view() const { return controller->mainWindow().tessaryView(); }
+    bool waitForTiles()
+    {
+        return QTest::qWaitFor([&] { return !view().currentLayout().tiles.empty() && view().allTilesFilled(); }, 30000);
+    }
+    // What the screen shows of the main window and everything on top of it.
+    QImage grabMainWindow()
+    {
+        QTest::qWait(300); // let the last paints reach the server
+        MainWindow &w = controller->mainWindow();
+        const QRect frame = w.frameGeometry();
+        return w.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();
+    }
+    QString save(const QImage &image, const char *name)
+    {
+        const QString folder = qEnvironmentVariable("TESSARY_SCREENSHOTS", QStringLiteral(TESSARY_BINARY_DIR "/screenshots"));
+        QDir().mkpath(folder);
+        const QString path = QDir(folder).filePath(QLatin1String(name) + QStringLiteral(".png"));
+        EXPECT_TRUE(image.save(path)) << path.toStdString();
+        return path;
+    }
+    // A point of the collage's document view in the grabbed picture of the main window.
+    QPoint inGrab(const QPointF &documentPoint) const
+    {
+        MainWindow &w = controller->mainWindow();
+        const QPoint global = view().documentView()->mapToGlobal(documentPoint.toPoint());
+        return global - w.frameGeometry().topLeft();
+    }
+    static QColor meanColour(const QImage &image, const QRect &area)
+    {
+        qint64 r = 0, g = 0, b = 0, n = 0;
+        const QRect clipped = area.intersected(image.rect());
+        for (int y = clipped.top(); y <= clipped.bottom(); ++y) {
+            for (int x = clipped.left(); x <= clipped.right(); ++x) {
+                const QColor c = image.pixelColor(x, y);
+                r += c.red(), g += c.green(), b += c.blue(), ++n;
+            }
+        }
+        return n ? QColor(int(r / n), int(g / n), int(b / n)) : QColor();
+    }
+    static int distance(const QColor &a, const QColor &b)
+    {
+        return std::max({std::abs(a.red() - b.red()), std::abs(a.green() - b.green()), std::abs(a.blue() - b.blue())});
+    }
+    // Each tile's centre shows its own photo (the photo fitted as the tile fits it), unless
+    // something covers that point: a window on top or a tile drawn later (jumbled tiles may
+    // overlap); returns how many tiles were checked.
+    int checkTileCentres(const QImage &grab, const QList<QRect> &covered = {})
+    {
+        int checked = 0;
+        const std::vector<TileLayout> &tiles = view().currentLayout().tiles;
+        for (size_t i = 0; i < tiles.size(); ++i) {
+            const TileLayout &tile = tiles[i];
+            const QPoint centre = inGrab(tile.frame.center());
+            bool hidden = false;
+            for (const QRect &r : covered)
+                hidden = hidden || r.contains(centre);
+            for (size_t later = i + 1; later < tiles.size(); ++later)
+                hidden = hidden || tiles[later].frame.adjusted(-3, -3, 3, 3).contains(tile.frame.center());
+            if (hidden || !grab.rect().contains(centre))
+                continue;
+            const QImage fitted =
+                UIImage::initWithContentsOfFileFittedToSize(tile.imagePath, tile.imageSize, tile.imageAlignment).bestRepresentation();
+            const QPoint mid(fitted.width() / 2, fitted.height() / 2);
+            // For the two rotations the picture is fitted to the swapped size and shown turned:
+            // a small square around the centre is the same either way.
+            const QColor want = meanColour(fitted, QRect(mid - QPoint(2, 2), QSize(5, 5)));
+            const QColor got = meanColour(grab, QRect(centre - QPoint(2, 2), QSize(5, 5)));
+            EXPECT_LE(distance(want, got), 48) << "tile " << tile.tag << " at " << centre.x() << "," << centre.y();
+            ++checked;
+        }
+        return checked;
+    }
+
+    QObject m_links;
+    std::unique_ptr<HalvernDesktopController> controller;
+};
+
+// First start: the factory photos in the 7 x 7 template, the welcome sheet on top, the first
+// photo selected with its blue outline.
+TEST_F(MainWindowScreenshotTest, FirstStart)
+{
+    ASSERT_EQ(view().currentLayout().tiles.size(), 49u);
+    QWidget *sheet = controller->mainWindow().findChild<WelcomeSheet *>();
+    ASSERT_NE(sheet, nullptr);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sheet->isVisible(); }, 5000));
+    QTest::qWaitForWindowExposed(sheet, 5000);
+    const QImage grab = grabMainWindow();
+    save(grab, "main-window-first-start");
+    const QRect sheetArea(sheet->frameGeometry().topLeft() - controller->mainWindow().frameGeometry().topLeft(),
+                          sheet->frameGeometry().size());
+    EXPECT_GE(checkTileCentres(grab, {sheetArea}), 10);
+
+    // The selected photo's tile: the outline runs along its edge, inside the tile.
+    const TileLayout *selected = nullptr;
+    for (const TileLayout &tile : view().currentLayout().tiles)
+        selected = tile.selected ? &tile : selected;
+    ASSERT_NE(selected, nullptr);
+    // The 3-pixel line starts where the tile starts, which falls between two screen pixels.
+    const QColor outline(48, 140, 255);
+    QColor closest;
+    for (int dx = -1; dx <= 4; ++dx) {
+        const QColor c = grab.pixelColor(inGrab(QPointF(selected->frame.left(), selected->frame.center().y())) + QPoint(dx, 0));
+        if (!closest.isValid() || distance(c, outline) < distance(closest, outline))
+            closest = c;
+    }
+    EXPECT_LE(distance(closest, outline), 24) << "outline colour " << closest.name().toStdString();
+
+    save(sheet->grab().toImage(), "welcome-sheet");
+}
+
+// The turned collage and the jumbled one still show every photo in its own tile.
+TEST_F(MainWindowScreenshotTest, TurnedAndJumbled)
+{
+    if (QWidget *sheet = controller->mainWindow().findChild<WelcomeSheet *>())
+        sheet->close();
+    view().setCoordinateTransform(3);
+    ASSERT_TRUE(waitForTiles());
+    QImage grab = grabMainWindow();
+    save(grab, "main-window-rotated-left");
+    EXPECT_GE(checkTileCentres(grab), 40);
+
+    controller->mainWindow().action(QStringLiteral("jumble"))->trigger();
+    ASSERT_TRUE(view().isJumbled());
+    grab = grabMainWindow();
+    save(grab, "main-window-jumbled");
+    EXPECT_GE(checkTileCentres(grab), 1);
+}
+
+TEST_F(MainWindowScreenshotTest, PreferencesWindow)
+{
+    controller->mainWindow().action(QStringLiteral("preferences"))->trigger();
+    PreferencesWindow &prefs = controller->preferencesWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&prefs, 5000));
+    QTest::qWait(300);
+    const QRect frame = prefs.frameGeometry();
+    const QImage grab = prefs.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();
+    save(grab, "preferences-window");
+    // The window is drawn (not a blank rectangle): many distinct colours, from the pictures.
+    QSet<QRgb> colours;
+    for (int y = 0; y < grab.height(); y += 4)
+        for (int x = 0; x < grab.width(); x += 4)
+            colours.insert(grab.pixel(x, y));
+    EXPECT_GT(colours.size(), 50);
+}
+
+} // namespace
