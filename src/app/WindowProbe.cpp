@@ -1,5 +1,7 @@
 #include "app/WindowProbe.h"
 
+#include "widgets/TessaryView.h"
+
 #include <QCoreApplication>
 #include <QEvent>
 #include <QFile>
@@ -45,7 +47,7 @@ double WindowProbe::residentMegabytes()
     return statField(24).toDouble() * double(::sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
 }
 
-WindowProbe *WindowProbe::createIfRequested(QWidget *mainWindow, QObject *collageView, QObject *parent)
+WindowProbe *WindowProbe::createIfRequested(QWidget *mainWindow, TessaryView *collageView, QObject *parent)
 {
     const QString output = qEnvironmentVariable("TESSARY_PROBE");
     if (output.isEmpty())
@@ -53,14 +55,18 @@ WindowProbe *WindowProbe::createIfRequested(QWidget *mainWindow, QObject *collag
     return new WindowProbe(mainWindow, collageView, output, parent);
 }
 
-WindowProbe::WindowProbe(QWidget *mainWindow, QObject *collageView, const QString &outputPath, QObject *parent)
+WindowProbe::WindowProbe(QWidget *mainWindow, TessaryView *collageView, const QString &outputPath, QObject *parent)
     : QObject(parent)
     , m_window(mainWindow)
     , m_output(outputPath)
 {
     m_stalls.start();
     mainWindow->installEventFilter(this);
-    connect(collageView, SIGNAL(tilesFilled()), this, SLOT(tilesFilled()));
+    // A layout of no tiles (before the first template is chosen) is trivially filled.
+    connect(collageView, &TessaryView::tilesFilled, this, [this, collageView] {
+        if (!collageView->currentLayout().tiles.empty())
+            tilesFilled();
+    });
     // A start that never fills its tiles still reports, after a generous limit.
     QTimer::singleShot(60000, this, &WindowProbe::finish);
 }

@@ -7,6 +7,7 @@
 #include <QString>
 
 class QWidget;
+class TessaryView;
 
 // Measures a start of the window for the benchmarks, when $TESSARY_PROBE names a file: the
 // time from process start to the first painted main window, the time until every tile shows
@@ -18,7 +19,7 @@ class WindowProbe : public QObject
     Q_OBJECT
 public:
     // Null when the probe is not asked for.
-    static WindowProbe *createIfRequested(QWidget *mainWindow, QObject *collageView, QObject *parent);
+    static WindowProbe *createIfRequested(QWidget *mainWindow, TessaryView *collageView, QObject *parent);
 
     // Milliseconds since the process started (from the kernel's start time of the process).
     static double msSinceProcessStart();
@@ -29,13 +30,10 @@ protected:
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
-    WindowProbe(QWidget *mainWindow, QObject *collageView, const QString &outputPath, QObject *parent);
+    WindowProbe(QWidget *mainWindow, TessaryView *collageView, const QString &outputPath, QObject *parent);
+    void tilesFilled();
     void finish();
 
-private slots:
-    void tilesFilled();
-
-private:
 
     QPointer<QWidget> m_window;
     QString m_output;

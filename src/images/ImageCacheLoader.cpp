@@ -11,7 +11,8 @@ using Watcher = QFutureWatcher<ImageCache::Entry>;
 ImageCacheLoader::ImageCacheLoader(ImageCache &cache, QThreadPool *pool, QObject *parent)
     : QObject(parent)
     , m_cache(cache)
-    , m_pool(pool ? pool : QThreadPool::globalInstance())
+    , m_ownPool(pool ? nullptr : std::make_unique<QThreadPool>())
+    , m_pool(pool ? pool : m_ownPool.get())
 {
 }
 

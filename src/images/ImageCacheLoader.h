@@ -7,6 +7,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
 #include <optional>
 
 class ImageCache;
@@ -21,7 +22,9 @@ class ImageCacheLoader : public QObject
 {
     Q_OBJECT
 public:
-    // pool: where photos are decoded; null for the global pool.
+    // pool: where photos are decoded; null for a pool of the loader's own. Not the global pool:
+    // Qt's raster painting hands parts of large fills to the global pool and waits for them,
+    // so long decodes queued there would stall the window's painting.
     explicit ImageCacheLoader(ImageCache &cache, QThreadPool *pool = nullptr, QObject *parent = nullptr);
     ~ImageCacheLoader() override;
 
@@ -49,6 +52,7 @@ private:
     void start(const QString &path);
 
     ImageCache &m_cache;
+    std::unique_ptr<QThreadPool> m_ownPool;
     QThreadPool *m_pool;
     // Decodings under way, each with the watcher that brings its result back.
     QHash<QString, QObject *> m_loading;
