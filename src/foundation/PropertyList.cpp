@@ -211,10 +211,14 @@ QByteArray PropertyList::toBytes(const QVariant &value, Format format, QString *
         plist_to_bin(root.get(), &out, &length);
     }
     QByteArray bytes(out ? out : "", out ? qsizetype(length) : 0);
-    if (format == Format::Xml)
+    if (format == Format::Xml) {
         plist_to_xml_free(out);
-    else
+        // XML readers turn a carriage return in text into a newline; written as a reference it
+        // reads back as itself. The writer puts none into the markup, only into strings.
+        bytes.replace("\r", "&#13;");
+    } else {
         plist_to_bin_free(out);
+    }
     if (bytes.isEmpty() && error)
         *error = QStringLiteral("the property-list writer produced nothing");
     return bytes;
