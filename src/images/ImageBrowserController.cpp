@@ -205,7 +205,9 @@ void ImageBrowserController::replaceImage(const QString &path, qsizetype index)
     }
     const QString oldPath = m_imageBookmarks->pathAtIndex(index);
     m_imageBookmarks->replaceBookmarkForPath(path, ImageBookmarks::ResizeCrop, index);
-    deleteIfOwned(oldPath);
+    // A file goes only once the list without it is stored.
+    if (m_imageBookmarks->lastSaveSucceeded())
+        deleteIfOwned(oldPath);
     setPendingSelection(index);
     reloadData();
 }
@@ -250,6 +252,7 @@ void ImageBrowserController::removeItemsAtIndexes(const QList<qsizetype> &indexe
     std::sort(sorted.begin(), sorted.end());
     sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
     qsizetype last = -1;
+    QStringList removedPaths;
     {
         const ImageBookmarks::Batch batch(*m_imageBookmarks); // stored once, not per entry
         // Highest first, so each removal leaves the lower indexes valid.
@@ -257,12 +260,15 @@ void ImageBrowserController::removeItemsAtIndexes(const QList<qsizetype> &indexe
             const qsizetype index = *it;
             if (index < 0 || index >= count())
                 continue;
-            const QString path = m_imageBookmarks->pathAtIndex(index);
+            removedPaths.append(m_imageBookmarks->pathAtIndex(index));
             m_imageBookmarks->removeBookmarkAtIndex(index);
-            if (!keepFiles)
-                deleteIfOwned(path);
             last = index;
         }
+    }
+    // Files go only once the list without them is stored.
+    if (!keepFiles && m_imageBookmarks->lastSaveSucceeded()) {
+        for (const QString &path : std::as_const(removedPaths))
+            deleteIfOwned(path);
     }
     if (last >= 0)
         setPendingSelection(std::min(last, count() - 1));
@@ -438,6 +444,7 @@ void ImageBrowserController::processDroppedFiles(const QStringList &paths)
         m_dropIndex = count();
         m_dropOperation = DropBefore;
     }
+    QStringList replacedPaths;
     {
         const ImageBookmarks::Batch batch(*m_imageBookmarks); // stored once, not per file
         for (const QString &path : paths) {
@@ -446,11 +453,14 @@ void ImageBrowserController::processDroppedFiles(const QStringList &paths)
             if (m_dropOperation == DropBefore) {
                 m_imageBookmarks->insertBookmarkForPath(path, ImageBookmarks::ResizeCrop, m_dropIndex);
             } else {
-                const QString oldPath = m_imageBookmarks->pathAtIndex(m_dropIndex);
+                replacedPaths.append(m_imageBookmarks->pathAtIndex(m_dropIndex));
                 m_imageBookmarks->replaceBookmarkForPath(path, ImageBookmarks::ResizeCrop, m_dropIndex);
-                deleteIfOwned(oldPath);
             }
         }
+    }
+    if (m_imageBookmarks->lastSaveSucceeded()) {
+        for (const QString &oldPath : std::as_const(replacedPaths))
+            deleteIfOwned(oldPath);
     }
     setPendingSelection(m_dropIndex);
     reloadData();
