@@ -36,6 +36,39 @@ int expectArgs(const QStringList &args, int count, CliContext &context)
     return 0;
 }
 
+// The stored key named on the command line: the key itself, or a key holding characters that
+// XML cannot carry (kept by an older version) named as it is shown, with \u{XXXX} for them.
+QString storedKey(const UserDefaults &defaults, const QString &named)
+{
+    const QStringList keys = defaults.allKeys();
+    if (keys.contains(named))
+        return named;
+    for (const QString &key : keys) {
+        if (UserDefaults::printableKey(key) == named)
+            return key;
+    }
+    return named;
+}
+
+// The whole store as it can be written as XML. A value that cannot (stored by an older version)
+// is left out with a warning that says how to delete it; *leftOut counts them.
+QVariantMap exportableValues(const UserDefaults &defaults, CliContext &context, int *leftOut)
+{
+    QVariantMap all = defaults.dictionaryRepresentation();
+    for (auto it = all.begin(); it != all.end();) {
+        const QString reason = UserDefaults::unwritableReason(it.value(), it.key());
+        if (reason.isEmpty()) {
+            ++it;
+            continue;
+        }
+        context.err << "tessary-cli: left out " << reason << "; remove it with: tessary-cli defaults delete '"
+                    << UserDefaults::printableKey(it.key()) << "'\n";
+        ++*leftOut;
+        it = all.erase(it);
+    }
+    return all;
+}
+
 } // namespace
 
 int DefaultsCommand::run(const QStringList &args, CliContext &context)
@@ -58,19 +91,24 @@ int DefaultsCommand::run(const QStringList &args, CliContext &context)
         if (args.size() > 2)
             return expectArgs(args, 1, context);
         QVariant value;
+        int leftOut = 0;
         if (args.size() == 2) {
-            value = defaults.objectForKey(args[1]);
+            const QString key = storedKey(defaults, args[1]);
+            value = defaults.objectForKey(key);
             if (!value.isValid())
                 return context.fail(QStringLiteral("the key \"%1\" does not exist in %2").arg(args[1], defaults.filePath()));
+            const QString reason = UserDefaults::unwritableReason(value, key);
+            if (!reason.isEmpty())
+                return context.fail(reason);
         } else {
-            value = defaults.dictionaryRepresentation();
+            value = exportableValues(defaults, context, &leftOut);
         }
         QString error;
         const QByteArray xml = PropertyList::toXml(value, &error);
         if (xml.isEmpty())
             return context.fail(error);
         context.out << QString::fromUtf8(xml);
-        return 0;
+        return leftOut ? 1 : 0;
     }
     if (verb == QLatin1String("write")) {
         if (int code = expectArgs(args, 2, context))
@@ -85,9 +123,11 @@ int DefaultsCommand::run(const QStringList &args, CliContext &context)
     if (verb == QLatin1String("delete")) {
         if (int code = expectArgs(args, 1, context))
             return code;
-        if (!defaults.hasObject(args[1]))
+        // Any key can be deleted, even one whose value no longer reads.
+        const QString key = storedKey(defaults, args[1]);
+        if (!defaults.allKeys().contains(key))
             return context.fail(QStringLiteral("the key \"%1\" does not exist in %2").arg(args[1], defaults.filePath()));
-        if (!defaults.removeObject(args[1]))
+        if (!defaults.removeObject(key))
             return context.fail(defaults.errorString());
         return 0;
     }
@@ -107,16 +147,17 @@ int DefaultsCommand::run(const QStringList &args, CliContext &context)
     // export
     if (int code = expectArgs(args, 1, context))
         return code;
-    const QVariantMap all = defaults.dictionaryRepresentation();
+    int leftOut = 0;
+    const QVariantMap all = exportableValues(defaults, context, &leftOut);
     QString error;
     if (args[1] == QLatin1String("-")) {
         const QByteArray xml = PropertyList::toXml(all, &error);
         if (xml.isEmpty())
             return context.fail(error);
         context.out << QString::fromUtf8(xml);
-        return 0;
+        return leftOut ? 1 : 0;
     }
     if (!PropertyList::writeFile(args[1], all, PropertyList::Format::Xml, &error))
         return context.fail(error);
-    return 0;
+    return leftOut ? 1 : 0;
 }

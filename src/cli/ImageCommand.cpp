@@ -87,8 +87,10 @@ int fit(const QStringList &args, CliContext &context)
         return context.fail(QStringLiteral("cannot write '%1': %2").arg(out, file.errorString()));
     QImageWriter writer(&file, format);
     if (!writer.write(fitted.bestRepresentation())) {
+        // The file knows the system's reason ("No space left on device"); the writer does not.
+        const QString reason = file.error() != QFileDevice::NoError ? file.errorString() : writer.errorString();
         file.cancelWriting();
-        return context.fail(QStringLiteral("cannot write '%1': %2").arg(out, writer.errorString()));
+        return context.fail(QStringLiteral("cannot write '%1': %2").arg(out, reason));
     }
     if (!file.commit())
         return context.fail(QStringLiteral("cannot write '%1': %2").arg(out, file.errorString()));

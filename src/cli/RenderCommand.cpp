@@ -529,8 +529,10 @@ private:
         if (format == "jpeg" || format == "webp")
             writer.setQuality(m_request.quality >= 0 ? m_request.quality : 90);
         if (!writer.write(image)) {
+            // The file knows the system's reason ("No space left on device"); the writer does not.
+            const QString reason = file.error() != QFileDevice::NoError ? file.errorString() : writer.errorString();
             file.cancelWriting();
-            return QStringLiteral("cannot write '%1': %2").arg(m_request.output, writer.errorString());
+            return QStringLiteral("cannot write '%1': %2").arg(m_request.output, reason);
         }
         if (!file.commit())
             return QStringLiteral("cannot write '%1': %2").arg(m_request.output, file.errorString());

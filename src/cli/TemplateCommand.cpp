@@ -72,6 +72,11 @@ public:
     {
         m_store.loadBuiltInTemplates(Paths::resourcesFolder());
         m_store.restoreUserTemplates();
+        // A change that was not stored is said at once; the command then fails.
+        QObject::connect(&m_store, &TemplateStore::writeFailed, [this](const QString &what, const QString &reason) {
+            m_context.fail(QStringLiteral("%1 %2").arg(what, reason));
+            ++m_writeFailures;
+        });
     }
 
     int run(const QString &verb, const QStringList &args)
@@ -136,11 +141,10 @@ private:
         if (row < 0)
             return 1;
         // As a click on the row: the selection is remembered, then the template applied.
-        m_defaults.setInteger(row, user ? Preferences::SelectedUserTemplateTableRow : Preferences::SelectedTemplateTableRow);
-        if (user)
-            m_store.setUserDefaultsFromUserTemplateData(row);
-        else
-            m_store.setUserDefaultsFromBuiltInTemplateData(row);
+        if (!m_defaults.setInteger(row, user ? Preferences::SelectedUserTemplateTableRow : Preferences::SelectedTemplateTableRow))
+            return m_context.fail(QStringLiteral("template %1: %2").arg(verb, m_defaults.errorString()));
+        if (!(user ? m_store.setUserDefaultsFromUserTemplateData(row) : m_store.setUserDefaultsFromBuiltInTemplateData(row)))
+            return 1;
         m_context.out << "applied " << (user ? "user" : "builtin") << " template " << row << '\n';
         return 0;
     }
@@ -150,7 +154,10 @@ private:
         if (args.isEmpty())
             return usageError(QStringLiteral("import"), QStringLiteral("expected at least one FILE"));
         const qsizetype before = m_store.userTemplates().size();
-        if (!m_editor.importTemplateFiles(args))
+        const bool added = m_editor.importTemplateFiles(args);
+        if (m_writeFailures)
+            return 1;
+        if (!added)
             return m_context.fail(QStringLiteral("template import: no templates found in the files given"));
         m_context.out << "imported " << (m_store.userTemplates().size() - before) << " templates; My Templates holds "
                       << m_store.userTemplates().size() << '\n';
@@ -198,6 +205,8 @@ private:
         if (row < 0)
             return 1;
         m_editor.deleteTemplateAtRow(row);
+        if (m_writeFailures)
+            return 1;
         m_context.out << "deleted template " << row << "; My Templates holds " << m_store.userTemplates().size() << '\n';
         return 0;
     }
@@ -207,6 +216,8 @@ private:
         if (!args.isEmpty())
             return usageError(QStringLiteral("sort"), QStringLiteral("takes no arguments"));
         m_editor.doSortUserTemplates();
+        if (m_writeFailures)
+            return 1;
         printStore(QStringLiteral("user"), m_store.userTemplates());
         return 0;
     }
@@ -274,6 +285,7 @@ private:
     PrintingAlertPresenter m_alerts;
     TemplateStore m_store;
     TemplateEditor m_editor;
+    int m_writeFailures = 0;
 };
 
 int info(const QStringList &args, CliContext &context)
