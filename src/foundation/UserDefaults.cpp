@@ -179,7 +179,7 @@ UserDefaults::UserDefaults(const QString &filePath)
             result = openDatabase(Mode::Immutable);
         if (result == OpenResult::Usable) {
             m_readOnly = true;
-            m_readOnlyReason = why;
+            m_readOnlyReason = whyUnwritable(why);
             qCWarning(lcTessary, "The user defaults store %s cannot be written (%s); it was opened read-only.", qPrintable(m_path),
                       qPrintable(why));
         }
@@ -219,11 +219,20 @@ QString UserDefaults::describe(const QSqlError &error) const
                 words = qt_error_string(systemError);
         }
     } else if (code == SQLITE_READONLY) {
-        words = m_readOnly ? QStringLiteral("the store can only be read: %1").arg(m_readOnlyReason)
-                           : QStringLiteral("the store can only be read");
+        words = m_readOnly ? m_readOnlyReason : whyUnwritable(QString());
     }
     const QString detail = error.databaseText().isEmpty() ? error.text() : error.databaseText();
     return words.isEmpty() ? detail : QStringLiteral("%1; %2").arg(words, detail);
+}
+
+QString UserDefaults::whyUnwritable(const QString &otherwise) const
+{
+    if (::access(QFile::encodeName(m_path).constData(), W_OK) != 0 && errno != ENOENT)
+        return QStringLiteral("the file cannot be written: %1").arg(qt_error_string(errno));
+    const QString folder = QFileInfo(m_path).absolutePath();
+    if (::access(QFile::encodeName(folder).constData(), W_OK) != 0)
+        return QStringLiteral("the folder %1 cannot be written: %2").arg(folder, qt_error_string(errno));
+    return otherwise;
 }
 
 void UserDefaults::closeDatabase()
@@ -275,9 +284,7 @@ UserDefaults::OpenResult UserDefaults::openDatabase(Mode mode)
         sqlite3 *handle = handleOf(db);
         if (handle && sqlite3_db_readonly(handle, "main") == 1) {
             m_readOnly = true;
-            m_readOnlyReason = QStringLiteral("the file cannot be written (%1)")
-                                   .arg(::access(QFile::encodeName(m_path).constData(), W_OK) == 0 ? QStringLiteral("read-only")
-                                                                                                  : qt_error_string(errno));
+            m_readOnlyReason = whyUnwritable(QStringLiteral("SQLite opened the file read-only"));
         }
     }
     return result;

@@ -104,6 +104,8 @@ private:
     void fail(const QString &what) const;
     // The reason of a failed statement in words, with the system's word for a disk fault.
     QString describe(const class QSqlError &error) const;
+    // Why the file cannot be written, when its permissions or its folder's say; else otherwise.
+    QString whyUnwritable(const QString &otherwise) const;
     // Whether a write may be tried; sets errorString when not.
     bool canWrite(const QString &what);
     bool writeRow(const QString &key, const QByteArray &bytes);
