@@ -6,6 +6,8 @@
 
 #include <QDir>
 #include <QFile>
+#include <QImage>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -126,6 +128,37 @@ TEST_F(StoreFaultsTest, AStoreThatCannotBeWrittenIsReadAndEveryWriteFailsWithIts
         EXPECT_EQ(defaults.arrayForKey(Preferences::Bookmarks).size(), kPhotos);
         EXPECT_EQ(defaults.arrayForKey(Preferences::UserTemplates).size(), 2);
         EXPECT_FALSE(defaults.hasObject(QStringLiteral("IconSize")));
+    }
+}
+
+} // namespace
+
+namespace {
+
+// A picture written past a file-size limit (as on a full disk) fails with the system's reason,
+// not "Unknown error", and the program is not ended by SIGXFSZ.
+TEST(ImageWriteFaults, APictureThatDoesNotFitFailsWithItsReason)
+{
+    QTemporaryDir dir;
+    QImage noise(600, 400, QImage::Format_RGB32);
+    QRandomGenerator random(7);
+    for (int y = 0; y < noise.height(); ++y) {
+        for (int x = 0; x < noise.width(); ++x)
+            noise.setPixel(x, y, random.generate());
+    }
+    const QString in = dir.filePath(QStringLiteral("in.png"));
+    ASSERT_TRUE(noise.save(in));
+    const QProcessEnvironment env = CliProcess::environment(dir.filePath(QStringLiteral("defaults.sqlite")), dir.path());
+    for (const char *extension : {"png", "jpg", "tiff"}) {
+        SCOPED_TRACE(extension);
+        const QString out = dir.filePath(QStringLiteral("out.%1").arg(QLatin1String(extension)));
+        const CliProcess r = CliProcess::run({QStringLiteral("image"), QStringLiteral("fit"), in, QStringLiteral("600"), QStringLiteral("400"), QStringLiteral("0"), out},
+                                             env, {QStringLiteral("--file-size-limit"), QStringLiteral("20000")});
+        EXPECT_FALSE(r.crashed) << "ended by a signal";
+        EXPECT_EQ(r.code, 1);
+        EXPECT_TRUE(r.err.contains(QStringLiteral("File too large")) || r.err.contains(QStringLiteral("No space left on device")))
+            << r.err.toStdString();
+        EXPECT_FALSE(QFile::exists(out));
     }
 }
 
