@@ -114,9 +114,9 @@ TEST_F(DefaultsCommandTest, TemplateInfoDescribesEachTemplateAndRefusesOtherFile
 
 namespace {
 
-// Rows an older version let in: a key holding NUL and a string holding U+0001. They are left out
-// of read and export with a warning that names them, the rest still exports, and each is deleted
-// by the name the warning shows.
+// Rows an older version let in: a key holding NUL, a string holding U+0001 and a value that no
+// longer reads. The first two are left out of read and export with a warning that names them,
+// the rest still exports, and each is deleted by the name it is shown by.
 TEST(DefaultsCommandOldRows, KeysXmlCannotCarryAreLeftOutNamedAndDeletable)
 {
     QTemporaryDir dir;
@@ -130,15 +130,16 @@ TEST(DefaultsCommandOldRows, KeysXmlCannotCarryAreLeftOutNamedAndDeletable)
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("old-version"));
         db.setDatabaseName(store);
         ASSERT_TRUE(db.open());
-        const std::pair<QString, QVariant> rows[] = {
-            {QStringLiteral("bad") + QChar(0) + QStringLiteral("key"), qint64(2)},
-            {QStringLiteral("control"), QStringLiteral("a\u0001b")},
+        const std::pair<QString, QByteArray> rows[] = {
+            {QStringLiteral("bad") + QChar(0) + QStringLiteral("key"), PropertyList::toBinary(qint64(2))},
+            {QStringLiteral("control"), PropertyList::toBinary(QStringLiteral("a\u0001b"))},
+            {QStringLiteral("unreadable"), QByteArray("not a property list")},
         };
         for (const auto &[key, value] : rows) {
             QSqlQuery q(db);
             q.prepare(QStringLiteral("INSERT INTO defaults (key, value) VALUES (?, ?)"));
             q.addBindValue(key);
-            q.addBindValue(PropertyList::toBinary(value));
+            q.addBindValue(value);
             ASSERT_TRUE(q.exec());
         }
         db.close();
@@ -156,6 +157,7 @@ TEST(DefaultsCommandOldRows, KeysXmlCannotCarryAreLeftOutNamedAndDeletable)
     }
     EXPECT_EQ(CliRun::of({"defaults", "delete", "bad\\u{0000}key"}).code, 0);
     EXPECT_EQ(CliRun::of({"defaults", "delete", "control"}).code, 0);
+    EXPECT_EQ(CliRun::of({"defaults", "delete", "unreadable"}).code, 0);
     const CliRun clean = CliRun::of({"defaults", "export", "-"});
     EXPECT_EQ(clean.code, 0) << clean.err.toStdString();
     EXPECT_EQ(UserDefaults(store).allKeys(), QStringList{QStringLiteral("kept")});
