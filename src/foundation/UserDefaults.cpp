@@ -172,7 +172,7 @@ UserDefaults::UserDefaults(const QString &filePath)
         }
     }
     // A store that cannot be written is still read: the person's data stays in view.
-    if (result == OpenResult::Unusable && info.exists()) {
+    if (result == OpenResult::Unusable && QFileInfo::exists(m_path)) {
         const QString why = m_readOnlyReason;
         result = openDatabase(Mode::ReadOnly);
         if (result == OpenResult::Unusable)
@@ -181,7 +181,7 @@ UserDefaults::UserDefaults(const QString &filePath)
             m_readOnly = true;
             m_readOnlyReason = whyUnwritable(why);
             qCWarning(lcTessary, "The user defaults store %s cannot be written (%s); it was opened read-only.", qPrintable(m_path),
-                      qPrintable(why));
+                      qPrintable(m_readOnlyReason));
         }
     }
     if (result == OpenResult::Damaged) {
@@ -194,6 +194,8 @@ UserDefaults::UserDefaults(const QString &filePath)
     }
     m_open = true;
     m_error.clear();
+    if (!m_readOnly)
+        m_readOnlyReason.clear();
 }
 
 UserDefaults::~UserDefaults()
@@ -259,8 +261,9 @@ UserDefaults::OpenResult UserDefaults::openDatabase(Mode mode)
         db.setDatabaseName(m_path);
         options += QStringLiteral(";QSQLITE_OPEN_READONLY");
     } else {
-        // Nobody can change a file in a folder that cannot be written, so SQLite may read it
-        // without the shared-memory file it would otherwise have to create beside it.
+        // No SQLite writer can change the store while its folder cannot be written (a writer
+        // needs its journal beside the file), so it may be read without the shared-memory file
+        // that SQLite would otherwise have to create there.
         db.setDatabaseName(QUrl::fromLocalFile(m_path).toString(QUrl::FullyEncoded) + QStringLiteral("?immutable=1"));
         options += QStringLiteral(";QSQLITE_OPEN_READONLY;QSQLITE_OPEN_URI");
     }
