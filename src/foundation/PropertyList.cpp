@@ -1,5 +1,7 @@
 #include "foundation/PropertyList.h"
 
+#include "foundation/AtomicFileWriter.h"
+
 #include "foundation/BinaryPropertyListReader.h"
 #include "foundation/PlistUid.h"
 #include "foundation/XmlPropertyListReader.h"
@@ -7,7 +9,6 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QTimeZone>
 
 #include <plist/plist.h>
@@ -233,10 +234,10 @@ bool PropertyList::writeFile(const QString &path, const QVariant &value, Format 
             *error = QStringLiteral("%1: %2").arg(path, encodeError);
         return false;
     }
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    QString writeError;
+    if (!AtomicFileWriter::write(path, bytes, &writeError)) {
         if (error)
-            *error = QStringLiteral("%1: cannot be written (%2)").arg(path, file.errorString());
+            *error = QStringLiteral("%1: cannot be written (%2)").arg(path, writeError);
         return false;
     }
     return true;
