@@ -22,8 +22,14 @@
 namespace {
 
 constexpr int kPhotoCount = 49;
-constexpr int kWidth = 4000;
-constexpr int kHeight = 3000;
+// 4000 x 3000 unless $TESSARY_BENCH_PHOTO_SIZE asks for another size ("6000x4000" for the
+// window's cold start with 24-megapixel photos).
+QSize photoSize()
+{
+    const QList<QByteArray> parts = qgetenv("TESSARY_BENCH_PHOTO_SIZE").split('x');
+    const QSize asked = parts.size() == 2 ? QSize(parts[0].toInt(), parts[1].toInt()) : QSize();
+    return asked.isValid() && !asked.isEmpty() ? asked : QSize(4000, 3000);
+}
 
 QString photoFolder()
 {
@@ -35,14 +41,15 @@ QString photoFolder()
 // each number. Grain matters: it keeps the JPEG as busy to decode as a real photo.
 QImage syntheticPhoto(int number)
 {
-    QImage image(kWidth, kHeight, QImage::Format_RGB32);
+    const int width = photoSize().width(), height = photoSize().height();
+    QImage image(width, height, QImage::Format_RGB32);
     quint32 seed = 0x9e3779b9u * quint32(number + 1);
     const double phase = number * 0.37;
-    for (int y = 0; y < kHeight; ++y) {
+    for (int y = 0; y < height; ++y) {
         auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
-        const double fy = double(y) / kHeight;
-        for (int x = 0; x < kWidth; ++x) {
-            const double fx = double(x) / kWidth;
+        const double fy = double(y) / height;
+        for (int x = 0; x < width; ++x) {
+            const double fx = double(x) / width;
             seed = seed * 1664525u + 1013904223u; // a fixed linear congruential sequence
             const int grain = int(seed >> 28) - 8;
             const double wave = std::sin(fx * 23.0 + phase) * std::cos(fy * 17.0 - phase);
@@ -64,7 +71,7 @@ QStringList benchPhotos()
     QDir().mkpath(folder);
     for (int i = 0; i < kPhotoCount; ++i) {
         const QString path = QDir(folder).filePath(QStringLiteral("photo-%1.jpg").arg(i, 2, 10, QLatin1Char('0')));
-        if (QImageReader(path).size() != QSize(kWidth, kHeight)) {
+        if (QImageReader(path).size() != photoSize()) {
             if (!syntheticPhoto(i).save(path, "JPEG", 90))
                 return {};
         }

@@ -13,6 +13,7 @@ packages=(
   libjpeg-dev
   zlib1g-dev
   xvfb xauth
+  sox
 )
 if [ "${TESSARY_BENCH_TOOLS:-0}" = 1 ]; then
   packages+=(libvips-tools imagemagick time)

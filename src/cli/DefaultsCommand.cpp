@@ -13,7 +13,8 @@ const char *kHelp =
     "  tessary-cli defaults write KEY FILE set KEY to the value held in the property-list FILE ('-': standard input)\n"
     "  tessary-cli defaults delete KEY     remove KEY\n"
     "  tessary-cli defaults import FILE    merge the dictionary property list FILE into the store\n"
-    "  tessary-cli defaults export FILE    write the whole store as one XML property list ('-': standard output)\n"
+    "  tessary-cli defaults export FILE    write the whole store as one XML property list ('-': standard output);\n"
+    "                                      a key whose stored value cannot be read is left out with a warning\n"
     "\nThe store is $TESSARY_DEFAULTS when set, else the one in Tessary's data folder.\n";
 
 PropertyList::ReadResult readInput(const QString &path)
@@ -50,21 +51,26 @@ QString storedKey(const UserDefaults &defaults, const QString &named)
     return named;
 }
 
-// The whole store as it can be written as XML. A value that cannot (stored by an older version)
-// is left out with a warning that says how to delete it; *leftOut counts them.
-QVariantMap exportableValues(const UserDefaults &defaults, CliContext &context, int *leftOut)
+// The whole store as it can be written as XML, key by key, so that what is left out is named: a
+// value that no longer reads, and a key or string XML cannot carry (kept by an older version),
+// with the command that deletes it.
+QVariantMap exportableValues(const UserDefaults &defaults, CliContext &context, const QString &verb)
 {
-    QVariantMap all = defaults.dictionaryRepresentation();
-    for (auto it = all.begin(); it != all.end();) {
-        const QString reason = UserDefaults::unwritableReason(it.value(), it.key());
-        if (reason.isEmpty()) {
-            ++it;
+    QVariantMap all;
+    for (const QString &key : defaults.allKeys()) {
+        const QVariant value = defaults.objectForKey(key);
+        if (!value.isValid()) {
+            context.err << "tessary-cli: defaults " << verb << ": warning: \"" << UserDefaults::printableKey(key)
+                        << "\" left out: its stored value cannot be read\n";
             continue;
         }
-        context.err << "tessary-cli: left out " << reason << "; remove it with: tessary-cli defaults delete '"
-                    << UserDefaults::printableKey(it.key()) << "'\n";
-        ++*leftOut;
-        it = all.erase(it);
+        const QString reason = UserDefaults::unwritableReason(value, key);
+        if (!reason.isEmpty()) {
+            context.err << "tessary-cli: defaults " << verb << ": warning: left out: " << reason
+                        << "; delete it with: tessary-cli defaults delete '" << UserDefaults::printableKey(key) << "'\n";
+            continue;
+        }
+        all.insert(key, value);
     }
     return all;
 }
@@ -91,7 +97,6 @@ int DefaultsCommand::run(const QStringList &args, CliContext &context)
         if (args.size() > 2)
             return expectArgs(args, 1, context);
         QVariant value;
-        int leftOut = 0;
         if (args.size() == 2) {
             const QString key = storedKey(defaults, args[1]);
             value = defaults.objectForKey(key);
@@ -101,14 +106,14 @@ int DefaultsCommand::run(const QStringList &args, CliContext &context)
             if (!reason.isEmpty())
                 return context.fail(reason);
         } else {
-            value = exportableValues(defaults, context, &leftOut);
+            value = exportableValues(defaults, context, verb);
         }
         QString error;
         const QByteArray xml = PropertyList::toXml(value, &error);
         if (xml.isEmpty())
             return context.fail(error);
         context.out << QString::fromUtf8(xml);
-        return leftOut ? 1 : 0;
+        return 0;
     }
     if (verb == QLatin1String("write")) {
         if (int code = expectArgs(args, 2, context))
@@ -147,17 +152,16 @@ int DefaultsCommand::run(const QStringList &args, CliContext &context)
     // export
     if (int code = expectArgs(args, 1, context))
         return code;
-    int leftOut = 0;
-    const QVariantMap all = exportableValues(defaults, context, &leftOut);
+    const QVariantMap all = exportableValues(defaults, context, verb);
     QString error;
     if (args[1] == QLatin1String("-")) {
         const QByteArray xml = PropertyList::toXml(all, &error);
         if (xml.isEmpty())
             return context.fail(error);
         context.out << QString::fromUtf8(xml);
-        return leftOut ? 1 : 0;
+        return 0;
     }
     if (!PropertyList::writeFile(args[1], all, PropertyList::Format::Xml, &error))
         return context.fail(error);
-    return leftOut ? 1 : 0;
+    return 0;
 }

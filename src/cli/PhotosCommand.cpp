@@ -19,7 +19,9 @@ namespace {
 const CliVerbs &verbs()
 {
     static const CliVerbs table(QStringLiteral("photos"), {
-        {QStringLiteral("list"), {"list", "print each photo as INDEX, ALIGNMENT and PATH, separated by tabs"}},
+        {QStringLiteral("list"), {"list", "print each photo as INDEX, ALIGNMENT and PATH, separated by tabs; a\n"
+                                                  "      backslash, newline, carriage return or tab in PATH is written\n"
+                                                  "      as \\\\, \\n, \\r or \\t"}},
         {QStringLiteral("add"), {"add FILE...", "append the files, in order (folders and hidden files are refused)"}},
         {QStringLiteral("remove"), {"remove INDEX...", "remove the photos at the indexes; files Tessary made in\n"
                                                        "      Documents/Images are deleted with them"}},
@@ -49,6 +51,24 @@ qsizetype parseIndex(const QString &text, qsizetype count)
     bool ok = false;
     const qint64 value = text.toLongLong(&ok);
     return ok && value >= 0 && value < count ? qsizetype(value) : -1;
+}
+
+// A path kept on one line of the listing: a backslash, newline, carriage return or tab in it is
+// written as \\, \n, \r or \t.
+QString escapedPath(const QString &path)
+{
+    QString out;
+    out.reserve(path.size());
+    for (const QChar c : path) {
+        switch (c.unicode()) {
+        case '\\': out += QLatin1String("\\\\"); break;
+        case '\n': out += QLatin1String("\\n"); break;
+        case '\r': out += QLatin1String("\\r"); break;
+        case '\t': out += QLatin1String("\\t"); break;
+        default: out += c;
+        }
+    }
+    return out;
 }
 
 int parseAlignment(const QString &text)
@@ -111,7 +131,7 @@ private:
             return usageError(QStringLiteral("list"), QStringLiteral("takes no arguments"));
         const QStringList paths = m_controller.images();
         for (qsizetype i = 0; i < paths.size(); ++i)
-            m_context.out << i << '\t' << m_controller.alignmentIndexAtIndex(i) << '\t' << paths.at(i) << '\n';
+            m_context.out << i << '\t' << m_controller.alignmentIndexAtIndex(i) << '\t' << escapedPath(paths.at(i)) << '\n';
         return finish();
     }
 

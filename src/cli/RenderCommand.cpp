@@ -67,6 +67,7 @@ const char *kHelp =
     "  --layout-only            print the tile frames instead of rendering: a 'collage' line\n"
     "                           (width, height, transform) and one 'tile' line per tile (index,\n"
     "                           x, y, width, height, alignment, photo), tab-separated\n"
+    "  --verbose                also print the layout, cache and render debugging lines\n"
     "\n"
     "Exit status: 0 done, 1 a file could not be read or written, 2 a bad argument,\n"
     "3 written, but some photos could not be read (their tiles are left empty).\n";
@@ -279,6 +280,8 @@ QString parse(const QStringList &args, Request &r)
             r.seed = quint32(*n);
         } else if (a == QLatin1String("--layout-only")) {
             r.layoutOnly = true;
+        } else if (a == QLatin1String("--verbose")) {
+            // Read by the program's start, which lets the progress and debugging lines through.
         } else if (a == QLatin1String("-o") || a == QLatin1String("--output")) {
             const auto v = value();
             if (!v)

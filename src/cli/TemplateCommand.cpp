@@ -7,6 +7,7 @@
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "images/ImageBrowserController.h"
+#include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
 #include "templates/TemplateEditor.h"
 #include "templates/TemplateExporter.h"
@@ -30,12 +31,16 @@ const CliVerbs &verbs()
                                                          "      each led by its store and row"}},
         {QStringLiteral("apply"), {"apply N", "choose built-in template N: its layout values go into the store"}},
         {QStringLiteral("apply-user"), {"apply-user N", "choose template N of My Templates"}},
-        {QStringLiteral("import"), {"import FILE...", "append the templates of each templates file to My Templates"}},
+        {QStringLiteral("import"), {"import FILE...", "append the templates of each templates file to My Templates; a\n"
+                                                    "      file that adds none is named with the reason, and the exit\n"
+                                                    "      status is 1"}},
         {QStringLiteral("export-one"), {"export-one FILE [--builtin]", "write My Templates (or the built-in store) as one templates file"}},
         {QStringLiteral("export-many"), {"export-many FOLDER", "write each template of My Templates that has a thumbnail as its own\n"
                                                               "      file beside its icon, with an HTML index, into FOLDER"}},
-        {QStringLiteral("delete"), {"delete N", "delete template N of My Templates"}},
-        {QStringLiteral("sort"), {"sort", "sort My Templates by number of modules"}},
+        {QStringLiteral("delete"), {"delete N", "delete template N of My Templates; when it was the selected one, the\n"
+                                                "      template that moves into its row is selected and applied"}},
+        {QStringLiteral("sort"), {"sort", "sort My Templates by number of modules; the selected template stays\n"
+                                           "      selected at its new row"}},
         {QStringLiteral("layout"), {"layout [--size WxH] [--transform T] [--spacing S]",
                                     "lay out the current template for the current photos and print one\n"
                                     "      line per module: its tile's frame, photo and alignment, or that it\n"
@@ -72,6 +77,8 @@ public:
     {
         m_store.loadBuiltInTemplates(Paths::resourcesFolder());
         m_store.restoreUserTemplates();
+        // The selection the last command or the window left, so edits keep it on its template.
+        m_store.restoreSelectedUserRow();
         // A change that was not stored is said at once; the command then fails.
         QObject::connect(&m_store, &TemplateStore::writeFailed, [this](const QString &what, const QString &reason) {
             m_context.fail(QStringLiteral("%1 %2").arg(what, reason));
@@ -154,14 +161,18 @@ private:
         if (args.isEmpty())
             return usageError(QStringLiteral("import"), QStringLiteral("expected at least one FILE"));
         const qsizetype before = m_store.userTemplates().size();
-        const bool added = m_editor.importTemplateFiles(args);
+        QStringList skipped;
+        const bool added = m_editor.importTemplateFiles(args, false, &skipped);
+        for (const QString &why : skipped)
+            m_context.err << "tessary-cli: template import: skipped " << why << '\n';
         if (m_writeFailures)
             return 1;
         if (!added)
             return m_context.fail(QStringLiteral("template import: no templates found in the files given"));
         m_context.out << "imported " << (m_store.userTemplates().size() - before) << " templates; My Templates holds "
                       << m_store.userTemplates().size() << '\n';
-        return 0;
+        // The files that were read went in; any skipped one still fails the command.
+        return skipped.isEmpty() ? 0 : 1;
     }
 
     int exportOne(const QStringList &args)
@@ -204,10 +215,12 @@ private:
         const qsizetype row = parseRow(QStringLiteral("delete"), args[0], m_store.userTemplates().size());
         if (row < 0)
             return 1;
-        m_editor.deleteTemplateAtRow(row);
+        const std::optional<qsizetype> applied = m_editor.deleteTemplateAtRow(row);
         if (m_writeFailures)
             return 1;
         m_context.out << "deleted template " << row << "; My Templates holds " << m_store.userTemplates().size() << '\n';
+        if (applied && *applied >= 0)
+            m_context.out << "applied user template " << *applied << '\n';
         return 0;
     }
 
@@ -259,7 +272,8 @@ private:
         engine.setCoordinateTransform(transform);
         engine.setSpacingType(spacing);
         engine.setup(m_defaults, size);
-        const CollageLayout layout = engine.reloadData(m_defaults, &photos);
+        CollageLayout layout = engine.reloadData(m_defaults, &photos);
+        CoordinateTransform::applyCoordinateTransform(layout);
 
         m_context.out << "collage " << number(layout.contentSize.width()) << 'x' << number(layout.contentSize.height())
                       << " grid " << layout.columns << 'x' << layout.rows << " cell " << layout.moduleSizeInPoints

@@ -1,7 +1,8 @@
+#include "CliArguments.h"
 #include "CliContext.h"
-#include "CommandTable.h"
 
 #include <QGuiApplication>
+#include <QLoggingCategory>
 
 #include <csignal>
 
@@ -15,8 +16,13 @@ int main(int argc, char *argv[])
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("tessary"));
+    // Read after the application took its own options out, as its arguments() list would be.
+    const CliArguments arguments(argc, argv);
+    // Progress and debugging lines only on request (QT_LOGGING_RULES still overrides).
+    if (const QString rules = arguments.loggingRules(); !rules.isEmpty())
+        QLoggingCategory::setFilterRules(rules);
     CliContext context;
-    const int code = CommandTable::dispatch(QGuiApplication::arguments().mid(1), context);
+    const int code = arguments.dispatch(context);
     context.out.flush();
     context.err.flush();
     return code;

@@ -25,11 +25,6 @@ constexpr int kPreviewDelayMilliseconds = 1000;
 // A drop is placed after this pause, so the drag source can finish first.
 constexpr int kConcludeDropMilliseconds = 100;
 
-QString cleanAbsolute(const QString &path)
-{
-    return QDir::cleanPath(QFileInfo(path).absoluteFilePath());
-}
-
 // A regular file (or a link to one): folders, pipes and devices are no photos.
 bool isPlainFile(const QString &path)
 {
@@ -288,10 +283,16 @@ bool ImageBrowserController::moveItemsAtIndexes(const QList<qsizetype> &indexes,
     if (indexes.isEmpty())
         return false;
     const qsizetype from = indexes.first();
-    if (operation == DropBefore)
+    const qsizetype end = operation == DropBefore ? count() + 1 : count();
+    if (from < 0 || from >= count() || destination < 0 || destination >= end)
+        return false;
+    if (operation == DropBefore) {
         m_imageBookmarks->moveBookmarkAtIndex(from, destination);
-    else
+        setPendingSelection(from < destination ? destination - 1 : destination);
+    } else {
         m_imageBookmarks->exchangeBookmarkAtIndex(from, destination);
+        setPendingSelection(destination);
+    }
     reloadData();
     return true;
 }
@@ -326,6 +327,21 @@ bool ImageBrowserController::selectItemNumber(const QString &text)
     return true;
 }
 
+QString ImageBrowserController::duplicateImage(qsizetype index)
+{
+    const QString source = m_imageBookmarks->pathAtIndex(index);
+    const QString folder = imagesPath();
+    if (source.isEmpty() || folder.isEmpty())
+        return QString();
+    // Always ".png": the copy is the source's bytes under a name of Tessary's own.
+    const QString copy =
+        QDir(folder).filePath(QStringLiteral("%1.png").arg(QUuid::createUuid().toString(QUuid::WithoutBraces)));
+    if (!QFile::copy(source, copy))
+        return QString();
+    insertImage(copy);
+    return copy;
+}
+
 void ImageBrowserController::imageAligmentDidChange(int alignment)
 {
     if (!m_selection->hasSelection())
@@ -354,9 +370,8 @@ void ImageBrowserController::imageAligmentFitAll()
 
 void ImageBrowserController::deleteIfOwned(const QString &oldPath)
 {
-    // A file in the images folder belongs to Tessary and goes with its entry; but not while
-    // another entry still shows it.
-    if (oldPath.isEmpty() || !isInImagesFolder(oldPath) || !m_imageBookmarks->bookmarksWithPath(oldPath).isEmpty())
+    // A file Tessary made goes with its entry; but not while another entry still shows it.
+    if (!isOwnedImageFile(oldPath) || !m_imageBookmarks->bookmarksWithPath(oldPath).isEmpty())
         return;
     QFile::remove(oldPath);
 }
@@ -493,10 +508,32 @@ QString ImageBrowserController::imagesPath()
     return Paths::imagesFolder();
 }
 
-bool ImageBrowserController::isInImagesFolder(const QString &path)
+bool ImageBrowserController::isOwnedImageFile(const QString &path)
 {
-    const QString folder = cleanAbsolute(Paths::imagesFolder()) + QLatin1Char('/');
-    return cleanAbsolute(path).startsWith(folder);
+    // Tessary writes its own files as "<uuid>.<extension>" straight into the images folder.
+    // Anything else there (a person's own pictures in a folder that happens to have that common
+    // name, whatever lies in subfolders, links) belongs to someone else.
+    if (path.isEmpty())
+        return false;
+    const QFileInfo info(path);
+    if (info.isSymLink() || !info.isFile())
+        return false;
+    const QString name = info.fileName();
+    constexpr qsizetype uuidLength = 36;
+    if (name.size() <= uuidLength + 1 || name.at(uuidLength) != QLatin1Char('.'))
+        return false;
+    const QString stem = name.left(uuidLength);
+    const QUuid uuid = QUuid::fromString(stem);
+    if (uuid.isNull() || uuid.toString(QUuid::WithoutBraces) != stem)
+        return false;
+    const QStringView extension = QStringView(name).mid(uuidLength + 1);
+    const bool plainExtension =
+        std::all_of(extension.begin(), extension.end(), [](QChar c) { return c.unicode() < 128 && c.isLetterOrNumber(); });
+    if (!plainExtension)
+        return false;
+    // Directly in the images folder, however the path spells it; never in a subfolder.
+    const QString folder = QFileInfo(Paths::imagesFolder()).canonicalFilePath();
+    return !folder.isEmpty() && QFileInfo(info.absolutePath()).canonicalFilePath() == folder;
 }
 
 QString ImageBrowserController::writeImageToImagesFolder(const QImage &image, QString *error)

@@ -37,6 +37,8 @@ public:
 
     ImageBookmarks &imageBookmarks() const { return *m_imageBookmarks; }
     ImageBrowserSelection &selection() const { return *m_selection; }
+    // Where the list's alerts and beeps go; the window asks its questions there too.
+    AlertPresenter &alerts() const { return m_alerts; }
     // Called whenever the collage must be laid out again (the collage view's reloadData).
     void setCollageReloader(std::function<void()> reload) { m_reloadCollage = std::move(reload); }
 
@@ -75,7 +77,8 @@ public:
     // the images folder go with their entries unless keepFiles is set.
     void removeItemsAtIndexes(const QList<qsizetype> &indexes, bool keepFiles = false);
     // A reordering drag inside the browser: the first index is moved before the destination,
-    // or swapped with the item under it.
+    // or swapped with the item under it; the dragged photo stays selected at its new place.
+    // False (and no change) for indexes outside the list.
     bool moveItemsAtIndexes(const QList<qsizetype> &indexes, qsizetype destination, DropOperation operation);
     // The alignment pop-up: sets the selected photo's alignment.
     void imageAligmentDidChange(int alignment);
@@ -83,6 +86,10 @@ public:
     void imageAligmentFitAll();
     // The number typed into the selection field (1-based); false when it was not a number in range.
     bool selectItemNumber(const QString &text);
+    // Copies the photo's file into the images folder under a fresh "<UUID>.png" name (the bytes
+    // as they are, whatever their format) and inserts the copy at the selected item. The copy's
+    // path, or empty when there was nothing to copy or the copy failed (silently).
+    QString duplicateImage(qsizetype index);
 
     // --- Clipboard and drops
     // An image on the clipboard is saved into the images folder and inserted; otherwise the
@@ -99,8 +106,9 @@ public:
     // --- Helpers
     // The images folder, created when missing; empty when it cannot be made.
     static QString imagesPath();
-    // Whether the file lies inside the images folder, i.e. belongs to Tessary.
-    static bool isInImagesFolder(const QString &path);
+    // Whether Tessary made the file, so that it may delete it with its entry: a regular file
+    // (not a link) named "<uuid>.<extension>" directly in the images folder.
+    static bool isOwnedImageFile(const QString &path);
     // Writes the image as a PNG named after a fresh UUID into the images folder; the path, or
     // empty when it could not be written.
     // error (may be null) receives the reason when nothing was written.

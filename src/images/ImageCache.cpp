@@ -38,6 +38,9 @@ UIImage handOut(const UIImage &cached)
     return UIImage(cached.representations(), cached.size());
 }
 
+// Marks a saved copy as made upright (by the photo's orientation tag).
+const QString kUprightKey = QStringLiteral("upright");
+
 } // namespace
 
 ImageCache::ImageCache(const TessaryViewDelegate *delegate, QThreadPool *pool)
@@ -223,6 +226,29 @@ QStringList ImageCache::refresh()
     return listed;
 }
 
+std::optional<UIImage> ImageCache::cachedImageForPath(const QString &path)
+{
+    harvest();
+    const auto it = m_imageCacheDictionary.constFind(path);
+    if (it == m_imageCacheDictionary.constEnd())
+        return std::nullopt;
+    if (isNewer(modificationDateForPath(path), it->date)) {
+        m_imageCacheDictionary.remove(path);
+        return std::nullopt;
+    }
+    return handOut(it->image);
+}
+
+void ImageCache::removeUnlistedEntries()
+{
+    if (!m_delegate)
+        return;
+    const QStringList listed = m_delegate->pickedPhotos();
+    const QSet<QString> listedSet(listed.cbegin(), listed.cend());
+    m_imageCacheDictionary.removeIf([&](const auto &entry) { return !listedSet.contains(entry.key()); });
+    m_failed.removeIf([&](const auto &entry) { return !listedSet.contains(entry.key()); });
+}
+
 void ImageCache::updateCache()
 {
     refresh();
@@ -296,6 +322,7 @@ bool ImageCache::saveImageCacheToUserDefaults(UserDefaults &defaults)
         QVariantMap entry;
         entry.insert(QStringLiteral("image"), tiff);
         entry.insert(QStringLiteral("date"), date);
+        entry.insert(kUprightKey, true);
         stored.insert(path, entry);
         qCInfo(lcTessary, "Saved image cache path: %s", qUtf8Printable(QFileInfo(path).fileName()));
     }
@@ -324,7 +351,10 @@ void ImageCache::restoreImageCacheFromUserDefaults(const UserDefaults &defaults)
         const QVariantMap entry = it.value().toMap();
         const QVariant image = entry.value(QStringLiteral("image"));
         const QVariant date = entry.value(QStringLiteral("date"));
-        if (image.typeId() == QMetaType::QByteArray && date.typeId() == QMetaType::QDateTime) {
+        // Copies saved before photos were turned upright by their orientation tag may lie on
+        // their side: they are made again instead.
+        if (image.typeId() == QMetaType::QByteArray && date.typeId() == QMetaType::QDateTime
+            && entry.value(kUprightKey).toBool()) {
             paths.append(it.key());
             tiffs.append(image.toByteArray());
             dates.append(date.toDateTime());

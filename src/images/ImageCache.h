@@ -10,6 +10,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <utility>
 
 class QThreadPool;
@@ -72,6 +73,19 @@ public:
     void fillCache(const QStringList &paths);
     // How many photos are decoded ahead at most: twice the decoding threads.
     qsizetype readAheadCount() const;
+
+    // --- For callers that must never wait (the window, through ImageCacheLoader)
+    // The cached copy when there is one and its file has not changed since; never decodes and
+    // never waits. An entry whose file is newer is dropped, so the caller decodes it anew.
+    std::optional<UIImage> cachedImageForPath(const QString &path);
+    // Whether the file failed to decode before and has not changed since.
+    bool hasFailedUnchanged(const QString &path) const { return failedUnchanged(path); }
+    // One photo's entry made off the calling thread (safe on any thread): dated, then decoded.
+    static Entry makeEntry(const QString &path) { return decode(path).entry; }
+    // Takes an entry made by makeEntry into the cache (or records the failure).
+    void insertEntry(const QString &path, const Entry &entry) { take({path, entry}); }
+    // Drops the entries of photos that are no longer listed, without touching the others.
+    void removeUnlistedEntries();
 
     static UIImage compressedImageForPath(const QString &path);
     // Invalid when the file's attributes cannot be read.

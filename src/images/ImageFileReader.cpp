@@ -1,5 +1,7 @@
 #include "ImageFileReader.h"
 
+#include "PictureCompleteness.h"
+
 #include <QBuffer>
 #include <QFile>
 #include <QFileInfo>
@@ -14,10 +16,11 @@ QString quoted(const QString &name)
     return QStringLiteral("\u201c%1\u201d").arg(name);
 }
 
+// Every reader decides the format by content and turns photos upright as it decodes them.
 void prepare(QImageReader &reader)
 {
     reader.setDecideFormatFromContent(true);
-    reader.setAutoTransform(false);
+    reader.setAutoTransform(true);
 }
 
 QString oversized(const QString &name, const QSize &size)
@@ -33,19 +36,32 @@ bool isTiff(const QImageReader &reader)
     return reader.format() == "tiff";
 }
 
-void rewindTiff(QImageReader &reader, QBuffer &buffer)
+void rewindTiff(QImageReader &reader, QIODevice &device)
 {
     if (isTiff(reader))
-        buffer.seek(0);
+        device.seek(0);
 }
 
-bool nextPage(QImageReader &reader, QBuffer &buffer)
+bool nextPage(QImageReader &reader, QIODevice &device)
 {
-    rewindTiff(reader, buffer);
+    rewindTiff(reader, device);
     if (!reader.jumpToNextImage())
         return false;
-    rewindTiff(reader, buffer);
+    rewindTiff(reader, device);
     return true;
+}
+
+// The size of the current page as it is shown: the size stored in the header, with width and
+// height swapped when the recorded orientation turns the picture by a quarter (EXIF
+// orientations 5 to 8). Qt reports the stored size and applies the orientation only on reading.
+QSize uprightSize(QImageReader &reader, QIODevice &device)
+{
+    rewindTiff(reader, device);
+    const QSize stored = reader.size();
+    rewindTiff(reader, device);
+    const bool quarterTurn = reader.transformation() & QImageIOHandler::TransformationRotate90;
+    rewindTiff(reader, device);
+    return quarterTurn ? stored.transposed() : stored;
 }
 
 bool tooLarge(const QSize &size)
@@ -108,32 +124,12 @@ bool ImageFileReader::readFile(const QString &path, QByteArray *bytes, QString *
     return true;
 }
 
-bool ImageFileReader::jpegIsComplete(const QByteArray &bytes)
-{
-    // Inside entropy-coded data every 0xFF byte is followed by 0x00 or a restart marker, so the
-    // last start-of-scan marker begins the final scan, and a complete file has an end-of-image
-    // marker after it. (An embedded thumbnail ends earlier, before the main image's scans.)
-    // Searched from the cheap ends: the end-of-image marker of a complete file sits at its very
-    // end, and the first start-of-scan near its beginning, so no search crosses the scan data.
-    const QByteArrayView startOfScan("\xFF\xDA", 2);
-    const qsizetype lastEnd = bytes.lastIndexOf(QByteArrayView("\xFF\xD9", 2));
-    if (lastEnd < 0)
-        return false;
-    const qsizetype firstScan = bytes.indexOf(startOfScan);
-    return firstScan >= 0 && firstScan < lastEnd && bytes.indexOf(startOfScan, lastEnd + 2) < 0;
-}
+namespace {
 
-ImageFileReader::Header ImageFileReader::readHeader(const QByteArray &bytes, const QString &name)
+ImageFileReader::Header headerFrom(QIODevice &device, const QString &name)
 {
-    Header h;
-    if (bytes.isEmpty()) {
-        h.error = QStringLiteral("%1 is empty").arg(quoted(name));
-        return h;
-    }
-    QBuffer buffer;
-    buffer.setData(bytes);
-    buffer.open(QIODevice::ReadOnly);
-    QImageReader reader(&buffer);
+    ImageFileReader::Header h;
+    QImageReader reader(&device);
     prepare(reader);
     if (!reader.canRead()) {
         h.error = QStringLiteral("%1 is not a picture that can be read").arg(quoted(name));
@@ -141,16 +137,15 @@ ImageFileReader::Header ImageFileReader::readHeader(const QByteArray &bytes, con
     }
     h.format = reader.format();
     // Only TIFF pages are separate pictures; the frames of an animation are one picture.
-    rewindTiff(reader, buffer);
-    h.frameCount = isTiff(reader) ? qBound(1, reader.imageCount(), MaxFrames) : 1;
-    rewindTiff(reader, buffer);
+    rewindTiff(reader, device);
+    h.frameCount = isTiff(reader) ? qBound(1, reader.imageCount(), ImageFileReader::MaxFrames) : 1;
+    rewindTiff(reader, device);
     for (int i = 0; i < h.frameCount; ++i) {
-        if (i > 0 && !nextPage(reader, buffer)) {
+        if (i > 0 && !nextPage(reader, device)) {
             h.frameCount = i;
             break;
         }
-        const QSize s = reader.size();
-        rewindTiff(reader, buffer);
+        const QSize s = uprightSize(reader, device);
         if (s.isValid() && tooLarge(s)) {
             h.error = oversized(name, s);
             return h;
@@ -160,16 +155,54 @@ ImageFileReader::Header ImageFileReader::readHeader(const QByteArray &bytes, con
     return h;
 }
 
+} // namespace
+
+ImageFileReader::Header ImageFileReader::readHeader(const QByteArray &bytes, const QString &name)
+{
+    if (bytes.isEmpty()) {
+        Header h;
+        h.error = QStringLiteral("%1 is empty").arg(quoted(name));
+        return h;
+    }
+    QBuffer buffer;
+    buffer.setData(bytes);
+    buffer.open(QIODevice::ReadOnly);
+    Header h = headerFrom(buffer, name);
+    // Decoders fill a picture cut short with black, or leave out its later pages, without an
+    // error: the file's own structure tells. A file cut so short that its header cannot be read
+    // is named truncated too, when its first bytes say what it was meant to be.
+    const QByteArray format = h.ok() ? h.format : PictureCompleteness::formatOf(bytes);
+    if (!format.isEmpty() && !PictureCompleteness::isComplete(bytes, format, MaxFrames))
+        h.error = QStringLiteral("%1 is a truncated %2 (its data ends early)").arg(quoted(name), PictureCompleteness::displayName(format));
+    return h;
+}
+
+ImageFileReader::Header ImageFileReader::readHeaderOfFile(const QString &path)
+{
+    Header h;
+    const QFileInfo info(path);
+    if (path.isEmpty() || !info.isFile()) {
+        h.error = QStringLiteral("%1 is not a picture file").arg(quoted(path));
+        return h;
+    }
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        h.error = QStringLiteral("cannot read %1: %2").arg(quoted(path), file.errorString());
+        return h;
+    }
+    if (file.size() == 0) {
+        h.error = QStringLiteral("%1 is empty").arg(quoted(path));
+        return h;
+    }
+    return headerFrom(file, path);
+}
+
 ImageFileReader::Frames ImageFileReader::decode(const QByteArray &bytes, const QString &name)
 {
     Frames result;
     const Header header = readHeader(bytes, name);
     if (!header.ok()) {
         result.error = header.error;
-        return result;
-    }
-    if (header.format == "jpeg" && !jpegIsComplete(bytes)) {
-        result.error = QStringLiteral("%1 is a truncated JPEG").arg(quoted(name));
         return result;
     }
     raiseAllocationLimit();
@@ -182,7 +215,7 @@ ImageFileReader::Frames ImageFileReader::decode(const QByteArray &bytes, const Q
     for (int i = 0; i < header.frameCount; ++i) {
         if (i > 0 && !nextPage(reader, buffer))
             break;
-        const QSize claimed = reader.size();
+        const QSize claimed = uprightSize(reader, buffer);
         if (claimed.isValid() && tooLarge(claimed)) {
             result.error = oversized(name, claimed);
             break;
@@ -225,10 +258,6 @@ ImageFileReader::Frames ImageFileReader::decodeReducedJpeg(const QByteArray &byt
         result.error = QStringLiteral("%1 cannot be decoded at a reduced scale").arg(quoted(name));
         return result;
     }
-    if (!jpegIsComplete(bytes)) {
-        result.error = QStringLiteral("%1 is a truncated JPEG").arg(quoted(name));
-        return result;
-    }
     int divisor = 1;
     for (int d : {8, 4, 2}) {
         if (header.size.width() / d >= atLeast.width() && header.size.height() / d >= atLeast.height()) {
@@ -242,8 +271,10 @@ ImageFileReader::Frames ImageFileReader::decodeReducedJpeg(const QByteArray &byt
     buffer.open(QIODevice::ReadOnly);
     QImageReader reader(&buffer, header.format);
     prepare(reader);
-    if (divisor > 1)
-        reader.setScaledSize(QSize(header.size.width() / divisor, header.size.height() / divisor));
+    // The decoder scales the pixels as they are stored, before it turns them upright.
+    const QSize stored = reader.size();
+    if (divisor > 1 && stored.isValid())
+        reader.setScaledSize(QSize(stored.width() / divisor, stored.height() / divisor));
     QImage frame;
     if (!reader.read(&frame) || frame.isNull()) {
         result.error = QStringLiteral("cannot decode %1: %2").arg(quoted(name), reader.errorString());

@@ -72,8 +72,8 @@ public:
     bool isEmpty() const { return !isValid(); }
     bool isSameImage(const UIImage &other) const { return m_data == other.m_data; }
 
-    // Images are used in the pixel order in which they are stored: no orientation tag is read
-    // or applied. Returns this very image.
+    // Photos are turned upright as they are read (the orientation a camera records is applied
+    // on decoding), so nothing is left to do here. Returns this very image.
     UIImage fixOrientation() const;
     // The region `rect` (points, origin lower left) as a new one-frame image.
     UIImage croppedImage(const QRectF &rect) const;

@@ -1,10 +1,10 @@
 #include "model/RenderScale.h"
 
 #include "foundation/Log.h"
+#include "images/ImageFileReader.h"
 #include "model/CollageLayout.h"
 
 #include <QFile>
-#include <QImageReader>
 
 #include <algorithm>
 #include <cmath>
@@ -55,9 +55,9 @@ qint64 RenderScale::photoScaleFactor(const QSize &pixelSize, double tileWidth)
 
 QSize RenderScale::photoPixelSize(const QString &path)
 {
-    QImageReader reader(path);
-    reader.setDecideFormatFromContent(true);
-    return reader.size();
+    // Upright, as the photo is drawn: a portrait phone photo stored on its side measures tall.
+    const ImageFileReader::Header header = ImageFileReader::readHeaderOfFile(path);
+    return header.ok() ? header.size : QSize();
 }
 
 qint64 RenderScale::largestScaleFactor(const CollageLayout &layout)

@@ -31,8 +31,8 @@ public:
     // `tileWidth` points wide: the larger side over the tile's width (also for portrait photos),
     // rounded half away from zero. 0 for an unreadable photo or an empty tile.
     static qint64 photoScaleFactor(const QSize &pixelSize, double tileWidth);
-    // The pixel size a picture file claims in its header (no pixels are decoded); an invalid size
-    // when it cannot be read.
+    // The pixel size a picture file claims in its header (no pixels are decoded), upright (the
+    // recorded orientation applied); an invalid size when it cannot be read.
     static QSize photoPixelSize(const QString &path);
     // The largest photoScaleFactor over the layout's tiles, each photo measured from its file
     // (the placeholder picture included). 0 when no photo can be read.

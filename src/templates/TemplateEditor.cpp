@@ -53,14 +53,20 @@ void TemplateEditor::loadUserTemplates(const std::function<void(bool replace)> &
         chooseFiles(false);
 }
 
-bool TemplateEditor::importTemplateFiles(const QStringList &paths, bool replace)
+bool TemplateEditor::importTemplateFiles(const QStringList &paths, bool replace, QStringList *skipped)
 {
     Q_UNUSED(replace) // appending is the import's only mode
     bool added = false;
     for (const QString &path : paths) {
-        const PropertyList::ReadResult read = PropertyList::fromFile(path);
-        if (read.ok() && m_store.addTemplatesFromDictionary(read.value))
+        const TemplatesFile::ReadResult read = TemplatesFile::fromFile(path);
+        QString problem = read.error;
+        if (problem.isEmpty()
+            && !m_store.addTemplatesFromDictionary(TemplatesFile::makeTemplateDictionaryWithTemplates(read.templates)))
+            problem = QStringLiteral("%1: no template in its \"templates\" array").arg(path);
+        if (problem.isEmpty())
             added = true;
+        else if (skipped)
+            skipped->append(problem);
     }
     if (!added)
         m_alerts.beep();
@@ -130,8 +136,11 @@ std::optional<qsizetype> TemplateEditor::deleteTemplateAtRow(qsizetype row)
         return std::nullopt;
     if (remembered && m_store.userTemplates().contains(remembered))
         return std::nullopt;
-    // The selected template went (or none was selected): whatever row is selected now is applied.
-    return m_store.selectedUserRow();
+    // The selected template went (or none was selected): the template that slid into the
+    // selected row, if any, is applied as choosing it would.
+    const qsizetype selected = m_store.selectedUserRow();
+    m_store.setUserDefaultsFromUserTemplateData(selected);
+    return selected;
 }
 
 void TemplateEditor::sortUserTemplates()

@@ -31,8 +31,9 @@ public:
     // way to replace is to clear first).
     void loadUserTemplates(const std::function<void(bool replace)> &chooseFiles);
     // Adds the templates of each file in order; beeps when no file added anything. The replace
-    // flag is accepted and, as the import has always behaved, appends all the same.
-    bool importTemplateFiles(const QStringList &paths, bool replace = false);
+    // flag is accepted and, as the import has always behaved, appends all the same. Each file
+    // that added nothing is listed in `skipped` as "PATH: why".
+    bool importTemplateFiles(const QStringList &paths, bool replace = false, QStringList *skipped = nullptr);
     // Tells the user a file was not a templates file; "Try Again" calls tryAgain shortly after.
     void notTemplateFileAlert(const std::function<void()> &tryAgain);
     // Asks, then empties "My Templates"; an empty store only beeps.
@@ -42,9 +43,10 @@ public:
     // menu). followUp receives what deleteTemplateAtRow returns.
     void deleteTemplate(DeleteSender sender, qsizetype clickedRow,
                         const std::function<void(std::optional<qsizetype>)> &followUp = {});
-    // Deletes without asking. Returns nothing when the selection stayed on its template (or
-    // nothing was deleted); otherwise the row selected now, which the window applies and shows
-    // (-1: none selected, the label shows a blank).
+    // Deletes without asking. When the selected template itself was deleted, the template that
+    // slides into its row is selected and its values written into the defaults. Returns nothing
+    // when the selection stayed on its template (or nothing was deleted); otherwise the row
+    // selected now, which the window lays out and shows (-1: none selected, a blank label).
     std::optional<qsizetype> deleteTemplateAtRow(qsizetype row);
 
     // Asks, then sorts "My Templates" by module count a moment later (after the sheet is gone).

@@ -140,11 +140,22 @@ void TemplateStore::setSelectedUserRow(qsizetype row)
     m_selectedUserRow = row >= 0 && row < m_userTemplates.size() ? row : -1;
 }
 
+void TemplateStore::restoreSelectedUserRow()
+{
+    const bool saved = m_defaults.hasObject(Preferences::SelectedUserTemplateTableRow);
+    setSelectedUserRow(saved ? qsizetype(m_defaults.integerForKey(Preferences::SelectedUserTemplateTableRow)) : -1);
+}
+
 void TemplateStore::selectRow(qsizetype row)
 {
     if (row == m_selectedUserRow)
         return;
     m_selectedUserRow = row;
+    // Saved at once, so the row stored names the template that stayed selected.
+    if (!m_defaults.setInteger(row, Preferences::SelectedUserTemplateTableRow)) {
+        qCWarning(lcTessary, "Could not save the selected template: %s", qPrintable(m_defaults.errorString()));
+        emit writeFailed(QStringLiteral("The selected template could not be saved."), m_defaults.errorString());
+    }
     emit userSelectionChanged(row);
 }
 

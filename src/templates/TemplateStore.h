@@ -58,9 +58,13 @@ public:
     Template userTemplateAt(qsizetype row) const;
     Template builtInTemplateAt(qsizetype row) const;
 
-    // The user table's selected row, -1 for none.
+    // The user table's selected row, -1 for none. Every change that moves it saves it under
+    // "SelectedUserTemplateTableRow" (the table saves the user's own clicks).
     qsizetype selectedUserRow() const { return m_selectedUserRow; }
     void setSelectedUserRow(qsizetype row);
+    // Selects the saved row again, when one is saved and it is still a row (for edits made
+    // without the table, which a first start's default row 0 must not steer).
+    void restoreSelectedUserRow();
     Template selectedUserTemplate() const { return userTemplateAt(m_selectedUserRow); }
 
     // Inserts the templates of a templates file as one block at index (clamped to the store),

@@ -24,6 +24,16 @@ double TemplateTables::thumbnailHeight(const TemplateStore::Template &t)
     return image.isNull() ? 0.0 : image.height();
 }
 
+QImage TemplateTables::thumbnailImage(const TemplateStore::Template &t)
+{
+    if (!t)
+        return QImage();
+    const QVariant v = t->value(QStringLiteral("thumbnail"));
+    if (v.typeId() != QMetaType::QByteArray)
+        return QImage();
+    return QImage::fromData(v.toByteArray());
+}
+
 double TemplateTables::rowHeight(const TemplateStore::Template &t, double sliderPercent, TemplateTable table)
 {
     const double height = thumbnailHeight(t);

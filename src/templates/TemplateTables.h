@@ -3,6 +3,7 @@
 #include "templates/TemplateStore.h"
 #include "templates/TemplateTable.h"
 
+#include <QImage>
 #include <QString>
 
 // The arithmetic of the two template tables that is not widgets: row heights from the
@@ -18,6 +19,9 @@ public:
     static double rowHeight(const TemplateStore::Template &templateData, double sliderPercent, TemplateTable table);
     // The thumbnail's pixel height read from its header; 0 when there is none or it cannot be read.
     static double thumbnailHeight(const TemplateStore::Template &templateData);
+    // The template's "thumbnail" data decoded; a null image when there is none or it does not
+    // decode. Safe to call from a worker thread on a template shared with the store.
+    static QImage thumbnailImage(const TemplateStore::Template &templateData);
     // The label under a table: the row counted from 1, or a single blank when none is selected.
     static QString selectedRowLabel(qsizetype row);
     // The first built-in row whose "nbrModules" equals the photo count exactly; the number of

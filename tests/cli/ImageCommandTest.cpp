@@ -1,4 +1,5 @@
 #include "CliRunner.h"
+#include "images/ExifJpeg.h"
 
 #include <QBuffer>
 #include <QFile>
@@ -111,4 +112,26 @@ TEST_F(ImageCommandTest, HelpGoesToStandardOutput)
     const CliRun r = CliRun::of({"image", "--help"});
     EXPECT_EQ(r.code, 0);
     EXPECT_TRUE(r.out.contains(QLatin1String("image fit IN WIDTH HEIGHT METHOD OUT")));
+}
+
+// A photo stored on its side with an EXIF orientation tag is measured and fitted upright; a
+// picture cut short is refused with its name.
+TEST_F(ImageCommandTest, PhotosAreUprightAndTruncatedOnesRefused)
+{
+    const QString photo = path(QStringLiteral("phone.jpg"));
+    const QByteArray jpeg = testimages::orientedJpeg(testimages::quarters(300, 100), 6);
+    ASSERT_TRUE(testimages::writeFile(photo, jpeg));
+    const CliRun info = CliRun::of({"image", "info", photo});
+    ASSERT_EQ(info.code, 0) << info.err.toStdString();
+    EXPECT_EQ(info.out, QStringLiteral("size: 300 x 100\nframes: 1\n"));
+    const QString out = path(QStringLiteral("fitted.png"));
+    const CliRun fit = CliRun::of({"image", "fit", photo, "60", "60", "0", out});
+    ASSERT_EQ(fit.code, 0) << fit.err.toStdString();
+    EXPECT_EQ(testimages::quarterColours(QImage(out)), QStringLiteral("RGBW"));
+
+    const QString cut = path(QStringLiteral("cut.jpg"));
+    ASSERT_TRUE(testimages::writeFile(cut, jpeg.left(jpeg.size() - 10)));
+    const CliRun refused = CliRun::of({"image", "info", cut});
+    EXPECT_NE(refused.code, 0);
+    EXPECT_TRUE(refused.err.contains(cut) && refused.err.contains(QStringLiteral("truncated"))) << refused.err.toStdString();
 }

@@ -123,6 +123,32 @@ TEST_F(PhotosCommandTest, BadInputIsRefusedAndChangesNothing)
     }
 }
 
+// Every photo stays on one line of the listing, whatever its name holds.
+TEST_F(PhotosCommandTest, ListEscapesPathsSoEachPhotoIsOneLine)
+{
+    struct Case {
+        QString name, listedAs;
+    };
+    const std::vector<Case> cases{{QStringLiteral("new\nline.jpg"), QStringLiteral("new\\nline.jpg")},
+                                  {QStringLiteral("tab\there.jpg"), QStringLiteral("tab\\there.jpg")},
+                                  {QStringLiteral("cr\rhere.jpg"), QStringLiteral("cr\\rhere.jpg")},
+                                  {QStringLiteral("back\\n.jpg"), QStringLiteral("back\\\\n.jpg")},
+                                  {QStringLiteral("plain.jpg"), QStringLiteral("plain.jpg")}};
+    QStringList add{QStringLiteral("add")};
+    for (const Case &c : cases)
+        add << file(c.name);
+    ASSERT_EQ(run(add), 0) << err.toStdString();
+    ASSERT_EQ(run({QStringLiteral("list")}), 0);
+    const QStringList lines = out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), qsizetype(cases.size())) << out.toStdString();
+    const QString folder = QDir(dir.filePath(QStringLiteral("photos"))).absolutePath() + QLatin1Char('/');
+    for (size_t i = 0; i < cases.size(); ++i) {
+        const QStringList fields = lines[qsizetype(i)].split(QLatin1Char('\t'));
+        ASSERT_EQ(fields.size(), 3) << lines[qsizetype(i)].toStdString();
+        EXPECT_EQ(fields[2], folder + cases[i].listedAs);
+    }
+}
+
 TEST_F(PhotosCommandTest, EveryActionHasHelp)
 {
     for (const char *verb : {"list", "add", "remove", "move", "swap", "align", "clear"}) {

@@ -1,5 +1,7 @@
+#include "CliArguments.h"
 #include "CliRunner.h"
 
+#include "foundation/Log.h"
 #include "foundation/Preferences.h"
 #include "foundation/PropertyList.h"
 #include "foundation/UserDefaults.h"
@@ -7,6 +9,7 @@
 #include <QFile>
 #include <QImage>
 #include <QImageReader>
+#include <QLoggingCategory>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -163,6 +166,41 @@ TEST_F(RenderCommandTest, SeededJumbleRepeatsAndKeepsTilesInside)
         EXPECT_LE(f[3].toDouble() + f[5].toDouble(), 101.0) << line.toStdString();
     }
     EXPECT_EQ(run(args + QStringList{"--jumble", "--seed", "-1"}).code, 2);
+}
+
+// The tessary category's lines, as a terminal would show them.
+QStringList g_tessaryLines;
+void keepTessaryLine(QtMsgType, const QMessageLogContext &context, const QString &message)
+{
+    if (qstrcmp(context.category, "tessary") == 0)
+        g_tessaryLines << message;
+}
+
+// The layout and render debugging lines (free memory, the scale chosen) only with --verbose:
+// the program's start sets the logging rules from its arguments.
+TEST_F(RenderCommandTest, DebuggingLinesOnlyWhenVerbose)
+{
+    for (const bool verbose : {false, true}) {
+        std::vector<QByteArray> raw{"tessary-cli", "render", "--template", QFile::encodeName(templates),
+                                    QFile::encodeName(photos[0]), "-o", QFile::encodeName(path("out.png"))};
+        if (verbose)
+            raw.push_back("--verbose");
+        std::vector<const char *> argv;
+        for (const QByteArray &a : raw)
+            argv.push_back(a.constData());
+        const CliArguments arguments(int(argv.size()), argv.data());
+        QLoggingCategory::setFilterRules(arguments.loggingRules());
+        EXPECT_TRUE(lcTessary().isWarningEnabled());
+        g_tessaryLines.clear();
+        const QtMessageHandler previous = qInstallMessageHandler(keepTessaryLine);
+        QString out, err;
+        CliContext context(&out, &err);
+        const int code = arguments.dispatch(context);
+        qInstallMessageHandler(previous);
+        QLoggingCategory::setFilterRules(QString());
+        EXPECT_EQ(code, 0) << err.toStdString();
+        EXPECT_EQ(!g_tessaryLines.isEmpty(), verbose) << g_tessaryLines.join('\n').toStdString();
+    }
 }
 
 TEST_F(RenderCommandTest, UnreadablePhotoIsNamedAndItsTileLeftEmpty)

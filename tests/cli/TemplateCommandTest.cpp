@@ -5,6 +5,7 @@
 #include "foundation/UserDefaults.h"
 
 #include <QDir>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -111,6 +112,86 @@ TEST_F(TemplateCommandTest, EditAndExportMyTemplates)
     EXPECT_EQ(many.out, QStringLiteral("Tessary-Templates-Spring.html\n")); // no thumbnails: index only
 }
 
+// Four templates told apart by their widths 100-400; their module counts 5, 2, 3, 1 sort them
+// as the rows 3, 1, 2, 0.
+TEST_F(TemplateCommandTest, SelectionFollowsItsTemplateThroughDeleteAndSort)
+{
+    const QString mine = write(QStringLiteral("mine.plist"), file({makeTemplate(5, {}, 100), makeTemplate(2, {}, 200),
+                                                                   makeTemplate(3, {}, 300), makeTemplate(1, {}, 400)}));
+    struct Case {
+        const char *name;
+        const char *selected;
+        QStringList edit;
+        qint64 selectedAfter;
+        double appliedWidth; // the layout in the store afterwards
+    };
+    for (const Case &c : {Case{"delete a row above", "2", {"delete", "0"}, 1, 300},
+                          Case{"delete a row below", "1", {"delete", "3"}, 1, 200},
+                          Case{"delete the selected row", "1", {"delete", "1"}, 1, 300},
+                          Case{"delete the selected last row", "3", {"delete", "3"}, -1, 400},
+                          Case{"sort moves it down", "0", {"sort"}, 3, 100},
+                          Case{"sort moves it up", "3", {"sort"}, 0, 400}}) {
+        SCOPED_TRACE(c.name);
+        UserDefaults(dir.filePath(QStringLiteral("defaults.sqlite"))).removeObject(Preferences::UserTemplates);
+        ASSERT_EQ(CliRun::of({"template", "import", mine}).code, 0);
+        ASSERT_EQ(CliRun::of({"template", "apply-user", c.selected}).code, 0);
+        const CliRun edit = CliRun::of(QStringList{"template"} + c.edit);
+        EXPECT_EQ(edit.code, 0) << edit.err.toStdString();
+        const UserDefaults after(dir.filePath(QStringLiteral("defaults.sqlite")));
+        EXPECT_EQ(after.integerForKey(Preferences::SelectedUserTemplateTableRow), c.selectedAfter);
+        EXPECT_EQ(after.doubleForKey(Preferences::ContentSizeWidth), c.appliedWidth);
+    }
+}
+
+// The frames printed are those of the transformed collage, the very ones render lays out.
+TEST_F(TemplateCommandTest, LayoutPrintsTheTransformedFramesThatRenderUses)
+{
+    const QVariantMap t = makeTemplate(4, {moduleDict(2, 2), moduleDict(2, 1), moduleDict(1, 1), moduleDict(1, 1)});
+    const QString mine = write(QStringLiteral("mine.plist"), file({t}));
+    ASSERT_EQ(CliRun::of({"template", "import", mine}).code, 0);
+    ASSERT_EQ(CliRun::of({"template", "apply-user", "0"}).code, 0);
+    // Each tile's frame as "x y w h" to a hundredth of a point, read from "i<TAB>x,y wxh<TAB>..."
+    // (template layout) or "tile<TAB>i<TAB>x<TAB>y<TAB>w<TAB>h<TAB>..." (render).
+    const auto frames = [](const QString &out, bool fromRender) {
+        QStringList rects;
+        for (const QString &line : out.split(QLatin1Char('\n'), Qt::SkipEmptyParts)) {
+            const QStringList f = line.split(QRegularExpression(QStringLiteral("[\t, x]")));
+            if (fromRender ? f[0] != QLatin1String("tile") : f.size() < 5 || f[0] == QLatin1String("collage"))
+                continue;
+            QStringList numbers;
+            for (const QString &n : f.mid(fromRender ? 2 : 1, 4))
+                numbers << QString::number(n.toDouble(), 'f', 2);
+            rects << numbers.join(QLatin1Char(' '));
+        }
+        return rects;
+    };
+    for (const char *transform : {"0", "1", "2", "3", "4"}) {
+        SCOPED_TRACE(transform);
+        const CliRun layout = CliRun::of({"template", "layout", "--transform", transform});
+        const CliRun render = CliRun::of({"render", "--template", mine, "--increments", "5", "5", "--transform", transform,
+                                          "--layout-only"});
+        ASSERT_EQ(layout.code, 0) << layout.err.toStdString();
+        EXPECT_EQ(frames(layout.out, false).size(), 4);
+        EXPECT_EQ(frames(layout.out, false), frames(render.out, true)) << layout.out.toStdString() << render.out.toStdString();
+    }
+}
+
+// The files that read go in; each one skipped is named with its reason and fails the command.
+TEST_F(TemplateCommandTest, ImportNamesEachSkippedFileAndFails)
+{
+    const QString good = write(QStringLiteral("good.plist"), file({makeTemplate(2, {}), makeTemplate(3, {})}));
+    const QString bad = write(QStringLiteral("bad.plist"), QVariantMap{{QStringLiteral("a"), 1}});
+    const QString missing = dir.filePath(QStringLiteral("missing.plist"));
+    const CliRun r = CliRun::of({"template", "import", missing, good, bad});
+    EXPECT_EQ(r.code, 1);
+    for (const QString &why : {missing + QStringLiteral(": no such file"), bad + QStringLiteral(": not a templates file")})
+        EXPECT_TRUE(r.err.contains(QStringLiteral("template import: skipped ") + why)) << r.err.toStdString();
+    EXPECT_EQ(CliRun::of({"template", "list", "user"}).out.count(QLatin1Char('\n')), 2);
+    const CliRun none = CliRun::of({"template", "import", bad});
+    EXPECT_EQ(none.code, 1);
+    EXPECT_TRUE(none.err.contains(QStringLiteral("no templates found in the files given"))) << none.err.toStdString();
+}
+
 TEST_F(TemplateCommandTest, ErrorsAndHelp)
 {
     struct Case {
@@ -118,13 +199,11 @@ TEST_F(TemplateCommandTest, ErrorsAndHelp)
         int code;
         const char *message;
     };
-    const QString notPlist = write(QStringLiteral("x.plist"), QVariantMap{{QStringLiteral("a"), 1}});
     for (const Case &c : {Case{{"template"}, 2, "Usage:"},
                           Case{{"template", "frobnicate"}, 2, "unknown action"},
                           Case{{"template", "apply", "0"}, 1, "the store is empty"},
                           Case{{"template", "apply-user", "x"}, 1, "'x' is not a row"},
                           Case{{"template", "delete", "-1"}, 1, "is not a row"},
-                          Case{{"template", "import", notPlist}, 1, "no templates found"},
                           Case{{"template", "export-many", "/no/such/folder"}, 1, "is not a folder"},
                           Case{{"template", "layout", "--transform", "7"}, 2, "0 to 4"}}) {
         const CliRun r = CliRun::of(c.args);

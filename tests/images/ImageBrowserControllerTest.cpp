@@ -11,6 +11,7 @@
 #include <QMimeData>
 #include <QSignalSpy>
 #include <QTest>
+#include <QUuid>
 
 #include <sys/stat.h>
 
@@ -38,11 +39,11 @@ protected:
             s += QFileInfo(path).completeBaseName();
         return s;
     }
-    // A file of Tessary's own, in the images folder.
-    QString makeOwnedFile(const QString &name)
+    // A file of Tessary's own: a UUID name, in the images folder.
+    QString makeOwnedFile()
     {
         QDir().mkpath(imagesFolder());
-        const QString path = QDir(imagesFolder()).filePath(name);
+        const QString path = QDir(imagesFolder()).filePath(QUuid::createUuid().toString(QUuid::WithoutBraces) + QStringLiteral(".png"));
         QFile f(path);
         EXPECT_TRUE(f.open(QIODevice::WriteOnly));
         f.write("png");
@@ -88,31 +89,67 @@ TEST_F(ImageBrowserControllerTest, RemovalGoesHighestFirstAndSelectsTheLowest)
     }
 }
 
-TEST_F(ImageBrowserControllerTest, OnlyFilesInTheImagesFolderAreDeleted)
+// Removing or replacing an entry deletes its file only when Tessary made it: a UUID name with
+// its extension, directly in the images folder. A person's own files are never touched.
+TEST_F(ImageBrowserControllerTest, OnlyFilesTessaryMadeAreDeleted)
 {
-    auto c = makeController(2);
-    const QString owned = makeOwnedFile(QStringLiteral("owned.png"));
-    const QString ownedTwice = makeOwnedFile(QStringLiteral("twice.png"));
-    // A neighbour whose name merely starts like the images folder is not ours.
-    QDir().mkpath(documents() + QStringLiteral("/Images2"));
-    const QString lookalike = documents() + QStringLiteral("/Images2/x.png");
-    QFile(lookalike).open(QIODevice::WriteOnly);
-    const QString outside = c->images().at(0);
+    const QString uuid = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    const struct {
+        const char *what;
+        QString relative; // under the Documents folder
+        bool deleted;
+        bool link = false; // a link there to a file of the person's own
+    } cases[] = {
+        {"made by Tessary", QStringLiteral("Images/%1.png").arg(uuid), true},
+        {"made by Tessary, path spelled through a subfolder", QStringLiteral("Images/sub/../%1.jpg").arg(uuid), true},
+        {"the person's own picture", QStringLiteral("Images/holiday.jpg"), false},
+        {"the person's own, in a subfolder", QStringLiteral("Images/2019/beach.jpg"), false},
+        {"a UUID name in a subfolder", QStringLiteral("Images/sub/%1.png").arg(uuid), false},
+        {"a UUID name in a lookalike folder", QStringLiteral("Images2/%1.png").arg(uuid), false},
+        {"a UUID name beside the images folder", QStringLiteral("%1.png").arg(uuid), false},
+        {"a UUID name without extension", QStringLiteral("Images/%1").arg(uuid), false},
+        {"a UUID name with two extensions", QStringLiteral("Images/%1.png.bak").arg(uuid), false},
+        {"an upper-case UUID name", QStringLiteral("Images/%1.png").arg(uuid.toUpper()), false},
+        {"a UUID name with a prefix", QStringLiteral("Images/x%1.png").arg(uuid), false},
+        {"a link with a UUID name", QStringLiteral("Images/%1.png").arg(uuid), false, true},
+    };
+    for (const auto &k : cases) {
+        for (const bool replace : {false, true}) {
+            SCOPED_TRACE(testing::Message() << k.what << (replace ? ", replaced" : ", removed"));
+            auto c = makeController(1);
+            const QString path = documents() + QLatin1Char('/') + k.relative;
+            QDir().mkpath(imagesFolder() + QStringLiteral("/sub"));
+            QDir().mkpath(QFileInfo(path).absolutePath());
+            const QString own = makeFile(QStringLiteral("own.jpg"));
+            if (k.link)
+                ASSERT_TRUE(QFile::link(own, path));
+            else
+                ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
+            c->addImagesWithPaths({path});
+            ASSERT_EQ(c->count(), 2);
+            if (replace)
+                c->replaceImage(makeFile(QStringLiteral("r.jpg")), 1);
+            else
+                c->removeItemsAtIndexes({1});
+            EXPECT_EQ(QFileInfo::exists(path) || QFileInfo(path).isSymLink(), !k.deleted);
+            EXPECT_TRUE(QFile::exists(own));
+            QFile::remove(path);
+            c.reset();
+            defaults->removeObject(Preferences::Bookmarks);
+        }
+    }
+}
 
-    c->addImagesWithPaths({owned, ownedTwice, ownedTwice, lookalike}); // a b owned twice twice x
-    ASSERT_EQ(c->count(), 6);
-
-    c->replaceImage(makeFile(QStringLiteral("r.jpg")), 2); // owned -> r
+TEST_F(ImageBrowserControllerTest, AFileOfTessarysStaysWhileAnotherEntryShowsIt)
+{
+    auto c = makeController(1);
+    const QString owned = makeOwnedFile();
+    c->addImagesWithPaths({owned, owned});
+    c->removeItemsAtIndexes({1});
+    EXPECT_TRUE(QFile::exists(owned));
+    c->replaceImage(makeFile(QStringLiteral("r.jpg")), 1);
     EXPECT_FALSE(QFile::exists(owned));
-    c->replaceImage(makeFile(QStringLiteral("s.jpg")), 0); // a (outside) -> s
-    EXPECT_TRUE(QFile::exists(outside));
-    c->removeItemsAtIndexes({3}); // one of the two entries of twice.png
-    EXPECT_TRUE(QFile::exists(ownedTwice));
-    c->removeItemsAtIndexes({3}); // the last one
-    EXPECT_FALSE(QFile::exists(ownedTwice));
-    c->removeItemsAtIndexes({3}); // Images2/x.png
-    EXPECT_TRUE(QFile::exists(lookalike));
-    EXPECT_EQ(names(*c), QStringLiteral("sbr"));
+    EXPECT_EQ(names(*c), QStringLiteral("ar"));
 }
 
 TEST_F(ImageBrowserControllerTest, MissingFilesAreRefusedWithAnAlert)
@@ -217,7 +254,7 @@ TEST_F(ImageBrowserControllerTest, DroppedImageDataIsKeptInTheImagesFolder)
             continue;
         ASSERT_TRUE(QTest::qWaitFor([&] { return c->count() == before + 1; }, 2000));
         const QFileInfo added(c->images().at(1));
-        EXPECT_TRUE(ImageBrowserController::isInImagesFolder(added.filePath()));
+        EXPECT_TRUE(ImageBrowserController::isOwnedImageFile(added.filePath()));
         EXPECT_EQ(added.suffix(), QLatin1String(k.suffix));
         EXPECT_EQ(QImage(added.filePath()).size(), image.size());
     }
@@ -234,7 +271,7 @@ TEST_F(ImageBrowserControllerTest, PasteImageOrFile)
         mime.setImageData(image);
         ASSERT_TRUE(c->paste(mime));
         const QString path = c->images().at(1);
-        EXPECT_TRUE(ImageBrowserController::isInImagesFolder(path));
+        EXPECT_TRUE(ImageBrowserController::isOwnedImageFile(path));
         EXPECT_TRUE(path.endsWith(QStringLiteral(".png")));
         EXPECT_EQ(QImage(path).size(), QSize(5, 4));
         EXPECT_EQ(c->selectedItem(), 1);
@@ -251,19 +288,45 @@ TEST_F(ImageBrowserControllerTest, PasteImageOrFile)
 
 TEST_F(ImageBrowserControllerTest, ReorderingDragsMoveOrSwap)
 {
-    struct Case { qsizetype from; qsizetype to; ImageBrowserController::DropOperation op; const char *expected; };
+    // The dragged photo stays selected where it landed; indexes outside the list change nothing.
+    struct Case { qsizetype from; qsizetype to; ImageBrowserController::DropOperation op; bool done; const char *expected; qsizetype selected; };
     const Case cases[] = {
-        {0, 3, ImageBrowserController::DropBefore, "bcade"},
-        {0, 3, ImageBrowserController::DropOn, "dbcae"},
-        {4, 0, ImageBrowserController::DropBefore, "eabcd"},
+        {0, 3, ImageBrowserController::DropBefore, true, "bcade", 2},
+        {0, 5, ImageBrowserController::DropBefore, true, "bcdea", 4},
+        {0, 3, ImageBrowserController::DropOn, true, "dbcae", 3},
+        {4, 0, ImageBrowserController::DropBefore, true, "eabcd", 0},
+        {1, 5, ImageBrowserController::DropOn, false, "abcde", 4},
+        {5, 0, ImageBrowserController::DropBefore, false, "abcde", 4},
+        {0, 6, ImageBrowserController::DropBefore, false, "abcde", 4},
     };
     for (const Case &k : cases) {
         auto c = makeController(5);
-        EXPECT_TRUE(c->moveItemsAtIndexes({k.from, 1}, k.to, k.op));
+        EXPECT_EQ(c->moveItemsAtIndexes({k.from, 1}, k.to, k.op), k.done) << k.expected;
         EXPECT_EQ(names(*c), QLatin1String(k.expected));
+        EXPECT_EQ(c->selectedItem(), k.selected) << k.expected;
         c.reset();
         defaults->removeObject(Preferences::Bookmarks);
     }
+}
+
+// A duplicate is the photo's bytes in the images folder under a ".png" name, inserted at the
+// selected item; nothing to copy changes nothing.
+TEST_F(ImageBrowserControllerTest, DuplicateCopiesIntoTheImagesFolder)
+{
+    auto c = makeController(3);
+    c->selectIndex(1);
+    const QString copy = c->duplicateImage(2);
+    ASSERT_FALSE(copy.isEmpty());
+    EXPECT_TRUE(copy.startsWith(imagesFolder() + QLatin1Char('/')));
+    EXPECT_TRUE(copy.endsWith(QLatin1String(".png")));
+    QFile f(copy);
+    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+    EXPECT_EQ(f.readAll(), QByteArray("jpeg"));
+    EXPECT_EQ(c->count(), 4);
+    EXPECT_EQ(c->images().at(1), copy);
+    EXPECT_EQ(c->selectedItem(), 1);
+    EXPECT_TRUE(c->duplicateImage(9).isEmpty());
+    EXPECT_EQ(c->count(), 4);
 }
 
 TEST_F(ImageBrowserControllerTest, ExchangeAndSelectionByNumber)
@@ -357,7 +420,7 @@ TEST_F(ImageBrowserControllerTest, WatchedFileRemovalKeepsTheSelectionValid)
 
     // A file of Tessary's own that another program modified leaves the list, but the other
     // program's work stays on disk.
-    const QString owned = makeOwnedFile(QStringLiteral("edited.png"));
+    const QString owned = makeOwnedFile();
     c->addImagesWithPaths({owned});
     ASSERT_EQ(c->count(), 3);
     {

@@ -224,7 +224,8 @@ TEST_F(ImageCacheTest, StoredCacheRoundTrips)
     // The cache in memory is still usable after saving.
     EXPECT_TRUE(cache.getImageForPath(b).isValid());
 
-    // Entries that cannot come back: bytes that are no image, an entry without a date.
+    // Entries that cannot come back: bytes that are no image, an entry without a date, and a
+    // copy saved before photos were turned upright (it may lie on its side).
     QVariantMap stored = defaults->dictionaryForKey(Preferences::ImageCache);
     ASSERT_EQ(stored.size(), 2);
     EXPECT_EQ(stored.value(a).toMap().value(QStringLiteral("image")).typeId(), QMetaType::QByteArray);
@@ -232,6 +233,9 @@ TEST_F(ImageCacheTest, StoredCacheRoundTrips)
                   QVariantMap{{QStringLiteral("image"), QByteArray("junk")}, {QStringLiteral("date"), QDateTime::currentDateTimeUtc()}});
     stored.insert(QStringLiteral("/nowhere/undated.png"),
                   QVariantMap{{QStringLiteral("image"), stored.value(b).toMap().value(QStringLiteral("image"))}});
+    QVariantMap sideways = stored.value(b).toMap();
+    sideways.remove(QStringLiteral("upright"));
+    stored.insert(QStringLiteral("/nowhere/sideways.png"), sideways);
     defaults->setObject(stored, Preferences::ImageCache);
 
     ImageCache restored(&delegate);
@@ -240,7 +244,7 @@ TEST_F(ImageCacheTest, StoredCacheRoundTrips)
     EXPECT_EQ(restored.count(), 2);
     EXPECT_EQ(log.lines().first(), QStringLiteral("Restoring image cache..."));
     EXPECT_EQ(log.lines().last(), QStringLiteral("Finished restoring image cache."));
-    EXPECT_EQ(log.lines().filter(QStringLiteral("Added path to cache: ")).size(), 4); // every stored entry
+    EXPECT_EQ(log.lines().filter(QStringLiteral("Added path to cache: ")).size(), 5); // every stored entry
     for (const QString &path : {a, b}) {
         const ImageCache::Entry got = restored.imageCacheDictionary().value(path);
         const ImageCache::Entry was = cache.imageCacheDictionary().value(path);

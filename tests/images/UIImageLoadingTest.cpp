@@ -128,9 +128,7 @@ TEST_F(UIImageLoading, BrokenAndHostileFilesGiveTheEmptyImageAndANamedError)
         {"folder", path(QStringLiteral("folder.jpg")), "folder"},
         {"empty", write(QStringLiteral("empty.jpg"), QByteArray()), "empty"},
         {"text named as a picture", write(QStringLiteral("notes.png"), "just some words\n"), "not a picture"},
-        {"truncated JPEG", write(QStringLiteral("cut.jpg"), jpeg.left(jpeg.size() / 2)), "truncated"},
         {"JPEG cut inside the header", write(QStringLiteral("stub.jpg"), jpeg.left(40)), "\u201c"},
-        {"truncated PNG", write(QStringLiteral("cut.png"), png.left(png.size() / 2)), "\u201c"},
         {"JPEG claiming 60000 x 60000", write(QStringLiteral("huge.jpg"), jpegClaiming(60000, 60000)), "megapixel limit"},
         {"PNG claiming 100000 x 100000", write(QStringLiteral("huge.png"), pngClaiming(100000, 100000)), "megapixel limit"},
         // Qt's GIF reader gives no size before decoding; the allocation limit refuses it.
@@ -228,13 +226,4 @@ TEST_F(UIImageLoading, TiffRepresentationRoundTripsThePixels)
     EXPECT_TRUE(UIImage().CGImage().isNull());
     EXPECT_TRUE(UIImage().TIFFRepresentation().isEmpty());
     EXPECT_FALSE(UIImage::initWithTIFFRepresentation("not a tiff").isValid());
-}
-
-TEST(ImageFileReader, JpegCompletenessLooksForTheEndAfterTheLastScan)
-{
-    const QByteArray jpeg = encode(gradient(64, 64), "jpeg", 80);
-    EXPECT_TRUE(ImageFileReader::jpegIsComplete(jpeg));
-    EXPECT_TRUE(ImageFileReader::jpegIsComplete(jpeg + QByteArray("trailing bytes")));
-    EXPECT_FALSE(ImageFileReader::jpegIsComplete(jpeg.left(jpeg.size() - 2)));
-    EXPECT_FALSE(ImageFileReader::jpegIsComplete(QByteArray()));
 }

@@ -2,7 +2,9 @@
 
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
+#include "model/RenderScale.h"
 #include "model/TilePainter.h"
+#include "images/ExifJpeg.h"
 #include "support/FakePhotoList.h"
 
 #include <QPainter>
@@ -216,6 +218,29 @@ TEST_F(RendererTest, UnreadablePhotoLeavesItsTileEmptyAndIsNamed)
     EXPECT_TRUE(r.warnings[1].contains(QStringLiteral("missing.jpg"))) << r.warnings[1].toStdString();
     EXPECT_TRUE(shows(r.image, CollageRenderer::pixelRect(l.tiles[0].frame, 1).center(), kColours[2]));
     EXPECT_TRUE(shows(r.image, CollageRenderer::pixelRect(l.tiles[1].frame, 1).center(), kBackground));
+}
+
+// Photos stored sideways, mirrored or upside down with an EXIF orientation tag are measured
+// and drawn upright: one tile per orientation, each showing its four quarters in place. The
+// photos are large enough that the render decodes them at a reduced scale.
+TEST_F(RendererTest, PhotosAreMeasuredAndDrawnUprightWhateverTheirOrientation)
+{
+    const QSize upright(1600, 800);
+    const QImage picture = testimages::quarters(upright.width(), upright.height());
+    QStringList paths;
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        paths << dir.filePath(QStringLiteral("o%1.jpg").arg(orientation));
+        ASSERT_TRUE(testimages::writeFile(paths.last(), testimages::orientedJpeg(picture, orientation)));
+        EXPECT_EQ(RenderScale::photoPixelSize(paths.last()), upright) << "orientation " << orientation;
+    }
+    const FakePhotoList photos(paths, QList<int>(8, 0));
+    const CollageLayout l = layout(4, 2, photos);
+    const CollageRenderer::Result r = CollageRenderer::renderScaled(l, 2, options());
+    ASSERT_TRUE(r.ok()) << r.error.toStdString();
+    for (const TileLayout &t : l.tiles) {
+        SCOPED_TRACE(testing::Message() << "orientation " << t.tag + 1);
+        EXPECT_EQ(testimages::quarterColours(r.image.copy(CollageRenderer::pixelRect(t.frame, 2))), QStringLiteral("RGBW"));
+    }
 }
 
 TEST_F(RendererTest, UnscaledRenderShowsOpacityBorderAndSelection)

@@ -159,11 +159,15 @@ TEST(TemplateTables, RowHeightsLabelsAndPhotoCountMatch)
         double slider;
         TemplateTable table;
         double height;
+        QSize decoded; // the thumbnail as the table shows it; empty for none
     };
-    for (const Case &c : {Case{withThumb, 100, TemplateTable::User, 6}, Case{withThumb, 250, TemplateTable::BuiltIn, 15},
-                          Case{without, 100, TemplateTable::User, 16}, Case{broken, 100, TemplateTable::User, 16},
-                          Case{nullptr, 50, TemplateTable::User, 16}, Case{without, 100, TemplateTable::BuiltIn, 0}}) {
+    for (const Case &c : {Case{withThumb, 100, TemplateTable::User, 6, {8, 6}},
+                          Case{withThumb, 250, TemplateTable::BuiltIn, 15, {8, 6}},
+                          Case{without, 100, TemplateTable::User, 16, {}}, Case{broken, 100, TemplateTable::User, 16, {}},
+                          Case{nullptr, 50, TemplateTable::User, 16, {}}, Case{without, 100, TemplateTable::BuiltIn, 0, {}}}) {
         EXPECT_DOUBLE_EQ(TemplateTables::rowHeight(c.t, c.slider, c.table), c.height);
+        const QImage thumbnail = TemplateTables::thumbnailImage(c.t);
+        EXPECT_EQ(thumbnail.isNull() ? QSize() : thumbnail.size(), c.decoded);
     }
 
     EXPECT_EQ(TemplateTables::selectedRowLabel(-1), QStringLiteral(" "));

@@ -103,6 +103,8 @@ TEST_P(KeepSelection, FollowsTheSameTemplate)
 {
     const SelectionCase &c = GetParam();
     fill({3, 1, 2, 1});
+    // As a click on the row does: the row is saved, then the store told.
+    defaults.setInteger(c.selectedBefore, Preferences::SelectedUserTemplateTableRow);
     store.setSelectedUserRow(c.selectedBefore);
     const TemplateStore::Template selected = store.selectedUserTemplate();
     QSignalSpy moved(&store, &TemplateStore::userSelectionChanged);
@@ -113,7 +115,12 @@ TEST_P(KeepSelection, FollowsTheSameTemplate)
         EXPECT_EQ(store.selectedUserTemplate(), selected);
     }
     EXPECT_EQ(moved.count(), c.selectedAfter == c.selectedBefore ? 0 : 1);
-    EXPECT_EQ(storedIds(), c.expectedIds);
+    // What is stored says the same: a store read back selects the same row.
+    TemplateStore reread(defaults);
+    reread.restoreUserTemplates();
+    reread.restoreSelectedUserRow();
+    EXPECT_EQ(ids(reread.userTemplates()), c.expectedIds);
+    EXPECT_EQ(reread.selectedUserRow(), c.selectedAfter);
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -150,6 +157,14 @@ TEST_F(TemplateStoreTest, RestoreKeepsEveryTemplate)
     ASSERT_EQ(reread.userTemplates().size(), 3);
     for (qsizetype i = 0; i < 3; ++i)
         EXPECT_EQ(*reread.userTemplates()[i], *store.userTemplates()[i]);
+
+    // Only a saved row that is still a row selects one.
+    for (const auto &[saved, restored] : std::vector<std::pair<QVariant, qsizetype>>{
+             {QVariant(), -1}, {qint64(2), 2}, {qint64(3), -1}, {qint64(-1), -1}, {qint64(0), 0}}) {
+        defaults.setObject(saved, Preferences::SelectedUserTemplateTableRow);
+        reread.restoreSelectedUserRow();
+        EXPECT_EQ(reread.selectedUserRow(), restored) << saved.toString().toStdString();
+    }
 }
 
 TEST_F(TemplateStoreTest, ApplyingWritesLayoutValuesInOrder)

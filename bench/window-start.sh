@@ -1,0 +1,60 @@
+#!/bin/sh
+# The window's start, measured as a person meets it, under a virtual X server:
+#  - warm: the 49 factory photos with the image cache from the previous run: time from process
+#    start to the first painted main window, and resident memory once every tile shows its
+#    photo (median of three starts);
+#  - cold: 49 photos of 24 megapixels and an empty cache: time to the first painted window, the
+#    longest stall of the main thread while the tiles fill, and the time until every tile shows
+#    its photo, beside the photo-list benchmark's cold fill of the same photos (same run).
+#
+#   bench/window-start.sh [BUILD_DIR]      (default: build)
+set -eu
+
+build=${1:-build}
+for program in tessary tessary-cli tessary-bench; do
+    [ -x "$build/bin/$program" ] || { echo "$0: $build/bin/$program is missing; build first" >&2; exit 1; }
+done
+command -v xvfb-run >/dev/null || { echo "$0: xvfb-run is missing (scripts/install-deps.sh installs it)" >&2; exit 1; }
+
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+export TESSARY_RESOURCES="$PWD/$build/resources"
+export TESSARY_DOCUMENTS="$work/Documents"
+export QT_LOGGING_RULES="tessary.info=false"
+unset QT_QPA_PLATFORM
+
+# One start of the window, measured by the program's own probe; prints its line of figures.
+start_window() {
+    rm -f "$work/probe.json"
+    TESSARY_PROBE="$work/probe.json" xvfb-run -a -s "-screen 0 1600x1000x24" "$build/bin/tessary" >/dev/null 2>&1 || true
+    cat "$work/probe.json"
+}
+figure() { sed -n "s/.*\"$1\":\([-0-9.e]*\).*/\1/p"; }
+median3() { sort -n | sed -n 2p; }
+
+echo "== Warm start, 49 factory photos"
+export TESSARY_DEFAULTS="$work/warm.sqlite"
+start_window >/dev/null # fills the image cache, which is saved at quit
+: >"$work/warm.txt"
+for run in 1 2 3; do start_window >>"$work/warm.txt"; done
+cat "$work/warm.txt"
+echo "first paint, median: $(figure firstPaintMs <"$work/warm.txt" | median3) ms   (goal <= 800 ms)"
+echo "resident memory, median: $(figure residentMB <"$work/warm.txt" | median3) MB   (goal <= 350 MB)"
+
+echo "== Cold start, 49 photos of 24 megapixels"
+export TESSARY_BENCH_PHOTOS="${TESSARY_BENCH_PHOTOS_24MP:-${TMPDIR:-/tmp}/tessary-bench-photos-24mp}"
+export TESSARY_BENCH_PHOTO_SIZE=6000x4000
+fill=$("$build/bin/tessary-bench" --benchmark_filter='BM_ImageCacheColdFill/2/' --benchmark_format=csv 2>/dev/null |
+       grep '^"BM_ImageCacheColdFill/2' | cut -d, -f3)
+export TESSARY_DEFAULTS="$work/cold.sqlite"
+"$build/bin/tessary-cli" photos clear >/dev/null
+"$build/bin/tessary-cli" photos add "$TESSARY_BENCH_PHOTOS"/photo-*.jpg >/dev/null
+cold=$(start_window)
+echo "$cold"
+paint=$(echo "$cold" | figure firstPaintMs)
+filled=$(echo "$cold" | figure tilesFilledMs)
+stall=$(echo "$cold" | figure longestStallMs)
+echo "first paint: $paint ms   (goal <= 1000 ms)"
+echo "longest main-thread stall while the tiles fill: $stall ms   (goal <= 100 ms)"
+echo "all tiles filled: $filled ms after process start; photo-list cold fill of the same photos: $fill ms"
+awk -v a="$filled" -v b="$paint" -v f="$fill" 'BEGIN { if (f > 0) printf "filling after first paint / cold fill: %.2f   (goal <= 1.5)\n", (a - b) / f }'

@@ -1,0 +1,168 @@
+#include "app/HalvernDesktopController.h"
+
+#include "app/CompletionSound.h"
+#include "app/LoadFileSheet.h"
+#include "app/MainWindow.h"
+#include "app/PreferencesWindow.h"
+#include "app/WelcomeSheet.h"
+#include "app/TessaryLinks.h"
+#include "foundation/Log.h"
+#include "foundation/Paths.h"
+#include "foundation/Preferences.h"
+#include "foundation/UserDefaults.h"
+#include "images/ImageBrowserController.h"
+#include "widgets/ImageBrowserPanel.h"
+#include "widgets/TemplateTabView.h"
+#include "widgets/TessaryView.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileInfo>
+#include <QScreen>
+#include <QUrl>
+
+HalvernDesktopController::HalvernDesktopController(UserDefaults &defaults, const QString &resourcesFolder, QObject *parent)
+    : QObject(parent)
+    , m_defaults(defaults)
+    , m_resourcesFolder(resourcesFolder)
+{
+    m_imageBrowserController = std::make_unique<ImageBrowserController>(defaults, resourcesFolder, m_alerts);
+    m_mainWindow = std::make_unique<MainWindow>(defaults, *m_imageBrowserController, m_alerts, resourcesFolder);
+    connect(m_mainWindow.get(), &MainWindow::closing, qApp, &QApplication::quit, Qt::QueuedConnection);
+    connect(qApp, &QCoreApplication::aboutToQuit, this, &HalvernDesktopController::applicationWillTerminate);
+    connectActions();
+    awakeFromNib();
+}
+
+HalvernDesktopController::~HalvernDesktopController()
+{
+    applicationWillTerminate();
+}
+
+void HalvernDesktopController::awakeFromNib()
+{
+    // The sheets and the preferences window are made now, as the design's interface file makes
+    // them: the load-file sheet writes its first-run keys and folds itself at wake-up.
+    MainWindow *window = m_mainWindow.get();
+    m_loadFileWindow = new LoadFileSheet(m_defaults, window);
+    m_welcomeWindow = new WelcomeSheet(m_defaults, window);
+    connect(m_welcomeWindow, &WelcomeSheet::visitWebsiteRequested, this, &HalvernDesktopController::goToWebsite);
+    m_preferencesWindow = new PreferencesWindow(m_defaults, m_resourcesFolder, window);
+
+    Preferences prefs(m_defaults);
+    m_mainWindow->tessaryView().setTessaryBackgroundColor(prefs.tessaryBackgroundColor());
+    m_harpSound = new CompletionSound(QDir(m_resourcesFolder).filePath(QStringLiteral("harp.aif")), this);
+}
+
+void HalvernDesktopController::launch(const QStringList &imageFiles)
+{
+    applicationWillFinishLaunching();
+    applicationDidFinishLaunching();
+    if (!imageFiles.isEmpty())
+        m_imageBrowserController->addImagesWithPaths(imageFiles);
+}
+
+void HalvernDesktopController::applicationWillFinishLaunching()
+{
+    Preferences prefs(m_defaults);
+    m_mainWindow->show();
+    m_mainWindow->raise();
+    if (prefs.markPresent(Preferences::FirstRun)) {
+        if (QScreen *screen = m_mainWindow->screen()) {
+            QRect frame = m_mainWindow->frameGeometry();
+            frame.moveCenter(screen->availableGeometry().center());
+            m_mainWindow->move(frame.topLeft());
+        }
+    }
+    if (!prefs.doNotShowWelcomeWindowAgain())
+        showWelcomeWindow();
+}
+
+void HalvernDesktopController::applicationDidFinishLaunching()
+{
+    qCInfo(lcTessary, "documentsPath = %s", qUtf8Printable(Paths::documentsFolder()));
+    m_imageBrowserController->setInitialSelection();
+    m_mainWindow->templateTabView().setFirstTemplate();
+}
+
+void HalvernDesktopController::showPreferences()
+{
+    m_preferencesWindow->showPreferences();
+}
+
+void HalvernDesktopController::showWelcomeWindow()
+{
+    m_welcomeWindow->open();
+}
+
+void HalvernDesktopController::showLoadFileWindow()
+{
+    // With "DontShowAgain" set, the user templates would be loaded at once; choosing a templates
+    // file is part of template editing, so for now only the sheet is shown.
+    if (!Preferences(m_defaults).dontShowAgain())
+        m_loadFileWindow->open();
+}
+
+void HalvernDesktopController::applicationWillTerminate()
+{
+    if (m_terminated)
+        return;
+    m_terminated = true;
+    Preferences prefs(m_defaults);
+    prefs.setTessaryBackgroundColor(m_mainWindow->tessaryView().tessaryBackgroundColor());
+    m_imageBrowserController->appWillTerminate();
+    m_mainWindow->tessaryView().saveImageCacheToUserDefaults();
+}
+
+void HalvernDesktopController::doAlert(const QString &message, const QString &informative, AlertPresenter::Style style)
+{
+    m_imageBrowserController->doAlert(message, informative, style);
+}
+
+void HalvernDesktopController::loadFlowerImages()
+{
+    QStringList paths;
+    for (int i = 0; i <= 8; ++i)
+        paths.append(QDir(m_resourcesFolder).filePath(QStringLiteral("flower-%1.jpg").arg(i)));
+    m_imageBrowserController->addImagesWithPaths(paths);
+}
+
+void HalvernDesktopController::goHome()
+{
+    QDesktopServices::openUrl(QUrl::fromLocalFile(QDir::homePath()));
+}
+
+void HalvernDesktopController::goToWebsite()
+{
+    QDesktopServices::openUrl(TessaryLinks::website());
+}
+
+void HalvernDesktopController::halvernHelp()
+{
+    QDesktopServices::openUrl(TessaryLinks::helpPage(m_resourcesFolder));
+}
+
+void HalvernDesktopController::connectActions()
+{
+    MainWindow &w = *m_mainWindow;
+    const auto on = [&w, this](const char *name, auto slot) {
+        if (QAction *a = w.action(QString::fromLatin1(name)))
+            connect(a, &QAction::triggered, this, slot);
+    };
+    on("quit", [] { QApplication::quit(); });
+    on("loadSampleFlowers", [this] { loadFlowerImages(); });
+    on("loadFactoryPhotos", [this] { m_imageBrowserController->loadFactoryImages(); });
+    ImageBrowserPanel &browser = w.imageBrowserPanel();
+    on("addPhotos", [&browser] { browser.addPhotos(); });
+    on("paste", [&browser] { browser.paste(); });
+    on("removePhoto", [&browser] { browser.removeSelectedPhoto(); });
+    on("clearAllImages", [&browser] { browser.clearAllImages(); });
+    on("insertBlankImage", [&browser] { browser.insertBlankImage(); });
+    on("preferences", [this] { showPreferences(); });
+    on("welcome", [this] { showWelcomeWindow(); });
+    on("showDefaultTemplate", [this] { m_mainWindow->templateTabView().showDefaultTemplate(); });
+    on("help", [this] { halvernHelp(); });
+    on("website", [this] { goToWebsite(); });
+}

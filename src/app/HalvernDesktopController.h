@@ -1,0 +1,76 @@
+#pragma once
+
+#include "app/MessageBoxAlertPresenter.h"
+
+#include <QColor>
+#include <QObject>
+#include <QStringList>
+
+#include <memory>
+
+class CompletionSound;
+class LoadFileSheet;
+class PreferencesWindow;
+class WelcomeSheet;
+class ImageBrowserController;
+class MainWindow;
+class UserDefaults;
+
+// The application's controller: it makes the main window and its panels over the store, runs
+// the start-up order (wake-up, will-finish-launching, did-finish-launching), answers the menu
+// items that are not any one panel's, and saves the background colour and the image cache when
+// the application quits, however it quits.
+class HalvernDesktopController : public QObject
+{
+    Q_OBJECT
+public:
+    HalvernDesktopController(UserDefaults &defaults, const QString &resourcesFolder, QObject *parent = nullptr);
+    ~HalvernDesktopController() override;
+
+    // Shows the main window and runs the launch steps; image files given are added to the
+    // photo list.
+    void launch(const QStringList &imageFiles = {});
+    // Saves what must survive the run. Safe to call more than once; the first call does it.
+    void applicationWillTerminate();
+
+    MainWindow &mainWindow() const { return *m_mainWindow; }
+    ImageBrowserController &imageBrowserController() const { return *m_imageBrowserController; }
+    MessageBoxAlertPresenter &alerts() { return m_alerts; }
+    // The sound played when long work is done; silent where there is no audio.
+    CompletionSound &harpSound() const { return *m_harpSound; }
+
+    PreferencesWindow &preferencesWindow() const { return *m_preferencesWindow; }
+    WelcomeSheet &welcomeWindow() const { return *m_welcomeWindow; }
+    LoadFileSheet &loadFileWindow() const { return *m_loadFileWindow; }
+
+    void showPreferences();
+    void showWelcomeWindow();
+    // The load-file sheet, unless "DontShowAgain" is set.
+    void showLoadFileWindow();
+
+    // Beeps, then shows an alert with the message, "OK" and the informative text on the main
+    // window.
+    void doAlert(const QString &message, const QString &informative, AlertPresenter::Style style);
+
+    void loadFlowerImages();
+    void goHome();
+    void goToWebsite();
+    void halvernHelp();
+
+private:
+    void awakeFromNib();
+    void applicationWillFinishLaunching();
+    void applicationDidFinishLaunching();
+    void connectActions();
+
+    UserDefaults &m_defaults;
+    QString m_resourcesFolder;
+    MessageBoxAlertPresenter m_alerts;
+    std::unique_ptr<ImageBrowserController> m_imageBrowserController;
+    std::unique_ptr<MainWindow> m_mainWindow;
+    CompletionSound *m_harpSound = nullptr;
+    PreferencesWindow *m_preferencesWindow = nullptr;
+    WelcomeSheet *m_welcomeWindow = nullptr;
+    LoadFileSheet *m_loadFileWindow = nullptr;
+    bool m_terminated = false;
+};

@@ -1,0 +1,109 @@
+#include "app/MainWindow.h"
+
+#include "app/MessageBoxAlertPresenter.h"
+#include "images/ImageBrowserController.h"
+#include "widgets/CollageControlBar.h"
+#include "widgets/ImageBrowserPanel.h"
+#include "widgets/TemplateTabView.h"
+#include "widgets/TessaryView.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QMenuBar>
+#include <QSplitter>
+#include <QVBoxLayout>
+
+MainWindow::MainWindow(UserDefaults &defaults, ImageBrowserController &browser, MessageBoxAlertPresenter &alerts,
+                       const QString &resourcesFolder, QWidget *parent)
+    : QMainWindow(parent)
+    , m_defaults(defaults)
+    , m_browser(browser)
+{
+    setWindowTitle(QStringLiteral("Tessary"));
+    alerts.setParentWindow(this);
+
+    m_tessaryView = new TessaryView(defaults, browser, alerts, resourcesFolder);
+    m_browserPanel = new ImageBrowserPanel(browser, m_tessaryView->imageCacheLoader(), defaults);
+    m_templateTabs = new TemplateTabView(m_tessaryView->templateStore(), m_tessaryView->templateSelection(), defaults);
+    m_controlBar = new CollageControlBar(*m_tessaryView, defaults);
+
+    auto *collage = new QWidget;
+    auto *collageLayout = new QVBoxLayout(collage);
+    collageLayout->setContentsMargins(0, 0, 0, 0);
+    collageLayout->addWidget(m_tessaryView, 1);
+    collageLayout->addWidget(m_controlBar);
+
+    auto *splitter = new QSplitter(Qt::Horizontal);
+    splitter->addWidget(m_browserPanel);
+    splitter->addWidget(collage);
+    splitter->addWidget(m_templateTabs);
+    splitter->setStretchFactor(0, 0);
+    splitter->setStretchFactor(1, 1);
+    splitter->setStretchFactor(2, 0);
+    splitter->setChildrenCollapsible(false);
+    splitter->setSizes({260, 760, 260});
+    setCentralWidget(splitter);
+
+    browser.setCollageReloader([this] { m_tessaryView->reloadData(); });
+    connect(m_templateTabs, &TemplateTabView::templateChosen, m_tessaryView, &TessaryView::doChooseTemplate);
+    m_tessaryView->setTemplateRowProvider([this] {
+        const TemplateTable table = m_templateTabs->currentTable();
+        return std::make_pair(table, m_templateTabs->selectedRow(table));
+    });
+
+    buildMenus();
+    resize(1280, 800);
+}
+
+MainWindow::~MainWindow() = default;
+
+QAction *MainWindow::action(const QString &name) const
+{
+    return findChild<QAction *>(name);
+}
+
+void MainWindow::buildMenus()
+{
+    // Every action is made here, named, with the keys a Linux desktop user expects (the same on
+    // every desktop, as the README lists them); the controller connects what each one does.
+    const auto add = [this](QMenu *menu, const char *name, const QString &text, const QKeySequence &keys = {}) {
+        QAction *a = menu->addAction(text);
+        a->setObjectName(QString::fromLatin1(name));
+        a->setShortcut(keys);
+        return a;
+    };
+    QMenu *file = menuBar()->addMenu(tr("&File"));
+    add(file, "addPhotos", tr("Add Photos…"), QKeySequence(Qt::CTRL | Qt::Key_O));
+    add(file, "loadSampleFlowers", tr("Load Sample Flowers"));
+    add(file, "loadFactoryPhotos", tr("Load Factory Photos"));
+    file->addSeparator();
+    add(file, "quit", tr("Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q))->setMenuRole(QAction::QuitRole);
+
+    QMenu *edit = menuBar()->addMenu(tr("&Edit"));
+    add(edit, "paste", tr("Paste"), QKeySequence(Qt::CTRL | Qt::Key_V));
+    add(edit, "insertBlankImage", tr("Insert Blank Image"));
+    add(edit, "removePhoto", tr("Remove Photo"), QKeySequence(Qt::Key_Delete));
+    edit->addSeparator();
+    add(edit, "clearAllImages", tr("Clear All Images…"));
+
+    QMenu *collage = menuBar()->addMenu(tr("&Collage"));
+    add(collage, "jumble", tr("Jumble"), QKeySequence(Qt::CTRL | Qt::Key_J));
+    add(collage, "undoJumble", tr("Undo Jumble"), QKeySequence(Qt::CTRL | Qt::Key_Z));
+    add(collage, "unjumble", tr("Unjumble"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_J));
+    collage->addSeparator();
+    add(collage, "showDefaultTemplate", tr("Show Default Template"));
+
+    QMenu *settings = menuBar()->addMenu(tr("&Settings"));
+    add(settings, "preferences", tr("Preferences…"), QKeySequence(Qt::CTRL | Qt::Key_Comma));
+
+    QMenu *help = menuBar()->addMenu(tr("&Help"));
+    add(help, "help", tr("Tessary Help"), QKeySequence(Qt::Key_F1));
+    add(help, "website", tr("Tessary Website"));
+    add(help, "welcome", tr("Welcome…"));
+}
+
+void MainWindow::closeEvent(QCloseEvent *event)
+{
+    emit closing();
+    event->accept();
+}

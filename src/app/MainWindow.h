@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QMainWindow>
+
+class CollageControlBar;
+class ImageBrowserController;
+class ImageBrowserPanel;
+class MessageBoxAlertPresenter;
+class QAction;
+class TemplateTabView;
+class TessaryView;
+class UserDefaults;
+
+// The main window: the image browser, the collage view with its control bar, and the template
+// tabs, side by side, under the menus. It only assembles the panels and wires them to each
+// other; every action is forwarded to the panel or controller that owns the work.
+class MainWindow : public QMainWindow
+{
+    Q_OBJECT
+public:
+    MainWindow(UserDefaults &defaults, ImageBrowserController &browser, MessageBoxAlertPresenter &alerts,
+               const QString &resourcesFolder, QWidget *parent = nullptr);
+    ~MainWindow() override;
+
+    TessaryView &tessaryView() const { return *m_tessaryView; }
+    ImageBrowserPanel &imageBrowserPanel() const { return *m_browserPanel; }
+    TemplateTabView &templateTabView() const { return *m_templateTabs; }
+    CollageControlBar &controlBar() const { return *m_controlBar; }
+
+    // The menu actions by their object name ("addPhotos", "quit", ...), for the controller
+    // and for tests.
+    QAction *action(const QString &name) const;
+
+signals:
+    // The window is closing: the application saves and quits.
+    void closing();
+
+protected:
+    void closeEvent(QCloseEvent *event) override;
+
+private:
+    void buildMenus();
+
+    UserDefaults &m_defaults;
+    ImageBrowserController &m_browser;
+    TessaryView *m_tessaryView;
+    ImageBrowserPanel *m_browserPanel;
+    TemplateTabView *m_templateTabs;
+    CollageControlBar *m_controlBar;
+};

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QWidget>
+
+class QCheckBox;
+class QLabel;
+class QSlider;
+class UserDefaults;
+
+// The preferences window: four sliders and five check boxes, each writing its key the moment it
+// changes, with a help picture beside each group of controls, and Reset, which puts the reset
+// values back (the homography slider is left as it is) and shows them. A top-level window, not
+// modal; it is centred on screen the first time it is shown ("FirstRunPreferences").
+class PreferencesWindow : public QWidget
+{
+    Q_OBJECT
+public:
+    // The homography slider has a key of its own, named like the others after its control.
+    static inline const QString HomographyScaling = QStringLiteral("HomographyScaling");
+
+    PreferencesWindow(UserDefaults &defaults, const QString &resourcesFolder, QWidget *parent = nullptr);
+
+    // Shows the stored values and brings the window to the front, centring it the first time.
+    void showPreferences();
+    // Writes the reset values in their fixed order and shows them.
+    void resetPreferences();
+    // Shows the stored values (the control's own start value for a key never written).
+    void showStoredValues();
+
+    QSlider *matchingMarginWidthSlider() const { return m_matchingMarginWidth; }
+    QSlider *blendingMarginWidthSlider() const { return m_blendingMarginWidth; }
+    QSlider *inputImageScalingSlider() const { return m_inputImageScaling; }
+    QSlider *homographyScalingSlider() const { return m_homographyScaling; }
+    QCheckBox *cropResultCheckbox() const { return m_cropResult; }
+    QCheckBox *uniformlyCropCheckbox() const { return m_uniformlyCrop; }
+    QCheckBox *uniformlyCropFitCheckbox() const { return m_uniformlyCropFit; }
+    QCheckBox *megapixelLimitCheckbox() const { return m_megapixelLimit; }
+    QCheckBox *insetByCroppingCheckbox() const { return m_insetByCropping; }
+
+private:
+    QSlider *addSlider(const QString &key, int minimum, int maximum, const QString &suffix);
+    QCheckBox *addCheckBox(const QString &key, const QString &text);
+    QLabel *helpPicture(const QString &fileName, const char *name) const;
+
+    UserDefaults &m_defaults;
+    QString m_resourcesFolder;
+    QSlider *m_matchingMarginWidth;
+    QSlider *m_blendingMarginWidth;
+    QSlider *m_inputImageScaling;
+    QSlider *m_homographyScaling;
+    QCheckBox *m_cropResult;
+    QCheckBox *m_uniformlyCrop;
+    QCheckBox *m_uniformlyCropFit;
+    QCheckBox *m_megapixelLimit;
+    QCheckBox *m_insetByCropping;
+    QLabel *m_autoOpenNote;
+    bool m_showing = false;
+};

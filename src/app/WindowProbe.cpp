@@ -1,0 +1,100 @@
+#include "app/WindowProbe.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTimer>
+#include <QWidget>
+
+#include <unistd.h>
+
+namespace {
+
+// A number of /proc/self/stat, counted from 1 after the command's closing parenthesis.
+QByteArray statField(int field)
+{
+    QFile file(QStringLiteral("/proc/self/stat"));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    const QByteArray line = file.readAll();
+    const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
+    // Fields after the name start at the third of the whole line.
+    return field - 3 < fields.size() ? fields.at(field - 3) : QByteArray();
+}
+
+double uptimeSeconds()
+{
+    QFile file(QStringLiteral("/proc/uptime"));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    return file.readAll().split(' ').value(0).toDouble();
+}
+
+} // namespace
+
+double WindowProbe::msSinceProcessStart()
+{
+    const double startTicks = statField(22).toDouble();
+    return (uptimeSeconds() - startTicks / double(::sysconf(_SC_CLK_TCK))) * 1000.0;
+}
+
+double WindowProbe::residentMegabytes()
+{
+    return statField(24).toDouble() * double(::sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
+}
+
+WindowProbe *WindowProbe::createIfRequested(QWidget *mainWindow, QObject *collageView, QObject *parent)
+{
+    const QString output = qEnvironmentVariable("TESSARY_PROBE");
+    if (output.isEmpty())
+        return nullptr;
+    return new WindowProbe(mainWindow, collageView, output, parent);
+}
+
+WindowProbe::WindowProbe(QWidget *mainWindow, QObject *collageView, const QString &outputPath, QObject *parent)
+    : QObject(parent)
+    , m_window(mainWindow)
+    , m_output(outputPath)
+{
+    m_stalls.start();
+    mainWindow->installEventFilter(this);
+    connect(collageView, SIGNAL(tilesFilled()), this, SLOT(tilesFilled()));
+    // A start that never fills its tiles still reports, after a generous limit.
+    QTimer::singleShot(60000, this, &WindowProbe::finish);
+}
+
+bool WindowProbe::eventFilter(QObject *watched, QEvent *event)
+{
+    if (watched == m_window && event->type() == QEvent::Paint && m_firstPaintMs < 0)
+        m_firstPaintMs = msSinceProcessStart();
+    return QObject::eventFilter(watched, event);
+}
+
+void WindowProbe::tilesFilled()
+{
+    if (m_tilesFilledMs >= 0)
+        return;
+    m_tilesFilledMs = msSinceProcessStart();
+    // Let the last pictures be painted before the figures are taken.
+    QTimer::singleShot(200, this, &WindowProbe::finish);
+}
+
+void WindowProbe::finish()
+{
+    if (m_finished)
+        return;
+    m_finished = true;
+    m_stalls.stop();
+    QJsonObject figures{
+        {QStringLiteral("firstPaintMs"), m_firstPaintMs},
+        {QStringLiteral("tilesFilledMs"), m_tilesFilledMs},
+        {QStringLiteral("longestStallMs"), double(m_stalls.longestGapMs())},
+        {QStringLiteral("residentMB"), residentMegabytes()},
+    };
+    QFile file(m_output);
+    if (file.open(QIODevice::WriteOnly | QIODevice::Append))
+        file.write(QJsonDocument(figures).toJson(QJsonDocument::Compact) + '\n');
+    QCoreApplication::quit();
+}

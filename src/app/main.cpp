@@ -1,0 +1,91 @@
+#include "app/HalvernDesktopController.h"
+#include "app/MainWindow.h"
+#include "app/WindowProbe.h"
+#include "foundation/Paths.h"
+#include "foundation/UserDefaults.h"
+#include "widgets/TessaryView.h"
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QSocketNotifier>
+#include <QStyle>
+#include <QStyleFactory>
+
+#include <csignal>
+#include <cstdio>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+int g_termPipe[2] = {-1, -1};
+
+void onTerminationSignal(int)
+{
+    const char byte = 1;
+    [[maybe_unused]] const ssize_t n = ::write(g_termPipe[1], &byte, 1);
+}
+
+// The session sends SIGTERM at logout: quit through the event loop so everything is saved as
+// for Quit. The handler only writes a byte; the event loop does the rest.
+void quitOnTerminationSignals(QApplication &app)
+{
+    if (::socketpair(AF_UNIX, SOCK_STREAM, 0, g_termPipe) != 0)
+        return;
+    auto *notifier = new QSocketNotifier(g_termPipe[0], QSocketNotifier::Read, &app);
+    QObject::connect(notifier, &QSocketNotifier::activated, &app, [notifier] {
+        notifier->setEnabled(false);
+        char byte;
+        [[maybe_unused]] const ssize_t n = ::read(g_termPipe[0], &byte, 1);
+        QApplication::quit();
+    });
+    struct sigaction action = {};
+    action.sa_handler = onTerminationSignal;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    ::sigaction(SIGTERM, &action, nullptr);
+    ::sigaction(SIGINT, &action, nullptr);
+    ::sigaction(SIGHUP, &action, nullptr);
+}
+
+bool hasDisplay()
+{
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    if (!platform.isEmpty() && !platform.startsWith("xcb") && !platform.startsWith("wayland"))
+        return true; // offscreen, vnc, ...: the platform plugin needs no display server
+    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (!hasDisplay()) {
+        std::fprintf(stderr, "tessary: no display to open a window on (DISPLAY and WAYLAND_DISPLAY are not set); "
+                             "to make a collage without a window, use 'tessary-cli render'.\n");
+        return 1;
+    }
+    QApplication::setApplicationName(QStringLiteral("Tessary"));
+    QApplication::setOrganizationName(QStringLiteral("Tessary"));
+    QApplication::setDesktopFileName(QStringLiteral("org.tessary.Tessary"));
+    QApplication app(argc, argv);
+    app.setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
+    app.setPalette(app.style()->standardPalette());
+    quitOnTerminationSignals(app);
+
+    UserDefaults defaults;
+    if (!defaults.isOpen()) {
+        std::fprintf(stderr, "tessary: %s\n", qUtf8Printable(defaults.errorString()));
+        return 1;
+    }
+    QStringList files;
+    for (const QString &argument : app.arguments().mid(1)) {
+        if (QFileInfo(argument).isFile())
+            files.append(QFileInfo(argument).absoluteFilePath());
+    }
+    HalvernDesktopController controller(defaults, Paths::resourcesFolder());
+    WindowProbe::createIfRequested(&controller.mainWindow(), &controller.mainWindow().tessaryView(), &app);
+    controller.launch(files);
+    return app.exec();
+}

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <QAbstractListModel>
+#include <QCache>
+#include <QHash>
+#include <QPixmap>
+#include <QSet>
+#include <QStringList>
+#include <QTimer>
+
+#include <functional>
+
+class ImageBrowserController;
+class ImageCacheLoader;
+
+// The photo list as rows for the browser's grid: row i is photo i, with its number, its file
+// name and its thumbnail. The rows follow the controller: after each reload the new list is
+// compared with the rows shown and the difference is announced as row signals (insert, remove,
+// move, changed rows), a reset only when the change is none of those.
+//
+// Thumbnails come from the image cache's copies, asked for only when a row is painted; a copy
+// the cache does not hold yet is decoded by the cache's loader once the row has stayed on
+// screen for a moment (so a fast scroll through a long list does not queue every photo it
+// passed), and the row is updated when it arrives. The copy is scaled down to thumbnail size on
+// a worker thread, never on this one.
+class ImageBrowserModel : public QAbstractListModel
+{
+    Q_OBJECT
+public:
+    enum Role {
+        PathRole = Qt::UserRole + 1,
+        // ThumbnailState: whether the thumbnail is there, on its way, or cannot be made.
+        ThumbnailStateRole,
+    };
+    enum ThumbnailState { ThumbnailLoading, ThumbnailReady, ThumbnailFailed };
+    // Thumbnails are made this large (the longer side) and drawn smaller at lower zoom.
+    static constexpr int kThumbnailSide = 256;
+
+    // How the rows change from one list to the next.
+    struct Change {
+        enum Kind { None, Insert, Remove, Move, Update, Reset } kind = None;
+        int first = 0; // Insert, Remove, Update: the first row; Move: the row that moves
+        int last = 0;  // Insert, Remove, Update: the last row; Move: the destination (before)
+    };
+    static Change changeBetween(const QStringList &before, const QStringList &after);
+
+    ImageBrowserModel(ImageBrowserController &controller, ImageCacheLoader &loader, QObject *parent = nullptr);
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
+
+    // The thumbnail of the row, or a null pixmap while it is on its way; asks for it.
+    QPixmap thumbnail(int row) const;
+    QString pathAtRow(int row) const { return m_paths.value(row); }
+    // Rows are in step with the controller's list again (after its reload).
+    void sync();
+    // Thumbnails being scaled (for tests and benchmarks).
+    int pendingThumbnails() const { return int(m_scaling.size()); }
+    // Tells which rows are on screen when the decodings are asked for; without it, all are.
+    void setRowVisibility(std::function<bool(int row)> isVisible) { m_isRowVisible = std::move(isVisible); }
+    // How long a row must stay on screen before its photo is decoded.
+    static constexpr int kRequestDelayMilliseconds = 60;
+
+signals:
+    // A reset is about to drop and rebuild every row (the view keeps its scroll position).
+    void aboutToReset();
+    void didReset();
+
+private:
+    void imageArrived(const QString &path);
+    void imageFailed(const QString &path);
+    void scale(const QString &path, const QImage &image) const;
+    void thumbnailScaled(const QString &path, const QImage &thumbnail);
+    void rowsOfPathChanged(const QString &path);
+    void requestWanted();
+
+    ImageBrowserController &m_controller;
+    ImageCacheLoader &m_loader;
+    QStringList m_paths;
+    // Thumbnails by path, at most about 128 MB of them; the least recently used go first and
+    // are scaled again from the cache's copy when they are shown again.
+    mutable QCache<QString, QPixmap> m_thumbnails;
+    mutable QSet<QString> m_scaling;
+    mutable QSet<QString> m_waiting; // asked of the loader, not arrived yet
+    mutable QSet<int> m_wantedRows;  // painted without a thumbnail, to be asked for
+    mutable QTimer m_requestTimer;
+    QSet<QString> m_failed;
+    std::function<bool(int row)> m_isRowVisible;
+};

@@ -1,0 +1,137 @@
+#include "widgets/TemplateTabView.h"
+
+#include "templates/TemplateSelection.h"
+#include "templates/TemplateStore.h"
+#include "templates/TemplateTables.h"
+#include "widgets/TemplateListModel.h"
+#include "widgets/TemplateTablePane.h"
+
+#include <QListView>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+struct TemplateTabView::Private {
+    TemplateStore &store;
+    TemplateSelection &selection;
+    QTabWidget *tabs = nullptr;
+    TemplateTablePane *builtIn = nullptr;
+    TemplateTablePane *user = nullptr;
+};
+
+TemplateTabView::TemplateTabView(TemplateStore &store, TemplateSelection &selection, UserDefaults &, QWidget *parent)
+    : QWidget(parent)
+    , d(std::make_unique<Private>(Private{store, selection}))
+{
+    setObjectName(QStringLiteral("builtInUserTabView"));
+    d->builtIn = new TemplateTablePane(store, TemplateTable::BuiltIn);
+    d->user = new TemplateTablePane(store, TemplateTable::User);
+    d->tabs = new QTabWidget;
+    d->tabs->setDocumentMode(true);
+    d->tabs->addTab(d->builtIn, tr("Templates"));
+    d->tabs->addTab(d->user, tr("My Templates"));
+    d->tabs->setTabToolTip(0, tr("The templates that come with Tessary"));
+    d->tabs->setTabToolTip(1, tr("Your own templates"));
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(d->tabs);
+    setMinimumWidth(180);
+
+    for (TemplateTablePane *pane : {d->builtIn, d->user}) {
+        const TemplateTable table = pane->table();
+        connect(pane, &TemplateTablePane::selectionDidChange, this,
+                [this, table](qsizetype row) { tableSelectionDidChange(table, row); });
+    }
+    connect(d->tabs, &QTabWidget::currentChanged, this, [this] { didSelectTab(); });
+    connect(&store, &TemplateStore::userTemplatesChanged, this, [this] { d->user->reload(); });
+    connect(&store, &TemplateStore::userSelectionChanged, this, [this](qsizetype row) { d->user->selectRow(row); });
+}
+
+TemplateTabView::~TemplateTabView() = default;
+
+TemplateTable TemplateTabView::currentTable() const
+{
+    return d->tabs->currentIndex() == 0 ? TemplateTable::BuiltIn : TemplateTable::User;
+}
+
+qsizetype TemplateTabView::selectedRow(TemplateTable table) const
+{
+    return pane(table)->selectedRow();
+}
+
+void TemplateTabView::setCurrentTable(TemplateTable table)
+{
+    d->tabs->setCurrentIndex(table == TemplateTable::BuiltIn ? 0 : 1);
+}
+
+void TemplateTabView::tableSelectionDidChange(TemplateTable table, qsizetype row)
+{
+    TemplateTablePane *p = pane(table);
+    const QString label = d->selection.selectionDidChange(table, row);
+    if (row >= 0)
+        emit templateChosen(currentTable(), row);
+    p->setRowLabel(label);
+}
+
+void TemplateTabView::didSelectTab()
+{
+    setFirstTemplate();
+    // The tab's template is applied again even when the selection above already did.
+    const TemplateTable table = currentTable();
+    const qsizetype row = selectedRow(table);
+    if (row >= 0)
+        emit templateChosen(table, row);
+    pane(table)->setRowLabel(TemplateTables::selectedRowLabel(row));
+}
+
+void TemplateTabView::setFirstTemplate()
+{
+    const TemplateTable table = currentTable();
+    TemplateTablePane *p = pane(table);
+    // A saved row that is no longer a row (or -1) selects nothing.
+    const qsizetype row = d->selection.savedRow(table);
+    p->scrollToRow(row);
+    p->selectRow(row);
+    if (table == TemplateTable::BuiltIn)
+        showCurrentTemplate();
+    else
+        showCurrentUserTemplate();
+}
+
+void TemplateTabView::showDefaultTemplate()
+{
+    // The menu item means the built-in default: show it where it lives.
+    if (currentTable() != TemplateTable::BuiltIn)
+        setCurrentTable(TemplateTable::BuiltIn);
+    d->builtIn->selectRow(TemplateSelection::kDefaultBuiltInRow);
+    d->builtIn->scrollToRow(TemplateSelection::kDefaultBuiltInRow);
+}
+
+void TemplateTabView::showCurrentTemplate()
+{
+    d->builtIn->scrollToRow(d->builtIn->selectedRow());
+}
+
+void TemplateTabView::showCurrentUserTemplate()
+{
+    d->user->scrollToRow(d->user->selectedRow());
+}
+
+void TemplateTabView::showCurrentTessaryViewTemplate()
+{
+    if (currentTable() == TemplateTable::BuiltIn)
+        showCurrentTemplate();
+    else
+        showCurrentUserTemplate();
+}
+
+TemplateTablePane *TemplateTabView::pane(TemplateTable table) const
+{
+    return table == TemplateTable::BuiltIn ? d->builtIn : d->user;
+}
+
+QListView *TemplateTabView::tableView(TemplateTable table) const { return pane(table)->tableView(); }
+QSlider *TemplateTabView::slider(TemplateTable table) const { return pane(table)->slider(); }
+QLabel *TemplateTabView::rowLabel(TemplateTable table) const { return pane(table)->rowLabel(); }
+TemplateListModel *TemplateTabView::model(TemplateTable table) const { return pane(table)->model(); }
+QTabWidget *TemplateTabView::tabWidget() const { return d->tabs; }

@@ -1,0 +1,139 @@
+#include "app/PreferencesWindow.h"
+#include "foundation/Paths.h"
+#include "foundation/Preferences.h"
+#include "AppFixture.h"
+#include "ScreenshotFolder.h"
+
+#include <QCheckBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QSlider>
+#include <QTest>
+
+namespace {
+
+using PreferencesWindowTest = AppFixture;
+
+// Every control writes its own key the moment it changes; showing values writes nothing.
+TEST_F(PreferencesWindowTest, EachControlWritesItsKey)
+{
+    PreferencesWindow window(*defaults, Paths::resourcesFolder());
+    for (const QString &key : {Preferences::MatchingMarginWidth, Preferences::BlendingMarginWidth,
+                               Preferences::InputImageScaling, PreferencesWindow::HomographyScaling,
+                               Preferences::CropResult, Preferences::MegapixelLimit})
+        EXPECT_FALSE(defaults->hasObject(key)) << qPrintable(key);
+
+    const struct {
+        QSlider *slider;
+        const QString &key;
+        int value;
+    } sliders[] = {
+        {window.matchingMarginWidthSlider(), Preferences::MatchingMarginWidth, 12},
+        {window.blendingMarginWidthSlider(), Preferences::BlendingMarginWidth, 80},
+        {window.inputImageScalingSlider(), Preferences::InputImageScaling, 60},
+        {window.homographyScalingSlider(), PreferencesWindow::HomographyScaling, 40},
+    };
+    for (const auto &c : sliders) {
+        c.slider->setValue(c.value);
+        EXPECT_EQ(defaults->integerForKey(c.key), c.value) << qPrintable(c.key);
+    }
+    // Check boxes are clicked, as a person does.
+    const struct {
+        QCheckBox *box;
+        const QString &key;
+        bool startsOn;
+    } boxes[] = {
+        {window.cropResultCheckbox(), Preferences::CropResult, false},
+        {window.uniformlyCropCheckbox(), Preferences::UniformlyCrop, true},
+        {window.megapixelLimitCheckbox(), Preferences::MegapixelLimit, true},
+        {window.insetByCroppingCheckbox(), Preferences::InsetByCropping, true},
+        {window.uniformlyCropFitCheckbox(), Preferences::UniformlyCropFit, true},
+    };
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    // A step from the keyboard is written at once too.
+    QTest::keyClick(window.blendingMarginWidthSlider(), Qt::Key_Right);
+    EXPECT_EQ(defaults->integerForKey(Preferences::BlendingMarginWidth), 81);
+    for (const auto &c : boxes) {
+        EXPECT_EQ(c.box->isChecked(), c.startsOn) << qPrintable(c.key);
+        if (!c.box->isEnabled()) // the fit variant waits for uniform cropping
+            window.uniformlyCropCheckbox()->click();
+        QTest::mouseClick(c.box, Qt::LeftButton, {}, QPoint(8, c.box->height() / 2));
+        ASSERT_TRUE(defaults->hasObject(c.key)) << qPrintable(c.key);
+        EXPECT_EQ(defaults->boolForKey(c.key), !c.startsOn) << qPrintable(c.key);
+    }
+}
+
+// Reset writes the eight reset values and shows them; the homography slider and
+// "AlwaysZoomToFit" keep theirs.
+TEST_F(PreferencesWindowTest, ResetWritesAndShowsTheResetValues)
+{
+    defaults->setBool(false, Preferences::AlwaysZoomToFit);
+    PreferencesWindow window(*defaults, Paths::resourcesFolder());
+    window.matchingMarginWidthSlider()->setValue(30);
+    window.blendingMarginWidthSlider()->setValue(120);
+    window.inputImageScalingSlider()->setValue(20);
+    window.homographyScalingSlider()->setValue(35);
+    for (QCheckBox *box : {window.megapixelLimitCheckbox(), window.insetByCroppingCheckbox(),
+                           window.uniformlyCropFitCheckbox(), window.uniformlyCropCheckbox()})
+        box->setChecked(false);
+    window.cropResultCheckbox()->setChecked(true);
+
+    window.findChild<QPushButton *>(QStringLiteral("resetPreferences"))->click();
+    Preferences prefs(*defaults);
+    const struct {
+        QSlider *slider;
+        const QString &key;
+        int shown;
+    } sliders[] = {
+        {window.matchingMarginWidthSlider(), Preferences::MatchingMarginWidth, 0},
+        {window.blendingMarginWidthSlider(), Preferences::BlendingMarginWidth, 50},
+        {window.inputImageScalingSlider(), Preferences::InputImageScaling, 100},
+        {window.homographyScalingSlider(), PreferencesWindow::HomographyScaling, 35}, // untouched
+    };
+    for (const auto &c : sliders) {
+        EXPECT_EQ(c.slider->value(), c.shown) << qPrintable(c.key);
+        EXPECT_EQ(defaults->integerForKey(c.key), c.shown) << qPrintable(c.key);
+    }
+    EXPECT_EQ(prefs.matchingMarginWidth(), 0.0f);
+    const struct {
+        QCheckBox *box;
+        bool stored;
+        bool on;
+    } boxes[] = {
+        {window.megapixelLimitCheckbox(), prefs.megapixelLimit(), true},
+        {window.insetByCroppingCheckbox(), prefs.insetByCropping(), true},
+        {window.uniformlyCropCheckbox(), prefs.uniformlyCrop(), true},
+        {window.uniformlyCropFitCheckbox(), prefs.uniformlyCropFit(), true},
+        {window.cropResultCheckbox(), prefs.cropResult(), false},
+    };
+    for (const auto &c : boxes) {
+        EXPECT_EQ(c.box->isChecked(), c.on) << qPrintable(c.box->objectName());
+        EXPECT_EQ(c.stored, c.on) << qPrintable(c.box->objectName());
+    }
+    EXPECT_TRUE(defaults->hasObject(Preferences::AlwaysZoomToFit));
+    EXPECT_FALSE(prefs.alwaysZoomToFit());
+}
+
+// The seven help pictures are on the window; "FirstRunPreferences" is written at the first
+// showing; the window is a top-level window, not modal.
+TEST_F(PreferencesWindowTest, PicturesAndFirstShowing)
+{
+    PreferencesWindow window(*defaults, Paths::resourcesFolder());
+    for (const char *name : {"matchingMarginScalingIcon", "blendingMarginScalingIcon", "inputImageScalingIcon",
+                             "homographyScalingIcon", "cropResultIcon", "uniformlyCropIcon", "autoOpenIcon"}) {
+        auto *picture = window.findChild<QLabel *>(QString::fromLatin1(name));
+        ASSERT_NE(picture, nullptr) << name;
+        EXPECT_FALSE(picture->pixmap().isNull()) << name;
+    }
+    EXPECT_FALSE(defaults->hasObject(Preferences::FirstRunPreferences));
+    window.showPreferences();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    EXPECT_TRUE(window.isWindow());
+    EXPECT_FALSE(window.isModal());
+    EXPECT_TRUE(defaults->hasObject(Preferences::FirstRunPreferences));
+    EXPECT_FALSE(defaults->boolForKey(Preferences::FirstRunPreferences));
+    saveScreenshot(window, "preferences-window");
+}
+
+} // namespace

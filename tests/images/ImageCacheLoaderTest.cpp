@@ -1,0 +1,76 @@
+#include "images/ImageCache.h"
+#include "images/ImageCacheLoader.h"
+#include "support/FakePhotoList.h"
+
+#include <QFile>
+#include <QImage>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+class ImageCacheLoaderTest : public ::testing::Test
+{
+protected:
+    QString makePhoto(const QString &name, QSize size)
+    {
+        QImage image(size, QImage::Format_RGB32);
+        image.fill(Qt::darkCyan);
+        const QString path = dir.filePath(name);
+        image.save(path, "PNG");
+        return path;
+    }
+    QTemporaryDir dir;
+};
+
+// A lookup never waits: an uncached photo answers nothing at once and arrives by signal; a
+// cached one answers at once; a file that cannot be read fails once and is not tried again
+// until it changes.
+TEST_F(ImageCacheLoaderTest, AnswersAtOnceAndDeliversBySignal)
+{
+    const QString good = makePhoto(QStringLiteral("good.png"), {40, 30});
+    const QString broken = dir.filePath(QStringLiteral("broken.png"));
+    QFile f(broken);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write("not a picture");
+    f.close();
+    FakePhotoList photos({good, broken});
+    ImageCache cache(&photos);
+    ImageCacheLoader loader(cache);
+    QSignalSpy ready(&loader, &ImageCacheLoader::imageReady);
+    QSignalSpy failed(&loader, &ImageCacheLoader::imageFailed);
+
+    EXPECT_FALSE(loader.imageForPath(good).has_value());
+    EXPECT_FALSE(loader.imageForPath(broken).has_value());
+    EXPECT_TRUE(loader.isLoading(good));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return ready.count() == 1 && failed.count() == 1; }, 5000));
+    EXPECT_EQ(ready.at(0).at(0).toString(), good);
+    EXPECT_EQ(failed.at(0).at(0).toString(), broken);
+
+    const std::optional<UIImage> cached = loader.imageForPath(good);
+    ASSERT_TRUE(cached.has_value());
+    EXPECT_EQ(cached->pixelSize(), QSize(40, 30));
+    EXPECT_FALSE(loader.imageForPath(broken).has_value());
+    EXPECT_FALSE(loader.isLoading(broken)) << "an unchanged broken file is not decoded again";
+    EXPECT_EQ(loader.loadingCount(), 0);
+}
+
+TEST_F(ImageCacheLoaderTest, WaitForAllTakesEveryDecodingIn)
+{
+    QStringList paths;
+    for (int i = 0; i < 6; ++i)
+        paths << makePhoto(QStringLiteral("p%1.png").arg(i), {64, 48});
+    FakePhotoList photos(paths);
+    ImageCache cache(&photos);
+    ImageCacheLoader loader(cache);
+    loader.request(paths + paths); // asking twice starts each photo once
+    EXPECT_EQ(loader.loadingCount(), 6);
+    loader.waitForAll();
+    EXPECT_EQ(loader.loadingCount(), 0);
+    EXPECT_EQ(cache.count(), 6);
+}
+
+} // namespace
