@@ -37,6 +37,44 @@ int expectArgs(const QStringList &args, int count, CliContext &context)
     return 0;
 }
 
+// The stored key named on the command line: the key itself, or a key holding characters that
+// XML cannot carry (kept by an older version) named as it is shown, with \u{XXXX} for them.
+QString storedKey(const UserDefaults &defaults, const QString &named)
+{
+    const QStringList keys = defaults.allKeys();
+    if (keys.contains(named))
+        return named;
+    for (const QString &key : keys) {
+        if (UserDefaults::printableKey(key) == named)
+            return key;
+    }
+    return named;
+}
+
+// The whole store as it can be written as XML, key by key, so that what is left out is named: a
+// value that no longer reads, and a key or string XML cannot carry (kept by an older version),
+// with the command that deletes it.
+QVariantMap exportableValues(const UserDefaults &defaults, CliContext &context, const QString &verb)
+{
+    QVariantMap all;
+    for (const QString &key : defaults.allKeys()) {
+        const QVariant value = defaults.objectForKey(key);
+        if (!value.isValid()) {
+            context.err << "tessary-cli: defaults " << verb << ": warning: \"" << UserDefaults::printableKey(key)
+                        << "\" left out: its stored value cannot be read\n";
+            continue;
+        }
+        const QString reason = UserDefaults::unwritableReason(value, key);
+        if (!reason.isEmpty()) {
+            context.err << "tessary-cli: defaults " << verb << ": warning: left out: " << reason
+                        << "; delete it with: tessary-cli defaults delete '" << UserDefaults::printableKey(key) << "'\n";
+            continue;
+        }
+        all.insert(key, value);
+    }
+    return all;
+}
+
 } // namespace
 
 int DefaultsCommand::run(const QStringList &args, CliContext &context)
@@ -60,11 +98,15 @@ int DefaultsCommand::run(const QStringList &args, CliContext &context)
             return expectArgs(args, 1, context);
         QVariant value;
         if (args.size() == 2) {
-            value = defaults.objectForKey(args[1]);
+            const QString key = storedKey(defaults, args[1]);
+            value = defaults.objectForKey(key);
             if (!value.isValid())
                 return context.fail(QStringLiteral("the key \"%1\" does not exist in %2").arg(args[1], defaults.filePath()));
+            const QString reason = UserDefaults::unwritableReason(value, key);
+            if (!reason.isEmpty())
+                return context.fail(reason);
         } else {
-            value = defaults.dictionaryRepresentation();
+            value = exportableValues(defaults, context, verb);
         }
         QString error;
         const QByteArray xml = PropertyList::toXml(value, &error);
@@ -86,9 +128,11 @@ int DefaultsCommand::run(const QStringList &args, CliContext &context)
     if (verb == QLatin1String("delete")) {
         if (int code = expectArgs(args, 1, context))
             return code;
-        if (!defaults.hasObject(args[1]))
+        // Any key can be deleted, even one whose value no longer reads.
+        const QString key = storedKey(defaults, args[1]);
+        if (!defaults.allKeys().contains(key))
             return context.fail(QStringLiteral("the key \"%1\" does not exist in %2").arg(args[1], defaults.filePath()));
-        if (!defaults.removeObject(args[1]))
+        if (!defaults.removeObject(key))
             return context.fail(defaults.errorString());
         return 0;
     }
@@ -108,16 +152,7 @@ int DefaultsCommand::run(const QStringList &args, CliContext &context)
     // export
     if (int code = expectArgs(args, 1, context))
         return code;
-    // Key by key, so that a value that no longer reads is named rather than left out unseen.
-    QVariantMap all;
-    for (const QString &key : defaults.allKeys()) {
-        const QVariant value = defaults.objectForKey(key);
-        if (value.isValid())
-            all.insert(key, value);
-        else
-            context.err << "tessary-cli: defaults export: warning: \"" << key
-                        << "\" left out: its stored value cannot be read\n";
-    }
+    const QVariantMap all = exportableValues(defaults, context, verb);
     QString error;
     if (args[1] == QLatin1String("-")) {
         const QByteArray xml = PropertyList::toXml(all, &error);

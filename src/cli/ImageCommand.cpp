@@ -1,11 +1,13 @@
 #include "ImageCommand.h"
 
+
+#include "foundation/AtomicFileWriter.h"
 #include "images/ImageFileReader.h"
 #include "images/UIImage.h"
 
+#include <QBuffer>
 #include <QFileInfo>
 #include <QImageWriter>
-#include <QSaveFile>
 
 namespace {
 
@@ -81,17 +83,17 @@ int fit(const QStringList &args, CliContext &context)
     if (!fitted.isValid())
         return context.fail(QStringLiteral("image fit: cannot make a %1 x %2 picture").arg(width).arg(height));
 
-    // Written to a temporary file and renamed into place, so a failed write leaves no half file.
-    QSaveFile file(out);
-    if (!file.open(QIODevice::WriteOnly))
-        return context.fail(QStringLiteral("cannot write '%1': %2").arg(out, file.errorString()));
-    QImageWriter writer(&file, format);
-    if (!writer.write(fitted.bestRepresentation())) {
-        file.cancelWriting();
+    // Encoded in memory, then written to a temporary file renamed into place: a failed write
+    // leaves no half file, and says the system's reason, which an image writer does not know.
+    QByteArray encoded;
+    QBuffer buffer(&encoded);
+    buffer.open(QIODevice::WriteOnly);
+    QImageWriter writer(&buffer, format);
+    if (!writer.write(fitted.bestRepresentation()))
         return context.fail(QStringLiteral("cannot write '%1': %2").arg(out, writer.errorString()));
-    }
-    if (!file.commit())
-        return context.fail(QStringLiteral("cannot write '%1': %2").arg(out, file.errorString()));
+    QString error;
+    if (!AtomicFileWriter::write(out, encoded, &error))
+        return context.fail(QStringLiteral("cannot write '%1': %2").arg(out, error));
     return 0;
 }
 

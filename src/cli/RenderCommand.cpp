@@ -1,8 +1,10 @@
 #include "RenderCommand.h"
 
+
 #include "PrintingAlertPresenter.h"
 #include "RenderPhotoList.h"
 
+#include "foundation/AtomicFileWriter.h"
 #include "foundation/Paths.h"
 #include "foundation/PlistValue.h"
 #include "foundation/Preferences.h"
@@ -17,10 +19,10 @@
 #include "templates/TemplateStore.h"
 #include "templates/TemplatesFile.h"
 
+#include <QBuffer>
 #include <QFileInfo>
 #include <QImageWriter>
 #include <QPainter>
-#include <QSaveFile>
 
 #include <optional>
 
@@ -525,18 +527,18 @@ private:
                 return QStringLiteral("cannot write '%1': %2").arg(m_request.output, error);
             return QString();
         }
-        QSaveFile file(m_request.output);
-        if (!file.open(QIODevice::WriteOnly))
-            return QStringLiteral("cannot write '%1': %2").arg(m_request.output, file.errorString());
-        QImageWriter writer(&file, format);
+        // Encoded in memory, then written atomically with the system's reason on failure.
+        QByteArray encoded;
+        QBuffer buffer(&encoded);
+        buffer.open(QIODevice::WriteOnly);
+        QImageWriter writer(&buffer, format);
         if (format == "jpeg" || format == "webp")
             writer.setQuality(m_request.quality >= 0 ? m_request.quality : 90);
-        if (!writer.write(image)) {
-            file.cancelWriting();
+        if (!writer.write(image))
             return QStringLiteral("cannot write '%1': %2").arg(m_request.output, writer.errorString());
-        }
-        if (!file.commit())
-            return QStringLiteral("cannot write '%1': %2").arg(m_request.output, file.errorString());
+        QString error;
+        if (!AtomicFileWriter::write(m_request.output, encoded, &error))
+            return QStringLiteral("cannot write '%1': %2").arg(m_request.output, error);
         return QString();
     }
 

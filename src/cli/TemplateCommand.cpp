@@ -79,6 +79,11 @@ public:
         m_store.restoreUserTemplates();
         // The selection the last command or the window left, so edits keep it on its template.
         m_store.restoreSelectedUserRow();
+        // A change that was not stored is said at once; the command then fails.
+        QObject::connect(&m_store, &TemplateStore::writeFailed, [this](const QString &what, const QString &reason) {
+            m_context.fail(QStringLiteral("%1 %2").arg(what, reason));
+            ++m_writeFailures;
+        });
     }
 
     int run(const QString &verb, const QStringList &args)
@@ -143,11 +148,10 @@ private:
         if (row < 0)
             return 1;
         // As a click on the row: the selection is remembered, then the template applied.
-        m_defaults.setInteger(row, user ? Preferences::SelectedUserTemplateTableRow : Preferences::SelectedTemplateTableRow);
-        if (user)
-            m_store.setUserDefaultsFromUserTemplateData(row);
-        else
-            m_store.setUserDefaultsFromBuiltInTemplateData(row);
+        if (!m_defaults.setInteger(row, user ? Preferences::SelectedUserTemplateTableRow : Preferences::SelectedTemplateTableRow))
+            return m_context.fail(QStringLiteral("template %1: %2").arg(verb, m_defaults.errorString()));
+        if (!(user ? m_store.setUserDefaultsFromUserTemplateData(row) : m_store.setUserDefaultsFromBuiltInTemplateData(row)))
+            return 1;
         m_context.out << "applied " << (user ? "user" : "builtin") << " template " << row << '\n';
         return 0;
     }
@@ -161,6 +165,8 @@ private:
         const bool added = m_editor.importTemplateFiles(args, false, &skipped);
         for (const QString &why : skipped)
             m_context.err << "tessary-cli: template import: skipped " << why << '\n';
+        if (m_writeFailures)
+            return 1;
         if (!added)
             return m_context.fail(QStringLiteral("template import: no templates found in the files given"));
         m_context.out << "imported " << (m_store.userTemplates().size() - before) << " templates; My Templates holds "
@@ -210,6 +216,8 @@ private:
         if (row < 0)
             return 1;
         const std::optional<qsizetype> applied = m_editor.deleteTemplateAtRow(row);
+        if (m_writeFailures)
+            return 1;
         m_context.out << "deleted template " << row << "; My Templates holds " << m_store.userTemplates().size() << '\n';
         if (applied && *applied >= 0)
             m_context.out << "applied user template " << *applied << '\n';
@@ -221,6 +229,8 @@ private:
         if (!args.isEmpty())
             return usageError(QStringLiteral("sort"), QStringLiteral("takes no arguments"));
         m_editor.doSortUserTemplates();
+        if (m_writeFailures)
+            return 1;
         printStore(QStringLiteral("user"), m_store.userTemplates());
         return 0;
     }
@@ -289,6 +299,7 @@ private:
     PrintingAlertPresenter m_alerts;
     TemplateStore m_store;
     TemplateEditor m_editor;
+    int m_writeFailures = 0;
 };
 
 int info(const QStringList &args, CliContext &context)

@@ -81,14 +81,16 @@ QVariantList Preferences::savedTessaryDataModules() const { return m_defaults.ar
 
 bool Preferences::resetPreferences()
 {
-    bool ok = true;
-    ok &= m_defaults.setInteger(50, BlendingMarginWidth);
-    ok &= m_defaults.setInteger(100, InputImageScaling);
-    ok &= m_defaults.setBool(true, MegapixelLimit);
-    ok &= m_defaults.setBool(true, InsetByCropping);
-    ok &= m_defaults.setBool(true, UniformlyCrop);
-    ok &= m_defaults.setBool(true, UniformlyCropFit);
-    ok &= m_defaults.setBool(false, CropResult);
-    ok &= m_defaults.setInteger(0, MatchingMarginWidth);
-    return ok && m_defaults.synchronize();
+    // One transaction: the eight values are stored together or, when the store cannot be
+    // written, none of them (the caller reports defaults().errorString()).
+    return m_defaults.setValuesForKeys({
+        {BlendingMarginWidth, QVariant::fromValue(qint64(50))},
+        {InputImageScaling, QVariant::fromValue(qint64(100))},
+        {MegapixelLimit, true},
+        {InsetByCropping, true},
+        {UniformlyCrop, true},
+        {UniformlyCropFit, true},
+        {CropResult, false},
+        {MatchingMarginWidth, QVariant::fromValue(qint64(0))},
+    });
 }

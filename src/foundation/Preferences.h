@@ -65,7 +65,7 @@ public:
     // Presence keys.
     bool isPresent(const QString &presenceKey) const;
     // Writes NO under the key when it is absent; returns true when it was absent (the one-time
-    // action is due now).
+    // action is due now). On a store that cannot be written it stays due.
     bool markPresent(const QString &presenceKey);
 
     bool addTemplatesDisclosed() const;
@@ -99,8 +99,9 @@ public:
     float contentSizeHeight() const;
     QVariantList savedTessaryDataModules() const;
 
-    // The preferences reset: the eight values written in their fixed order. The homography
-    // slider, "AlwaysZoomToFit" and "AutoOpenStitchedImageFile" are left alone.
+    // The preferences reset: the eight values written together, all or none; false when the
+    // store could not be written. The homography slider, "AlwaysZoomToFit" and
+    // "AutoOpenStitchedImageFile" are left alone.
     bool resetPreferences();
 
 private:

@@ -1,5 +1,7 @@
 #include "foundation/PropertyList.h"
 
+#include "foundation/AtomicFileWriter.h"
+
 #include "foundation/BinaryPropertyListReader.h"
 #include "foundation/PlistUid.h"
 #include "foundation/XmlPropertyListReader.h"
@@ -7,7 +9,6 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QTimeZone>
 
 #include <plist/plist.h>
@@ -211,10 +212,14 @@ QByteArray PropertyList::toBytes(const QVariant &value, Format format, QString *
         plist_to_bin(root.get(), &out, &length);
     }
     QByteArray bytes(out ? out : "", out ? qsizetype(length) : 0);
-    if (format == Format::Xml)
+    if (format == Format::Xml) {
         plist_to_xml_free(out);
-    else
+        // XML readers turn a carriage return in text into a newline; written as a reference it
+        // reads back as itself. The writer puts none into the markup, only into strings.
+        bytes.replace("\r", "&#13;");
+    } else {
         plist_to_bin_free(out);
+    }
     if (bytes.isEmpty() && error)
         *error = QStringLiteral("the property-list writer produced nothing");
     return bytes;
@@ -229,10 +234,10 @@ bool PropertyList::writeFile(const QString &path, const QVariant &value, Format 
             *error = QStringLiteral("%1: %2").arg(path, encodeError);
         return false;
     }
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
+    QString writeError;
+    if (!AtomicFileWriter::write(path, bytes, &writeError)) {
         if (error)
-            *error = QStringLiteral("%1: cannot be written (%2)").arg(path, file.errorString());
+            *error = QStringLiteral("%1: cannot be written (%2)").arg(path, writeError);
         return false;
     }
     return true;

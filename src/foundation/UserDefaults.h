@@ -4,13 +4,25 @@
 #include <QStringList>
 #include <QVariant>
 
+#include <functional>
+
 // The user defaults store: typed property-list values under string keys, kept in an SQLite
 // file, one row per key with the value encoded as a binary property list.
 //
 // Every write is its own committed transaction, so a value is on disk when setObject returns;
 // synchronize() exists for callers that say when they expect that, and has nothing left to do.
-// A file that is not a database, or fails its integrity check, is moved aside under a dated
-// name and a fresh store is started.
+// A change that reads values and writes them back goes through update(), one immediate
+// transaction, so that two processes never lose each other's changes.
+//
+// Only a file that SQLite reports as corrupt or not a database, or that fails its integrity
+// check, is moved aside under a dated name and a fresh store started. A store that cannot be
+// written (a read-only file or folder, a full disk) is opened read-only: reads work and every
+// write fails with the reason in words.
+//
+// Every value the store accepts exports to an XML property list and imports back unchanged:
+// keys and strings, at any depth, holding a character that XML 1.0 cannot carry (control
+// characters other than tab, newline and carriage return; U+FFFE, U+FFFF; unpaired surrogates)
+// are refused.
 class UserDefaults
 {
 public:
@@ -28,6 +40,9 @@ public:
     UserDefaults &operator=(const UserDefaults &) = delete;
 
     bool isOpen() const { return m_open; }
+    // Opened read-only because the store cannot be written; readOnlyReason() says why.
+    bool isReadOnly() const { return m_readOnly; }
+    QString readOnlyReason() const { return m_readOnlyReason; }
     // The last error, naming the file; empty when the last operation succeeded.
     QString errorString() const { return m_error; }
     QString filePath() const { return m_path; }
@@ -48,6 +63,21 @@ public:
     // Sets every key of the dictionary in one transaction: all of them or none.
     bool setValuesForKeys(const QVariantMap &values);
 
+    // Reads the keys and changes them in one immediate transaction, so that no other process
+    // writes between the read and the write. change receives the stored values of the keys
+    // (absent keys are missing from the map) and edits the map: keys it leaves changed are
+    // written, keys it removes are removed; keys outside `keys` may not be added. Returning
+    // false abandons the change (nothing is written, errorString is empty). Returns whether the
+    // change committed; waits up to the busy timeout for another writer.
+    bool update(const QStringList &keys, const std::function<bool(QVariantMap &values)> &change);
+
+    // Why the value cannot be stored under the key so that it exports to XML and back
+    // unchanged; empty when it can.
+    static QString unwritableReason(const QVariant &value, const QString &key);
+    // The key with every character XML cannot carry written as \u{XXXX}: how such a key (kept by
+    // an older version) is shown and named on the command line.
+    static QString printableKey(const QString &key);
+
     // Typed readers with the conventional fallbacks (0, 0.0, false, empty) for absent keys or
     // values of another type.
     QString stringForKey(const QString &key) const;
@@ -65,14 +95,29 @@ public:
     bool setBool(bool value, const QString &key) { return setObject(QVariant(value), key); }
 
 private:
-    bool openDatabase();
-    bool checkIntegrity();
+    enum class OpenResult { Usable, Damaged, Unusable };
+    enum class Mode { ReadWrite, ReadOnly, Immutable };
+    OpenResult openDatabase(Mode mode);
+    OpenResult checkIntegrity();
+    void closeDatabase();
     void moveAside();
     void fail(const QString &what) const;
+    // The reason of a failed statement in words, with the system's word for a disk fault.
+    QString describe(const class QSqlError &error) const;
+    // Why the file cannot be written, when its permissions or its folder's say; else otherwise.
+    QString whyUnwritable(const QString &otherwise) const;
+    // Whether a write may be tried; sets errorString when not.
+    bool canWrite(const QString &what);
+    bool writeRow(const QString &key, const QByteArray &bytes);
+    bool deleteRow(const QString &key);
+    // Encodes the value for the store, or sets errorString and returns an empty array.
+    QByteArray encode(const QVariant &value, const QString &key);
 
     QString m_path;
     QString m_connection;
     QString m_movedAside;
     mutable QString m_error;
+    QString m_readOnlyReason;
     bool m_open = false;
+    bool m_readOnly = false;
 };

@@ -11,10 +11,12 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QPointer>
+#include <QSet>
 #include <QTimer>
 #include <QUuid>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 
@@ -24,13 +26,6 @@ constexpr int kRemovalDelayMilliseconds = 1000;
 int validAlignment(qint64 alignment)
 {
     return alignment >= 0 && alignment < ImageBookmarks::kAlignmentCount ? int(alignment) : ImageBookmarks::ResizeCrop;
-}
-
-template <typename List>
-void moveInList(List &list, qsizetype from, qsizetype to)
-{
-    auto item = list.takeAt(from);
-    list.insert(from < to ? to - 1 : to, std::move(item));
 }
 
 } // namespace
@@ -58,33 +53,180 @@ ImageBookmarks::Batch::~Batch()
 
 void ImageBookmarks::loadBookmarks()
 {
-    const Batch batch(*this);
     cancelDispatchSources();
+    m_pendingEdits.clear();
+    m_committed.clear();
     m_datums.clear();
     m_urls.clear();
     m_images.clear();
     m_imageAlignments.clear();
-    const bool loaded = loadSecurityBookmarks();
-    if (!loaded && !m_defaults.hasObject(Preferences::FirstRunLoadFactoryImages)) {
-        m_defaults.setBool(false, Preferences::FirstRunLoadFactoryImages);
-        loadFactoryImages();
+    const QVariant storedBookmarks = m_defaults.objectForKey(Preferences::Bookmarks);
+    const QVariant storedAlignments = m_defaults.objectForKey(Preferences::Aligments);
+    Entries loaded = entriesFromStored(storedBookmarks, storedAlignments, true);
+    const bool firstRun = loaded.isEmpty() && !m_defaults.hasObject(Preferences::FirstRunLoadFactoryImages);
+    if (firstRun)
+        loaded = factoryEntries();
+    m_committed = loaded;
+    adopt(loaded);
+    QVariantMap asLoaded;
+    storeEntries(loaded, asLoaded);
+    // Written back only when loading changed it (dropped entries, factory photos), and then
+    // to the list as it is stored now, which another process may have changed meanwhile.
+    if (firstRun || asLoaded.value(Preferences::Bookmarks) != storedBookmarks
+        || asLoaded.value(Preferences::Aligments) != storedAlignments) {
+        Entries result;
+        const QStringList keys{Preferences::Bookmarks, Preferences::Aligments, Preferences::FirstRunLoadFactoryImages};
+        const bool saved = m_defaults.update(keys, [&](QVariantMap &values) {
+            result = entriesFromStored(values.value(Preferences::Bookmarks), values.value(Preferences::Aligments), true);
+            if (result.isEmpty() && !values.contains(Preferences::FirstRunLoadFactoryImages)) {
+                values.insert(Preferences::FirstRunLoadFactoryImages, false);
+                result = factoryEntries();
+            }
+            storeEntries(result, values);
+            return true;
+        });
+        if (saved) {
+            m_committed = result;
+            adopt(result);
+        } else {
+            qCWarning(lcTessary, "The photo list could not be saved after loading: %s", qPrintable(m_defaults.errorString()));
+        }
     }
-    saveSecurityBookmarks();
+    emit changed();
 }
 
 bool ImageBookmarks::loadSecurityBookmarks()
 {
-    const QVariantList bookmarks = m_defaults.arrayForKey(Preferences::Bookmarks);
-    const QVariantList alignments = m_defaults.arrayForKey(Preferences::Aligments);
-    for (qsizetype i = 0; i < bookmarks.size(); ++i) {
-        const int alignment = i < alignments.size() ? validAlignment(PlistValue::integerValue(alignments.at(i))) : 0;
-        const QVariant &datum = bookmarks.at(i);
-        if (datum.typeId() == QMetaType::QByteArray)
-            resolveAndInsertBookmark(datum.toByteArray(), alignment);
-        else if (datum.typeId() == QMetaType::QString)
-            loadFactoryImage(datum.toString()); // factory photos always come back centred
+    const Entries loaded = entriesFromStored(m_defaults.objectForKey(Preferences::Bookmarks),
+                                             m_defaults.objectForKey(Preferences::Aligments), true);
+    const Batch batch(*this);
+    for (const Entry &entry : loaded)
+        insertURL(entry.url, entry.datum, entry.alignment, count());
+    return !loaded.isEmpty();
+}
+
+ImageBookmarks::Entries ImageBookmarks::entriesFromStored(const QVariant &bookmarks, const QVariant &alignments, bool resolving) const
+{
+    const QVariantList datums = bookmarks.typeId() == QMetaType::QVariantList ? bookmarks.toList() : QVariantList{};
+    const QVariantList numbers = alignments.typeId() == QMetaType::QVariantList ? alignments.toList() : QVariantList{};
+    QList<bool> used(m_committed.size(), false);
+    Entries entries;
+    entries.reserve(datums.size());
+    for (qsizetype i = 0; i < datums.size(); ++i) {
+        const QVariant &datum = datums.at(i);
+        Entry entry;
+        entry.datum = datum;
+        entry.alignment = i < numbers.size() ? validAlignment(PlistValue::integerValue(numbers.at(i))) : ResizeCrop;
+        if (datum.typeId() == QMetaType::QByteArray) {
+            if (datum.toByteArray().isEmpty())
+                continue;
+            entry.path = QFile::decodeName(datum.toByteArray());
+            // A bookmark whose file is gone is stale and dropped without a word.
+            if (resolving && !QFileInfo(entry.path).isFile())
+                continue;
+        } else if (datum.typeId() == QMetaType::QString) {
+            const QString name = datum.toString();
+            entry.path = factoryImagePath(name);
+            // A missing resource (or a user file stored by name) is skipped silently; factory
+            // photos always come back centred.
+            if (resolving) {
+                if (name.isEmpty() || name.contains(QLatin1Char('/')) || !QFileInfo(entry.path).isFile())
+                    continue;
+                entry.alignment = ResizeCrop;
+            }
+        } else {
+            continue;
+        }
+        for (qsizetype j = 0; j < m_committed.size() && !entry.url; ++j) {
+            if (!used.at(j) && m_committed.at(j).datum == datum) {
+                used[j] = true;
+                entry.url = m_committed.at(j).url;
+                entry.path = m_committed.at(j).path;
+            }
+        }
+        if (!entry.url)
+            entry.url = std::make_shared<const QUrl>(QUrl::fromLocalFile(entry.path));
+        entries.append(entry);
     }
-    return !m_datums.isEmpty();
+    return entries;
+}
+
+ImageBookmarks::Entries ImageBookmarks::factoryEntries() const
+{
+    Entries entries;
+    for (int i = 0; i < kFactoryImageCount; ++i) {
+        const QString name = QStringLiteral("images-%1").arg(i);
+        const QString path = factoryImagePath(name);
+        if (QFileInfo(path).isFile())
+            entries.append({name, std::make_shared<const QUrl>(QUrl::fromLocalFile(path)), path, ResizeCrop});
+    }
+    return entries;
+}
+
+void ImageBookmarks::storeEntries(const Entries &entries, QVariantMap &values)
+{
+    QVariantList datums;
+    QVariantList alignments;
+    datums.reserve(entries.size());
+    alignments.reserve(entries.size());
+    for (const Entry &entry : entries) {
+        datums.append(entry.datum);
+        alignments.append(QVariant::fromValue(qint64(entry.alignment)));
+    }
+    values.insert(Preferences::Bookmarks, datums);
+    values.insert(Preferences::Aligments, alignments);
+}
+
+ImageBookmarks::Entries ImageBookmarks::currentEntries() const
+{
+    Entries entries;
+    entries.reserve(count());
+    for (qsizetype i = 0; i < count(); ++i)
+        entries.append({m_datums.at(i), m_urls.at(i), m_images.at(i), m_imageAlignments.at(i)});
+    return entries;
+}
+
+void ImageBookmarks::adopt(const Entries &entries)
+{
+    const QSet<QString> before(m_images.cbegin(), m_images.cend());
+    m_datums.clear();
+    m_urls.clear();
+    m_images.clear();
+    m_imageAlignments.clear();
+    for (const Entry &entry : entries) {
+        m_datums.append(entry.datum);
+        m_urls.append(entry.url);
+        m_images.append(entry.path);
+        m_imageAlignments.append(entry.alignment);
+    }
+    const QSet<QString> after(m_images.cbegin(), m_images.cend());
+    for (const QString &path : before) {
+        if (!after.contains(path))
+            cancelDispatchSource(path);
+    }
+    for (const QString &path : after) {
+        if (!before.contains(path))
+            startDispatchSource(path);
+    }
+}
+
+qsizetype ImageBookmarks::indexIn(const Entries &entries, const UrlRef &url)
+{
+    for (qsizetype i = 0; i < entries.size(); ++i) {
+        if (entries.at(i).url == url)
+            return i;
+    }
+    return -1;
+}
+
+void ImageBookmarks::edit(const Edit &change, bool save)
+{
+    Entries entries = currentEntries();
+    change(entries);
+    adopt(entries);
+    m_pendingEdits.append(change);
+    if (save)
+        saveSecurityBookmarks();
 }
 
 void ImageBookmarks::saveSecurityBookmarks()
@@ -94,13 +236,30 @@ void ImageBookmarks::saveSecurityBookmarks()
         return;
     }
     m_unsaved = false;
-    QVariantList alignments;
-    alignments.reserve(m_imageAlignments.size());
-    for (int alignment : std::as_const(m_imageAlignments))
-        alignments.append(QVariant::fromValue(qint64(alignment)));
-    m_defaults.setValuesForKeys({{Preferences::Bookmarks, m_datums}, {Preferences::Aligments, alignments}});
-    m_defaults.synchronize();
-    emit changed();
+    const QList<Edit> edits = std::exchange(m_pendingEdits, {});
+    Entries result;
+    m_lastSaveSucceeded = m_defaults.update({Preferences::Bookmarks, Preferences::Aligments}, [&](QVariantMap &values) {
+        result = entriesFromStored(values.value(Preferences::Bookmarks), values.value(Preferences::Aligments), false);
+        for (const Edit &change : edits)
+            change(result);
+        storeEntries(result, values);
+        return true;
+    });
+    if (m_lastSaveSucceeded) {
+        m_committed = result;
+        adopt(result);
+        emit changed();
+        return;
+    }
+    // Nothing was stored: the list shows what the store holds, and the user is told why.
+    const QString reason = m_defaults.errorString();
+    adopt(m_committed);
+    qCWarning(lcTessary, "The photo list could not be saved: %s", qPrintable(reason));
+    AlertPresenter::Alert alert;
+    alert.messageText = QStringLiteral("The photo list could not be saved.");
+    alert.informativeText = reason;
+    alert.style = AlertPresenter::Style::Critical;
+    m_alerts.presentAlert(alert, {});
 }
 
 QByteArray ImageBookmarks::createSecurityBookmarkForURL(const QUrl &url)
@@ -228,89 +387,97 @@ void ImageBookmarks::insertURL(const UrlRef &url, const QVariant &datum, int ali
 {
     if (!url || url->isEmpty() || index < 0 || index > count())
         return;
-    const QString path = url->toLocalFile();
-    m_datums.insert(index, datum.isValid() ? datum : QVariant(nameWithoutExtension(*url)));
-    m_urls.insert(index, url);
-    m_images.insert(index, path);
-    m_imageAlignments.insert(index, validAlignment(alignment));
-    startDispatchSource(path);
-    saveSecurityBookmarks();
+    const Entry entry{datum.isValid() ? datum : QVariant(nameWithoutExtension(*url)), url, url->toLocalFile(), validAlignment(alignment)};
+    // Placed before the entry it went before here; at the end when it went there.
+    const UrlRef before = urlAtIndex(index);
+    edit([entry, before](Entries &entries) {
+        const qsizetype at = before ? indexIn(entries, before) : -1;
+        entries.insert(at < 0 ? entries.size() : at, entry);
+    });
 }
 
 void ImageBookmarks::replaceURL(const UrlRef &url, const QVariant &datum, int alignment, qsizetype index)
 {
     if (!url || url->isEmpty() || index < 0 || index >= count())
         return;
-    const QString path = url->toLocalFile();
-    m_datums[index] = datum.isValid() ? datum : QVariant(nameWithoutExtension(*url));
-    cancelDispatchSource(m_images.at(index));
-    startDispatchSource(path);
-    m_urls[index] = url;
-    m_images[index] = path;
-    m_imageAlignments[index] = validAlignment(alignment);
-    saveSecurityBookmarks();
+    const Entry entry{datum.isValid() ? datum : QVariant(nameWithoutExtension(*url)), url, url->toLocalFile(), validAlignment(alignment)};
+    const UrlRef old = m_urls.at(index);
+    edit([entry, old](Entries &entries) {
+        const qsizetype at = indexIn(entries, old);
+        if (at >= 0)
+            entries[at] = entry;
+    });
 }
 
 void ImageBookmarks::removeBookmarkAtIndex(qsizetype index)
 {
     if (index < 0 || index >= count())
         return;
-    cancelDispatchSource(m_images.at(index));
-    m_urls.removeAt(index);
-    m_datums.removeAt(index);
-    m_images.removeAt(index);
-    m_imageAlignments.removeAt(index);
-    saveSecurityBookmarks();
+    const UrlRef gone = m_urls.at(index);
+    edit([gone](Entries &entries) {
+        const qsizetype at = indexIn(entries, gone);
+        if (at >= 0)
+            entries.removeAt(at);
+    });
 }
 
 void ImageBookmarks::removeBookmarksWithPath(const QString &path)
 {
-    for (qsizetype i = count() - 1; i >= 0; --i) {
-        if (m_images.at(i) == path) {
-            m_urls.removeAt(i);
-            m_datums.removeAt(i);
-            m_images.removeAt(i);
-            m_imageAlignments.removeAt(i);
-        }
-    }
+    edit([path](Entries &entries) { entries.removeIf([&path](const Entry &entry) { return entry.path == path; }); }, false);
 }
 
 void ImageBookmarks::moveBookmarkAtIndex(qsizetype from, qsizetype to)
 {
     if (from < 0 || from >= count() || to < 0 || to > count())
         return;
-    moveInList(m_urls, from, to);
-    moveInList(m_datums, from, to);
-    moveInList(m_images, from, to);
-    moveInList(m_imageAlignments, from, to);
-    saveSecurityBookmarks();
+    const UrlRef moving = m_urls.at(from);
+    const UrlRef before = urlAtIndex(to);
+    if (before == moving)
+        return saveSecurityBookmarks();
+    edit([moving, before](Entries &entries) {
+        const qsizetype at = indexIn(entries, moving);
+        if (at < 0)
+            return;
+        const Entry entry = entries.takeAt(at);
+        const qsizetype target = before ? indexIn(entries, before) : -1;
+        entries.insert(target < 0 ? entries.size() : target, entry);
+    });
 }
 
 void ImageBookmarks::exchangeBookmarkAtIndex(qsizetype index, qsizetype withIndex)
 {
     if (index < 0 || index >= count() || withIndex < 0 || withIndex >= count())
         return;
-    m_urls.swapItemsAt(index, withIndex);
-    m_datums.swapItemsAt(index, withIndex);
-    m_images.swapItemsAt(index, withIndex);
-    m_imageAlignments.swapItemsAt(index, withIndex);
-    saveSecurityBookmarks();
+    const UrlRef a = m_urls.at(index);
+    const UrlRef b = m_urls.at(withIndex);
+    edit([a, b](Entries &entries) {
+        const qsizetype i = indexIn(entries, a);
+        const qsizetype j = indexIn(entries, b);
+        if (i >= 0 && j >= 0)
+            entries.swapItemsAt(i, j);
+    });
 }
 
 void ImageBookmarks::setAligment(int alignment, qsizetype index)
 {
     if (index < 0 || index >= count() || alignment < 0 || alignment >= kAlignmentCount)
         return;
-    m_imageAlignments[index] = alignment;
-    saveSecurityBookmarks();
+    const UrlRef target = m_urls.at(index);
+    edit([target, alignment](Entries &entries) {
+        const qsizetype at = indexIn(entries, target);
+        if (at >= 0)
+            entries[at].alignment = alignment;
+    });
 }
 
 void ImageBookmarks::setAllAlignments(int alignment)
 {
     if (m_imageAlignments.isEmpty())
         return;
-    std::fill(m_imageAlignments.begin(), m_imageAlignments.end(), alignment);
-    saveSecurityBookmarks();
+    edit([alignment](Entries &entries) {
+        for (Entry &entry : entries)
+            entry.alignment = alignment;
+    });
 }
 
 void ImageBookmarks::setAligmentCenterAll()

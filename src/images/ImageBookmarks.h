@@ -20,7 +20,10 @@ class UserDefaults;
 // the file again (the datum), its URL, its path and its alignment. A user file's datum is its
 // absolute path as bytes; a factory photo's datum is its resource name as text, so the two kinds
 // stay apart in the stored array. Every change is written at once under "Bookmarks" and
-// "Aligments". Every listed file is watched; when another program deletes, renames or modifies
+// "Aligments", as one transaction that re-reads the stored list and applies the change to it,
+// so that another process's changes made meanwhile are kept; the list here then follows what
+// was stored. A change that could not be written is undone here and reported through the
+// AlertPresenter. Every listed file is watched; when another program deletes, renames or modifies
 // it, the user is told and the entries of that path are removed one second after the alert is
 // dismissed.
 class ImageBookmarks : public QObject
@@ -70,7 +73,10 @@ public:
     // --- Persistence
     void loadBookmarks();
     bool loadSecurityBookmarks();
+    // Writes the changes made since the last write; on failure they are undone and reported.
     void saveSecurityBookmarks();
+    // Whether the last write of the list committed (true before any write).
+    bool lastSaveSucceeded() const { return m_lastSaveSucceeded; }
     // The datum stored for a user file: its absolute path as bytes; empty when there is none.
     static QByteArray createSecurityBookmarkForURL(const QUrl &url);
     void resolveAndInsertBookmark(const QByteArray &bookmark, int alignment);
@@ -134,9 +140,34 @@ signals:
     void changed();
 
 private:
+    // One entry of the list, as the four arrays hold it.
+    struct Entry {
+        QVariant datum;
+        UrlRef url;
+        QString path;
+        int alignment = ResizeCrop;
+    };
+    using Entries = QList<Entry>;
+    // A change of the list that finds its entries by their URL objects, so that it applies as
+    // well to the list read back from the store as to the list here.
+    using Edit = std::function<void(Entries &entries)>;
+
     void fileChanged(const QString &path, unsigned changes);
     void setAllAlignments(int alignment);
     static QString nameWithoutExtension(const QUrl &url);
+    // Applies the edit here at once and queues it for the next write (made now unless a batch
+    // holds it back, or save is false).
+    void edit(const Edit &change, bool save = true);
+    Entries currentEntries() const;
+    // Makes the entries the list, starting and ending watches for the paths that came and went.
+    void adopt(const Entries &entries);
+    // The entries of a stored list. Resolving (loading) drops what cannot be found and brings
+    // factory photos back centred; otherwise every entry is kept as stored. An entry that was
+    // in the list at the last write keeps its URL object.
+    Entries entriesFromStored(const QVariant &bookmarks, const QVariant &alignments, bool resolving) const;
+    Entries factoryEntries() const;
+    static void storeEntries(const Entries &entries, QVariantMap &values);
+    static qsizetype indexIn(const Entries &entries, const UrlRef &url);
 
     UserDefaults &m_defaults;
     QString m_resourcesFolder;
@@ -145,6 +176,10 @@ private:
     RemovalHandler m_removalHandler;
     int m_batchDepth = 0;
     bool m_unsaved = false;
+    bool m_lastSaveSucceeded = true;
+    // The list as last read from or written to the store, and the edits made since.
+    Entries m_committed;
+    QList<Edit> m_pendingEdits;
 
     QVariantList m_datums;
     QList<UrlRef> m_urls;

@@ -1,5 +1,6 @@
 #include "images/ImageBrowserController.h"
 
+#include "foundation/AtomicFileWriter.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
@@ -12,7 +13,6 @@
 #include <QFileInfo>
 #include <QImage>
 #include <QMimeData>
-#include <QSaveFile>
 #include <QUrl>
 #include <QUuid>
 
@@ -32,16 +32,23 @@ bool isPlainFile(const QString &path)
 }
 
 // Writes bytes atomically under a fresh UUID name with the extension into the images folder.
-QString writeToImagesFolder(const QByteArray &bytes, const QString &extension)
+// On failure error (may be null) receives the system's reason ("No space left on device").
+QString writeToImagesFolder(const QByteArray &bytes, const QString &extension, QString *error = nullptr)
 {
     const QString folder = ImageBrowserController::imagesPath();
-    if (folder.isEmpty())
+    if (folder.isEmpty()) {
+        if (error)
+            *error = QStringLiteral("The folder %1 cannot be made.").arg(Paths::imagesFolder());
         return QString();
+    }
     const QString path = QDir(folder).filePath(
         QStringLiteral("%1.%2").arg(QUuid::createUuid().toString(QUuid::WithoutBraces), extension));
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit())
+    QString reason;
+    if (!AtomicFileWriter::write(path, bytes, &reason)) {
+        if (error)
+            *error = QStringLiteral("%1: %2").arg(path, reason);
         return QString();
+    }
     return path;
 }
 
@@ -200,7 +207,9 @@ void ImageBrowserController::replaceImage(const QString &path, qsizetype index)
     }
     const QString oldPath = m_imageBookmarks->pathAtIndex(index);
     m_imageBookmarks->replaceBookmarkForPath(path, ImageBookmarks::ResizeCrop, index);
-    deleteIfOwned(oldPath);
+    // A file goes only once the list without it is stored.
+    if (m_imageBookmarks->lastSaveSucceeded())
+        deleteIfOwned(oldPath);
     setPendingSelection(index);
     reloadData();
 }
@@ -245,6 +254,7 @@ void ImageBrowserController::removeItemsAtIndexes(const QList<qsizetype> &indexe
     std::sort(sorted.begin(), sorted.end());
     sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
     qsizetype last = -1;
+    QStringList removedPaths;
     {
         const ImageBookmarks::Batch batch(*m_imageBookmarks); // stored once, not per entry
         // Highest first, so each removal leaves the lower indexes valid.
@@ -252,12 +262,15 @@ void ImageBrowserController::removeItemsAtIndexes(const QList<qsizetype> &indexe
             const qsizetype index = *it;
             if (index < 0 || index >= count())
                 continue;
-            const QString path = m_imageBookmarks->pathAtIndex(index);
+            removedPaths.append(m_imageBookmarks->pathAtIndex(index));
             m_imageBookmarks->removeBookmarkAtIndex(index);
-            if (!keepFiles)
-                deleteIfOwned(path);
             last = index;
         }
+    }
+    // Files go only once the list without them is stored.
+    if (!keepFiles && m_imageBookmarks->lastSaveSucceeded()) {
+        for (const QString &path : std::as_const(removedPaths))
+            deleteIfOwned(path);
     }
     if (last >= 0)
         setPendingSelection(std::min(last, count() - 1));
@@ -369,9 +382,13 @@ bool ImageBrowserController::paste(const QMimeData &clipboard)
 {
     if (clipboard.hasImage()) {
         const QImage image = qvariant_cast<QImage>(clipboard.imageData());
-        const QString path = writeImageToImagesFolder(image);
-        if (path.isEmpty())
-            return false; // not written: nothing inserted, nothing said
+        QString error;
+        const QString path = writeImageToImagesFolder(image, &error);
+        if (path.isEmpty()) {
+            if (!image.isNull())
+                doAlert(QStringLiteral("The pasted image could not be saved."), error, AlertPresenter::Style::Critical);
+            return false;
+        }
         insertImage(path);
         return true;
     }
@@ -420,17 +437,24 @@ bool ImageBrowserController::performDragOperation(const QMimeData &data, qsizety
             QString extension = format.mid(6).section(QLatin1Char('+'), 0, 0).section(QLatin1Char(';'), 0, 0);
             if (extension == QLatin1String("jpeg"))
                 extension = QStringLiteral("jpg");
-            const QString path = writeToImagesFolder(bytes, extension);
-            if (!path.isEmpty()) {
-                m_droppedFiles.append(path);
-                break;
+            QString error;
+            const QString path = writeToImagesFolder(bytes, extension, &error);
+            if (path.isEmpty()) {
+                doAlert(QStringLiteral("The dropped image could not be saved."), error, AlertPresenter::Style::Critical);
+                return false;
             }
+            m_droppedFiles.append(path);
+            break;
         }
     }
     if (m_droppedFiles.isEmpty() && data.hasImage()) {
-        const QString path = writeImageToImagesFolder(qvariant_cast<QImage>(data.imageData()));
+        const QImage image = qvariant_cast<QImage>(data.imageData());
+        QString error;
+        const QString path = writeImageToImagesFolder(image, &error);
         if (!path.isEmpty())
             m_droppedFiles.append(path);
+        else if (!image.isNull())
+            doAlert(QStringLiteral("The dropped image could not be saved."), error, AlertPresenter::Style::Critical);
     }
     if (m_droppedFiles.isEmpty())
         return false;
@@ -453,6 +477,7 @@ void ImageBrowserController::processDroppedFiles(const QStringList &paths)
         m_dropIndex = count();
         m_dropOperation = DropBefore;
     }
+    QStringList replacedPaths;
     {
         const ImageBookmarks::Batch batch(*m_imageBookmarks); // stored once, not per file
         for (const QString &path : paths) {
@@ -461,11 +486,14 @@ void ImageBrowserController::processDroppedFiles(const QStringList &paths)
             if (m_dropOperation == DropBefore) {
                 m_imageBookmarks->insertBookmarkForPath(path, ImageBookmarks::ResizeCrop, m_dropIndex);
             } else {
-                const QString oldPath = m_imageBookmarks->pathAtIndex(m_dropIndex);
+                replacedPaths.append(m_imageBookmarks->pathAtIndex(m_dropIndex));
                 m_imageBookmarks->replaceBookmarkForPath(path, ImageBookmarks::ResizeCrop, m_dropIndex);
-                deleteIfOwned(oldPath);
             }
         }
+    }
+    if (m_imageBookmarks->lastSaveSucceeded()) {
+        for (const QString &oldPath : std::as_const(replacedPaths))
+            deleteIfOwned(oldPath);
     }
     setPendingSelection(m_dropIndex);
     reloadData();
@@ -508,7 +536,7 @@ bool ImageBrowserController::isOwnedImageFile(const QString &path)
     return !folder.isEmpty() && QFileInfo(info.absolutePath()).canonicalFilePath() == folder;
 }
 
-QString ImageBrowserController::writeImageToImagesFolder(const QImage &image)
+QString ImageBrowserController::writeImageToImagesFolder(const QImage &image, QString *error)
 {
     if (image.isNull())
         return QString();
@@ -516,10 +544,13 @@ QString ImageBrowserController::writeImageToImagesFolder(const QImage &image)
     {
         QBuffer buffer(&png);
         buffer.open(QIODevice::WriteOnly);
-        if (!image.save(&buffer, "PNG"))
+        if (!image.save(&buffer, "PNG")) {
+            if (error)
+                *error = QStringLiteral("The image could not be encoded as PNG.");
             return QString();
+        }
     }
-    return writeToImagesFolder(png, QStringLiteral("png"));
+    return writeToImagesFolder(png, QStringLiteral("png"), error);
 }
 
 void ImageBrowserController::doAlert(const QString &message, const QString &informative, AlertPresenter::Style style)

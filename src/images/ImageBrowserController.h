@@ -111,7 +111,8 @@ public:
     static bool isOwnedImageFile(const QString &path);
     // Writes the image as a PNG named after a fresh UUID into the images folder; the path, or
     // empty when it could not be written.
-    static QString writeImageToImagesFolder(const QImage &image);
+    // error (may be null) receives the reason when nothing was written.
+    static QString writeImageToImagesFolder(const QImage &image, QString *error = nullptr);
     // Beeps, then shows an alert with the message, "OK" and the informative text.
     void doAlert(const QString &message, const QString &informative, AlertPresenter::Style style);
 

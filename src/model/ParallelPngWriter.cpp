@@ -1,5 +1,7 @@
 #include "model/ParallelPngWriter.h"
 
+#include "foundation/AtomicFileWriter.h"
+
 #include <QBuffer>
 #include <QSaveFile>
 #include <QThread>
@@ -113,8 +115,9 @@ bool ParallelPngWriter::write(const QImage &image, QIODevice &device, const Opti
     ihdr[8] = 8;                          // bits per sample
     ihdr[9] = channels == 4 ? 6 : 2;      // RGBA or RGB
     appendChunk(header, "IHDR", ihdr);
-    if (device.write(header) != header.size())
-        return fail(device.errorString());
+    QString writeError;
+    if (!AtomicFileWriter::writeAll(device, header, &writeError))
+        return fail(writeError);
 
     uLong adler = 1;
     for (const Band &band : bands) {
@@ -134,13 +137,13 @@ bool ParallelPngWriter::write(const QImage &image, QIODevice &device, const Opti
         }
         chunk.clear();
         appendChunk(chunk, "IDAT", data);
-        if (device.write(chunk) != chunk.size())
-            return fail(device.errorString());
+        if (!AtomicFileWriter::writeAll(device, chunk, &writeError))
+            return fail(writeError);
     }
     chunk.clear();
     appendChunk(chunk, "IEND", QByteArray());
-    if (device.write(chunk) != chunk.size())
-        return fail(device.errorString());
+    if (!AtomicFileWriter::writeAll(device, chunk, &writeError))
+        return fail(writeError);
     return true;
 }
 

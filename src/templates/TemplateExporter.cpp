@@ -1,6 +1,7 @@
 #include "templates/TemplateExporter.h"
 
 #include "foundation/AlertPresenter.h"
+#include "foundation/AtomicFileWriter.h"
 #include "foundation/Log.h"
 #include "foundation/PropertyList.h"
 #include "templates/TemplateEditor.h"
@@ -9,7 +10,6 @@
 #include <QBuffer>
 #include <QDir>
 #include <QImageWriter>
-#include <QSaveFile>
 #include <QStringEncoder>
 
 namespace {
@@ -18,9 +18,9 @@ const QString kThumbnail = QStringLiteral("thumbnail");
 
 bool writeBytes(const QString &path, const QByteArray &bytes)
 {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size() || !file.commit()) {
-        qCInfo(lcTessary, "Could not write %s: %s", qPrintable(path), qPrintable(file.errorString()));
+    QString error;
+    if (!AtomicFileWriter::write(path, bytes, &error)) {
+        qCInfo(lcTessary, "Could not write %s: %s", qPrintable(path), qPrintable(error));
         return false;
     }
     return true;

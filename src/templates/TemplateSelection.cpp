@@ -26,8 +26,8 @@ QString TemplateSelection::selectionDidChange(TemplateTable table, qsizetype row
 {
     const QString key = table == TemplateTable::BuiltIn ? Preferences::SelectedTemplateTableRow
                                                         : Preferences::SelectedUserTemplateTableRow;
-    m_defaults.setInteger(row < 0 ? -1 : row, key);
-    m_defaults.synchronize();
+    if (!m_defaults.setInteger(row < 0 ? -1 : row, key))
+        m_store.reportWriteFailure(QStringLiteral("The selected template could not be saved."), m_defaults.errorString());
     if (table == TemplateTable::User)
         m_store.setSelectedUserRow(row);
     return TemplateTables::selectedRowLabel(row);

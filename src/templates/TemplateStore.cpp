@@ -84,14 +84,45 @@ void TemplateStore::loadBuiltInTemplates(const QString &resourcesFolder)
 
 void TemplateStore::restoreUserTemplates()
 {
-    m_userTemplates.clear();
-    const QVariant stored = m_defaults.objectForKey(Preferences::UserTemplates);
+    m_committedUserTemplates.clear();
+    m_userTemplates = templatesFromStored(m_defaults.objectForKey(Preferences::UserTemplates));
+    m_committedUserTemplates = m_userTemplates;
+}
+
+TemplateStore::Templates TemplateStore::templatesFromStored(const QVariant &stored) const
+{
+    Templates out;
     if (stored.typeId() != QMetaType::QVariantList)
-        return;
+        return out;
+    QList<bool> used(m_committedUserTemplates.size(), false);
     for (const QVariant &t : stored.toList()) {
-        if (t.typeId() == QMetaType::QVariantMap)
-            m_userTemplates.append(makeTemplate(t.toMap()));
+        if (t.typeId() != QMetaType::QVariantMap)
+            continue;
+        const QVariantMap dictionary = t.toMap();
+        Template found;
+        for (qsizetype j = 0; j < m_committedUserTemplates.size() && !found; ++j) {
+            if (!used.at(j) && *m_committedUserTemplates.at(j) == dictionary) {
+                used[j] = true;
+                found = m_committedUserTemplates.at(j);
+            }
+        }
+        out.append(found ? found : makeTemplate(dictionary));
     }
+    return out;
+}
+
+qsizetype TemplateStore::occurrence(const Templates &templates, const Template &t, qsizetype n)
+{
+    for (qsizetype i = 0; i < templates.size(); ++i) {
+        if (templates.at(i) == t && n-- == 0)
+            return i;
+    }
+    return -1;
+}
+
+qsizetype TemplateStore::occurrenceAt(const Templates &templates, qsizetype row)
+{
+    return std::count(templates.cbegin(), templates.cbegin() + row, templates.at(row));
 }
 
 TemplateStore::Template TemplateStore::userTemplateAt(qsizetype row) const
@@ -121,33 +152,49 @@ void TemplateStore::selectRow(qsizetype row)
         return;
     m_selectedUserRow = row;
     // Saved at once, so the row stored names the template that stayed selected.
-    if (!m_defaults.setInteger(row, Preferences::SelectedUserTemplateTableRow))
+    if (!m_defaults.setInteger(row, Preferences::SelectedUserTemplateTableRow)) {
         qCWarning(lcTessary, "Could not save the selected template: %s", qPrintable(m_defaults.errorString()));
+        emit writeFailed(QStringLiteral("The selected template could not be saved."), m_defaults.errorString());
+    }
     emit userSelectionChanged(row);
 }
 
-void TemplateStore::persist()
+bool TemplateStore::persist(const Edit &change)
 {
-    if (!m_defaults.setObject(toVariantList(m_userTemplates), Preferences::UserTemplates))
-        qCWarning(lcTessary, "Could not save My Templates: %s", qPrintable(m_defaults.errorString()));
-    m_defaults.synchronize();
+    Templates result;
+    const bool stored = m_defaults.update({Preferences::UserTemplates}, [&](QVariantMap &values) {
+        result = templatesFromStored(values.value(Preferences::UserTemplates));
+        change(result);
+        values.insert(Preferences::UserTemplates, toVariantList(result));
+        return true;
+    });
+    if (!stored) {
+        const QString reason = m_defaults.errorString();
+        qCWarning(lcTessary, "Could not save My Templates: %s", qPrintable(reason));
+        m_userTemplates = m_committedUserTemplates;
+        emit writeFailed(QStringLiteral("My Templates could not be saved."), reason);
+        return false;
+    }
+    m_userTemplates = m_committedUserTemplates = result;
     emit userTemplatesChanged();
+    return true;
 }
 
-bool TemplateStore::persistKeepingSelection(const Template &remembered)
+bool TemplateStore::persistKeepingSelection(const Edit &change)
 {
-    persist();
+    const Template remembered = selectedUserTemplate();
+    const bool stored = persist(change);
     if (remembered) {
         const qsizetype row = m_userTemplates.indexOf(remembered);
         if (row >= 0) {
             selectRow(row);
-            return true;
+            return stored;
         }
     }
     // The table keeps the row number while it is still a row.
     if (m_selectedUserRow >= m_userTemplates.size())
         selectRow(-1);
-    return false;
+    return stored;
 }
 
 bool TemplateStore::insertTemplatesFromDictionary(const QVariant &templatesFile, qsizetype index)
@@ -159,12 +206,17 @@ bool TemplateStore::insertTemplates(const Templates &incoming, qsizetype index)
 {
     if (incoming.isEmpty() || incoming.contains(nullptr))
         return false;
-    const Template remembered = selectedUserTemplate();
     index = std::clamp<qsizetype>(index, 0, m_userTemplates.size());
-    for (qsizetype i = 0; i < incoming.size(); ++i)
-        m_userTemplates.insert(index + i, incoming[i]);
-    persistKeepingSelection(remembered);
-    return true;
+    // The block goes before the template it went before here; at the end when it went there.
+    const Template before = userTemplateAt(index);
+    const qsizetype nth = before ? occurrenceAt(m_userTemplates, index) : 0;
+    return persistKeepingSelection([incoming, before, nth](Templates &templates) {
+        qsizetype at = before ? occurrence(templates, before, nth) : -1;
+        if (at < 0)
+            at = templates.size();
+        for (qsizetype i = 0; i < incoming.size(); ++i)
+            templates.insert(at + i, incoming[i]);
+    });
 }
 
 bool TemplateStore::addTemplatesFromDictionary(const QVariant &templatesFile)
@@ -176,10 +228,13 @@ bool TemplateStore::removeTemplateAtRow(qsizetype row)
 {
     if (row < 0 || row >= m_userTemplates.size())
         return false;
-    const Template remembered = selectedUserTemplate();
-    m_userTemplates.removeAt(row);
-    persistKeepingSelection(remembered);
-    return true;
+    const Template gone = m_userTemplates.at(row);
+    const qsizetype nth = occurrenceAt(m_userTemplates, row);
+    return persistKeepingSelection([gone, nth](Templates &templates) {
+        const qsizetype at = occurrence(templates, gone, nth);
+        if (at >= 0)
+            templates.removeAt(at);
+    });
 }
 
 bool TemplateStore::moveTemplate(qsizetype from, qsizetype to)
@@ -187,11 +242,23 @@ bool TemplateStore::moveTemplate(qsizetype from, qsizetype to)
     const qsizetype n = m_userTemplates.size();
     if (from < 0 || from >= n || to < 0 || to > n)
         return false;
-    const Template remembered = selectedUserTemplate();
-    const Template moving = m_userTemplates.takeAt(from);
-    m_userTemplates.insert(from < to ? to - 1 : to, moving);
-    persistKeepingSelection(remembered);
-    return true;
+    if (to == from || to == from + 1)
+        return persistKeepingSelection([](Templates &) {}); // it stays where it is
+    const Template moving = m_userTemplates.at(from);
+    const qsizetype movingNth = occurrenceAt(m_userTemplates, from);
+    const Template before = userTemplateAt(to);
+    // Which occurrence of `before` it is once the moving one is out of the way.
+    const qsizetype beforeNth = before ? occurrenceAt(m_userTemplates, to) - (before == moving && from < to ? 1 : 0) : 0;
+    return persistKeepingSelection([=](Templates &templates) {
+        const qsizetype at = occurrence(templates, moving, movingNth);
+        if (at < 0)
+            return;
+        templates.removeAt(at);
+        qsizetype target = before ? occurrence(templates, before, beforeNth) : -1;
+        if (target < 0)
+            target = templates.size();
+        templates.insert(target, moving);
+    });
 }
 
 bool TemplateStore::swapTemplates(qsizetype a, qsizetype b)
@@ -199,43 +266,57 @@ bool TemplateStore::swapTemplates(qsizetype a, qsizetype b)
     const qsizetype n = m_userTemplates.size();
     if (a < 0 || a >= n || b < 0 || b >= n)
         return false;
-    const Template remembered = selectedUserTemplate();
-    m_userTemplates.swapItemsAt(a, b);
-    persistKeepingSelection(remembered);
-    return true;
+    const Template first = m_userTemplates.at(a);
+    const Template second = m_userTemplates.at(b);
+    const qsizetype firstNth = occurrenceAt(m_userTemplates, a);
+    const qsizetype secondNth = occurrenceAt(m_userTemplates, b);
+    return persistKeepingSelection([=](Templates &templates) {
+        const qsizetype i = occurrence(templates, first, firstNth);
+        const qsizetype j = occurrence(templates, second, secondNth);
+        if (i >= 0 && j >= 0)
+            templates.swapItemsAt(i, j);
+    });
 }
 
 void TemplateStore::sortUserTemplates()
 {
-    const Template remembered = selectedUserTemplate();
-    sortByModuleCount(m_userTemplates);
-    persistKeepingSelection(remembered);
+    persistKeepingSelection([](Templates &templates) { sortByModuleCount(templates); });
 }
 
 void TemplateStore::clearUserTemplates()
 {
-    m_userTemplates.clear();
-    persistKeepingSelection(nullptr);
+    persistKeepingSelection([](Templates &templates) { templates.clear(); });
 }
 
-void TemplateStore::setUserDefaultsFromDataDictionary(UserDefaults &defaults, const QVariantMap &t, LayoutEngine *engine)
+bool TemplateStore::setUserDefaultsFromDataDictionary(UserDefaults &defaults, const QVariantMap &t, LayoutEngine *engine)
 {
-    // A missing value removes the key: setObject with an invalid QVariant removes.
-    const auto copy = [&](const QString &key) { defaults.setObject(t.value(key), key); };
-    copy(Preferences::SavedTessaryDataModules);
-    if (engine)
+    const QStringList keys{Preferences::SavedTessaryDataModules, Preferences::ContentSizeWidth, Preferences::ContentSizeHeight,
+                           Preferences::ModuleSizeInPoints,      Preferences::BorderWidth,      Preferences::BackgroundColor,
+                           Preferences::BackgroundImage};
+    const bool stored = defaults.update(keys, [&t](QVariantMap &values) {
+        // A missing value removes the key.
+        const auto copy = [&](const QString &key) {
+            if (t.contains(key))
+                values.insert(key, t.value(key));
+            else
+                values.remove(key);
+        };
+        copy(Preferences::SavedTessaryDataModules);
+        copy(Preferences::ContentSizeWidth);
+        copy(Preferences::ContentSizeHeight);
+        copy(Preferences::ModuleSizeInPoints);
+        copy(Preferences::BorderWidth);
+        if (t.contains(Preferences::BackgroundColor))
+            copy(Preferences::BackgroundColor);
+        if (t.contains(Preferences::BackgroundImage)) {
+            values.remove(Preferences::BackgroundColor);
+            copy(Preferences::BackgroundImage);
+        }
+        return true;
+    });
+    if (stored && engine)
         engine->loadTessaryDataModulesEmpty(defaults, true);
-    copy(Preferences::ContentSizeWidth);
-    copy(Preferences::ContentSizeHeight);
-    copy(Preferences::ModuleSizeInPoints);
-    copy(Preferences::BorderWidth);
-    if (t.contains(Preferences::BackgroundColor))
-        copy(Preferences::BackgroundColor);
-    if (t.contains(Preferences::BackgroundImage)) {
-        defaults.removeObject(Preferences::BackgroundColor);
-        copy(Preferences::BackgroundImage);
-    }
-    defaults.synchronize();
+    return stored;
 }
 
 bool TemplateStore::setUserDefaultsFromBuiltInTemplateData(qsizetype row, LayoutEngine *engine)
@@ -243,8 +324,10 @@ bool TemplateStore::setUserDefaultsFromBuiltInTemplateData(qsizetype row, Layout
     const Template t = builtInTemplateAt(row);
     if (!t)
         return false;
-    setUserDefaultsFromDataDictionary(m_defaults, *t, engine);
-    return true;
+    if (setUserDefaultsFromDataDictionary(m_defaults, *t, engine))
+        return true;
+    emit writeFailed(QStringLiteral("The template could not be applied."), m_defaults.errorString());
+    return false;
 }
 
 bool TemplateStore::setUserDefaultsFromUserTemplateData(qsizetype row, LayoutEngine *engine)
@@ -252,6 +335,8 @@ bool TemplateStore::setUserDefaultsFromUserTemplateData(qsizetype row, LayoutEng
     const Template t = userTemplateAt(row);
     if (!t)
         return false;
-    setUserDefaultsFromDataDictionary(m_defaults, *t, engine);
-    return true;
+    if (setUserDefaultsFromDataDictionary(m_defaults, *t, engine))
+        return true;
+    emit writeFailed(QStringLiteral("The template could not be applied."), m_defaults.errorString());
+    return false;
 }

@@ -6,6 +6,7 @@
 #include <QVariantList>
 #include <QVariantMap>
 
+#include <functional>
 #include <memory>
 
 class LayoutEngine;
@@ -17,6 +18,11 @@ class UserDefaults;
 // A template in a store is shared by pointer: identity, not equality, is what keeps the user's
 // selection on the same template when rows move, and what lets a template pasted twice appear
 // twice as the very same object.
+//
+// Every change of "My Templates" is one transaction that re-reads the stored list and applies
+// the change to it, so that another process's changes made meanwhile are kept; the list here
+// then follows what was stored. A change that could not be written is undone here and
+// reported with writeFailed.
 //
 // The store also keeps the user table's selected row, since every change must restore it. The
 // window mirrors it: it reports the user's clicks with setSelectedUserRow and follows
@@ -84,10 +90,15 @@ public:
     // the modules (and, when an engine is given, its module list reloaded from them), the
     // content size, module size and border width (a missing value removes the key), then the
     // background colour, then the background image, which removes any background colour first.
-    static void setUserDefaultsFromDataDictionary(UserDefaults &defaults, const QVariantMap &templateData,
+    // The values are written in one transaction: all of them or, when the write fails (false,
+    // the defaults' errorString says why), none.
+    static bool setUserDefaultsFromDataDictionary(UserDefaults &defaults, const QVariantMap &templateData,
                                                   LayoutEngine *engine = nullptr);
+    // False for a row that is not one, and (after writeFailed) when the write failed.
     bool setUserDefaultsFromBuiltInTemplateData(qsizetype row, LayoutEngine *engine = nullptr);
     bool setUserDefaultsFromUserTemplateData(qsizetype row, LayoutEngine *engine = nullptr);
+    // Tells whoever shows failures (writeFailed) that a write of the templates' values failed.
+    void reportWriteFailure(const QString &what, const QString &reason) { emit writeFailed(what, reason); }
 
     // Stably sorts templates by their "nbrModules" numbers.
     static void sortByModuleCount(Templates &templates);
@@ -97,17 +108,33 @@ signals:
     void userTemplatesChanged();
     // A change moved the user table's selection to this row (-1: none).
     void userSelectionChanged(qsizetype row);
+    // A change was not stored: what (a sentence for the user) and the reason in words. The
+    // window shows an alert; the command line prints it and fails.
+    void writeFailed(const QString &what, const QString &reason);
 
 private:
     // Writes the user store to "UserTemplates", tells the table, then puts the selection back
     // on `remembered` when it is still in the store. When it is not, the selected row number is
     // kept if it is still a row, else nothing is selected. Returns whether it was found.
-    bool persistKeepingSelection(const Template &remembered);
-    void persist();
+    // A change of the list, applied both here and to the list read back from the store.
+    using Edit = std::function<void(Templates &templates)>;
+    // Applies the edit here and to the stored list in one transaction, then keeps the
+    // selection as persistKeepingSelection says. Returns whether the change was stored.
+    bool persistKeepingSelection(const Edit &change);
+    bool persist(const Edit &change);
     void selectRow(qsizetype row);
+    // The templates of a stored list; those that were in the list at the last write keep
+    // their shared objects.
+    Templates templatesFromStored(const QVariant &stored) const;
+    // The position of the n-th occurrence of that very template (-1 when there is none), and
+    // which occurrence the one at row is.
+    static qsizetype occurrence(const Templates &templates, const Template &t, qsizetype n);
+    static qsizetype occurrenceAt(const Templates &templates, qsizetype row);
 
     UserDefaults &m_defaults;
     Templates m_builtInTemplates;
     Templates m_userTemplates;
+    // "My Templates" as last read from or written to the store.
+    Templates m_committedUserTemplates;
     qsizetype m_selectedUserRow = -1;
 };

@@ -136,3 +136,57 @@ TEST_F(DefaultsCommandTest, TemplateInfoDescribesEachTemplateAndRefusesOtherFile
 }
 
 } // namespace
+
+namespace {
+
+// Rows an older version let in: a key holding NUL, a string holding U+0001 and a value that no
+// longer reads. The first two are left out of read and export with a warning that names them,
+// the rest still exports, and each is deleted by the name it is shown by.
+TEST(DefaultsCommandOldRows, KeysXmlCannotCarryAreLeftOutNamedAndDeletable)
+{
+    QTemporaryDir dir;
+    const QString store = dir.filePath(QStringLiteral("defaults.sqlite"));
+    qputenv("TESSARY_DEFAULTS", store.toLocal8Bit());
+    {
+        UserDefaults defaults(store);
+        ASSERT_TRUE(defaults.setInteger(1, QStringLiteral("kept")));
+    }
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("old-version"));
+        db.setDatabaseName(store);
+        ASSERT_TRUE(db.open());
+        const std::pair<QString, QByteArray> rows[] = {
+            {QStringLiteral("bad") + QChar(0) + QStringLiteral("key"), PropertyList::toBinary(qint64(2))},
+            {QStringLiteral("control"), PropertyList::toBinary(QStringLiteral("a\u0001b"))},
+            {QStringLiteral("unreadable"), QByteArray("not a property list")},
+        };
+        for (const auto &[key, value] : rows) {
+            QSqlQuery q(db);
+            q.prepare(QStringLiteral("INSERT INTO defaults (key, value) VALUES (?, ?)"));
+            q.addBindValue(key);
+            q.addBindValue(value);
+            ASSERT_TRUE(q.exec());
+        }
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(QStringLiteral("old-version"));
+
+    for (const QStringList &args : {QStringList{"defaults", "export", "-"}, QStringList{"defaults", "read"}}) {
+        const CliRun r = CliRun::of(args);
+        EXPECT_EQ(r.code, 0) << args.join(' ').toStdString();
+        EXPECT_TRUE(r.err.contains(QStringLiteral("defaults delete 'bad\\u{0000}key'"))) << r.err.toStdString();
+        EXPECT_TRUE(r.err.contains(QStringLiteral("defaults delete 'control'"))) << r.err.toStdString();
+        const PropertyList::ReadResult back = PropertyList::fromBytes(r.out.toUtf8(), QStringLiteral("export"));
+        ASSERT_TRUE(back.ok()) << back.error.toStdString();
+        EXPECT_EQ(back.value, QVariant(QVariantMap{{QStringLiteral("kept"), qint64(1)}}));
+    }
+    EXPECT_EQ(CliRun::of({"defaults", "delete", "bad\\u{0000}key"}).code, 0);
+    EXPECT_EQ(CliRun::of({"defaults", "delete", "control"}).code, 0);
+    EXPECT_EQ(CliRun::of({"defaults", "delete", "unreadable"}).code, 0);
+    const CliRun clean = CliRun::of({"defaults", "export", "-"});
+    EXPECT_EQ(clean.code, 0) << clean.err.toStdString();
+    EXPECT_EQ(UserDefaults(store).allKeys(), QStringList{QStringLiteral("kept")});
+    qunsetenv("TESSARY_DEFAULTS");
+}
+
+} // namespace

@@ -87,6 +87,7 @@ TEST_F(TemplateExporterTest, OneFileExportImportsBackToTheSameTemplates)
 
         const TemplateStore::Templates expected = table == TemplateTable::User ? store.userTemplates() : store.builtInTemplates();
         TemplateStore fresh(defaults);
+        fresh.clearUserTemplates(); // the store shares the defaults: start from an empty My Templates
         TemplateEditor freshEditor(fresh, defaults, alerts);
         ASSERT_TRUE(freshEditor.importTemplateFiles({path}));
         ASSERT_EQ(fresh.userTemplates().size(), expected.size());
