@@ -11,6 +11,7 @@
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "images/ImageBrowserController.h"
+#include "templates/TemplateStore.h"
 #include "widgets/ImageBrowserPanel.h"
 #include "widgets/TemplateTabView.h"
 #include "widgets/TessaryView.h"
@@ -51,6 +52,12 @@ void HalvernDesktopController::awakeFromNib()
     connect(m_welcomeWindow, &WelcomeSheet::visitWebsiteRequested, this, &HalvernDesktopController::goToWebsite);
     m_preferencesWindow = new PreferencesWindow(m_defaults, m_resourcesFolder, window);
 
+    // A template change that could not be stored is said on the window, as the photo list's is.
+    connect(&m_mainWindow->tessaryView().templateStore(), &TemplateStore::writeFailed, this,
+            [this](const QString &what, const QString &reason) {
+                doAlert(what, reason, AlertPresenter::Style::Warning);
+            });
+
     Preferences prefs(m_defaults);
     m_mainWindow->tessaryView().setTessaryBackgroundColor(prefs.tessaryBackgroundColor());
     m_harpSound = new CompletionSound(QDir(m_resourcesFolder).filePath(QStringLiteral("harp.aif")), this);
@@ -76,8 +83,14 @@ void HalvernDesktopController::applicationWillFinishLaunching()
             m_mainWindow->move(frame.topLeft());
         }
     }
-    if (!prefs.doNotShowWelcomeWindowAgain())
+    if (m_defaults.isReadOnly()) {
+        // Everything can be looked at, nothing is kept: say so once, before any change is lost.
+        doAlert(QStringLiteral("Changes cannot be saved."),
+                QStringLiteral("Tessary can read its settings and photo list but not write them: %1").arg(m_defaults.readOnlyReason()),
+                AlertPresenter::Style::Warning);
+    } else if (!prefs.doNotShowWelcomeWindowAgain()) {
         showWelcomeWindow();
+    }
 }
 
 void HalvernDesktopController::applicationDidFinishLaunching()

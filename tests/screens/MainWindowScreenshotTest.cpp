@@ -160,9 +160,13 @@ TEST_F(MainWindowScreenshotTest, TurnedAndJumbled)
 {
     if (QWidget *sheet = controller->mainWindow().findChild<WelcomeSheet *>())
         sheet->close();
+    QImage grab = grabMainWindow();
+    save(grab, "main-window");
+    EXPECT_GE(checkTileCentres(grab), 49);
+
     view().setCoordinateTransform(3);
     ASSERT_TRUE(waitForTiles());
-    QImage grab = grabMainWindow();
+    grab = grabMainWindow();
     save(grab, "main-window-rotated-left");
     EXPECT_GE(checkTileCentres(grab), 40);
 
