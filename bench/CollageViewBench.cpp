@@ -1,3 +1,4 @@
+#include "SilentAlerts.h"
 #include "foundation/AlertPresenter.h"
 #include "foundation/Paths.h"
 #include "foundation/UserDefaults.h"
@@ -15,17 +16,6 @@
 #include <memory>
 
 namespace {
-
-class SilentAlerts : public AlertPresenter
-{
-public:
-    void presentAlert(const Alert &, std::function<void(int)> completion) override
-    {
-        if (completion)
-            completion(DefaultButton);
-    }
-    void beep() override {}
-};
 
 // The collage window's view with the 49 factory photos in the built-in 7 x 7 template, its
 // cache warm (every tile filled once), in a store of its own.

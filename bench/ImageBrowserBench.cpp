@@ -1,3 +1,4 @@
+#include "SilentAlerts.h"
 #include "foundation/AlertPresenter.h"
 #include "foundation/UserDefaults.h"
 #include "images/ImageBrowserController.h"
@@ -24,17 +25,6 @@
 namespace {
 
 constexpr int kPhotoCount = 1000;
-
-class SilentAlerts : public AlertPresenter
-{
-public:
-    void presentAlert(const Alert &, std::function<void(int)> completion) override
-    {
-        if (completion)
-            completion(DefaultButton);
-    }
-    void beep() override {}
-};
 
 // One browser for every case: building it (1000 files, the list, every thumbnail) takes a while.
 struct Browser {
