@@ -31,6 +31,19 @@ class NodeWriter
 public:
     QString error;
 
+    // libplist writes its integer nodes as signed 64-bit values, except those it read as
+    // unsigned from text; an unsigned value above the signed range is made that way so it is
+    // written in the 16-byte form that keeps it unsigned.
+    static plist_t unsignedNode(quint64 value)
+    {
+        if (value <= quint64(std::numeric_limits<qint64>::max()))
+            return plist_new_uint(value);
+        const QByteArray xml = "<plist version=\"1.0\"><integer>" + QByteArray::number(value) + "</integer></plist>";
+        plist_t node = nullptr;
+        plist_from_xml(xml.constData(), uint32_t(xml.size()), &node);
+        return node;
+    }
+
     plist_t write(const QVariant &value, int depth)
     {
         if (!error.isEmpty())
@@ -103,7 +116,7 @@ public:
         case QMetaType::UShort:
         case QMetaType::ULong:
         case QMetaType::UChar:
-            return plist_new_uint(value.toULongLong());
+            return unsignedNode(value.toULongLong());
         case QMetaType::Double:
         case QMetaType::Float:
             return plist_new_real(value.toDouble());

@@ -169,31 +169,32 @@ private:
             const QVariant uid = map.value(QStringLiteral("CF$UID"));
             if (uid.typeId() == QMetaType::LongLong && uid.toLongLong() >= 0)
                 return QVariant::fromValue(PlistUid{quint64(uid.toLongLong())});
+            if (uid.typeId() == QMetaType::ULongLong)
+                return QVariant::fromValue(PlistUid{uid.toULongLong()});
         }
         return map;
     }
 
+    // Whole numbers in the signed 64-bit range read as qint64; larger ones, up to 2^64 - 1, as
+    // quint64, so that unsigned values survive a round trip.
     QVariant parseInteger(const QString &text)
     {
         bool ok = false;
-        qint64 value = 0;
-        if (text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive) || text.startsWith(QLatin1String("-0x"), Qt::CaseInsensitive)) {
-            const bool negative = text.startsWith(QLatin1Char('-'));
-            const quint64 magnitude = text.mid(negative ? 3 : 2).toULongLong(&ok, 16);
-            value = negative ? -qint64(magnitude) : qint64(magnitude);
-        } else {
-            value = text.toLongLong(&ok, 10);
-            if (!ok) {
-                // Values above the signed range are kept as their unsigned bits.
-                const quint64 big = text.toULongLong(&ok, 10);
-                value = qint64(big);
-            }
-        }
+        const bool negative = text.startsWith(QLatin1Char('-'));
+        const QString digits = text.mid(negative || text.startsWith(QLatin1Char('+')) ? 1 : 0);
+        const bool hex = digits.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
+        const quint64 magnitude = hex ? digits.mid(2).toULongLong(&ok, 16) : digits.toULongLong(&ok, 10);
+        // QString::toULongLong tolerates a sign and surrounding space of its own.
+        ok = ok && !digits.isEmpty() && digits.front().isDigit() && digits.back().isLetterOrNumber();
+        if (ok && !negative && magnitude > quint64(std::numeric_limits<qint64>::max()))
+            return magnitude;
+        if (ok && negative && magnitude > quint64(std::numeric_limits<qint64>::max()) + 1)
+            ok = false;
         if (!ok) {
-            fail(QStringLiteral("<integer> \"%1\" is not a whole number").arg(text.left(40)));
+            fail(QStringLiteral("<integer> \"%1\" is not a whole number in 64 bits").arg(text.left(40)));
             return {};
         }
-        return value;
+        return negative ? qint64(0 - magnitude) : qint64(magnitude);
     }
 
     QVariant parseReal(const QString &text)
