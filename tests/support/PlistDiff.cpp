@@ -1,0 +1,106 @@
+#include "PlistDiff.h"
+
+#include "foundation/PlistUid.h"
+
+#include <QDateTime>
+
+#include <cstring>
+
+namespace {
+
+QString describe(const QVariant &v)
+{
+    if (v.userType() == qMetaTypeId<PlistUid>())
+        return QStringLiteral("uid %1").arg(v.value<PlistUid>().value);
+    if (v.typeId() == QMetaType::QDateTime)
+        return v.toDateTime().toString(Qt::ISODateWithMs);
+    if (v.typeId() == QMetaType::QByteArray)
+        return QStringLiteral("<%1>").arg(QString::fromLatin1(v.toByteArray().left(16).toHex()));
+    if (v.typeId() == QMetaType::Double)
+        return QString::number(v.toDouble(), 'g', 17);
+    return QStringLiteral("%1 %2").arg(QString::fromLatin1(v.typeName() ? v.typeName() : "invalid"), v.toString().left(60));
+}
+
+class Comparer
+{
+public:
+    explicit Comparer(const PlistDiff::Leniency &leniency) : m_leniency(leniency) {}
+
+    QString compare(const QVariant &e, const QVariant &a, const QString &path)
+    {
+        const auto differ = [&] {
+            return QStringLiteral("%1: expected %2 but read %3").arg(path.isEmpty() ? QStringLiteral("/") : path, describe(e), describe(a));
+        };
+        const int et = e.userType();
+        const int at = a.userType();
+        const bool eInt = et == QMetaType::LongLong || et == QMetaType::ULongLong;
+        const bool aInt = at == QMetaType::LongLong || at == QMetaType::ULongLong;
+        if (eInt && aInt && m_leniency.integerBits)
+            return e.toULongLong() == a.toULongLong() ? QString() : differ();
+        if (m_leniency.uidAsDictionary && et == QMetaType::QVariantMap && at == qMetaTypeId<PlistUid>()) {
+            const QVariantMap m = e.toMap();
+            const QVariant n = m.value(QStringLiteral("CF$UID"));
+            return m.size() == 1 && (n.typeId() == QMetaType::LongLong || n.typeId() == QMetaType::ULongLong)
+                           && n.toULongLong() == a.value<PlistUid>().value
+                       ? QString()
+                       : differ();
+        }
+        if (m_leniency.undecodableText && et == QMetaType::QString && at == QMetaType::QString
+            && e.toString().contains(QChar::ReplacementCharacter))
+            return {};
+        if (et != at)
+            return differ();
+        if (et == qMetaTypeId<PlistUid>())
+            return e.value<PlistUid>() == a.value<PlistUid>() ? QString() : differ();
+        switch (et) {
+        case QMetaType::QVariantList: {
+            const QVariantList el = e.toList();
+            const QVariantList al = a.toList();
+            if (el.size() != al.size())
+                return QStringLiteral("%1: expected %2 items but read %3").arg(path).arg(el.size()).arg(al.size());
+            for (qsizetype i = 0; i < el.size(); ++i) {
+                const QString d = compare(el[i], al[i], QStringLiteral("%1/%2").arg(path).arg(i));
+                if (!d.isEmpty())
+                    return d;
+            }
+            return {};
+        }
+        case QMetaType::QVariantMap: {
+            const QVariantMap em = e.toMap();
+            const QVariantMap am = a.toMap();
+            if (em.keys() != am.keys())
+                return QStringLiteral("%1: expected keys [%2] but read [%3]").arg(path, em.keys().join(u','), am.keys().join(u','));
+            for (auto it = em.cbegin(); it != em.cend(); ++it) {
+                const QString d = compare(it.value(), am.value(it.key()), QStringLiteral("%1/%2").arg(path, it.key()));
+                if (!d.isEmpty())
+                    return d;
+            }
+            return {};
+        }
+        case QMetaType::Double: {
+            const double x = e.toDouble();
+            const double y = a.toDouble();
+            return std::memcmp(&x, &y, sizeof x) == 0 || (x != x && y != y) ? QString() : differ();
+        }
+        case QMetaType::QDateTime:
+            return qAbs(e.toDateTime().toMSecsSinceEpoch() - a.toDateTime().toMSecsSinceEpoch()) <= m_leniency.dateSlackMs
+                       ? QString()
+                       : differ();
+        case QMetaType::LongLong:
+        case QMetaType::ULongLong:
+            return e.toULongLong() == a.toULongLong() ? QString() : differ();
+        default:
+            return e == a ? QString() : differ();
+        }
+    }
+
+private:
+    const PlistDiff::Leniency &m_leniency;
+};
+
+} // namespace
+
+QString PlistDiff::between(const QVariant &expected, const QVariant &actual, const Leniency &leniency)
+{
+    return Comparer(leniency).compare(expected, actual, QString());
+}
