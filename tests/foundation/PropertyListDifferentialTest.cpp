@@ -9,6 +9,8 @@
 
 #include <QDateTime>
 #include <QDir>
+#include <QFile>
+#include <QRegularExpression>
 #include <QRandomGenerator>
 #include <QTimeZone>
 #include <QtEndian>
@@ -184,6 +186,30 @@ TEST(PropertyListDifferential, RandomTreesWrittenByLibplistReadBackEqual)
         }
     }
     EXPECT_GT(sharedFiles, 300); // of the 800 binary files
+}
+
+// Valid files written by other programs (tests/fuzz/make_property_list_corpus.py names them by
+// writer: plistlib-*, libplist-*; the rest were written by Tessary): both readers read each, and
+// read the same.
+TEST(PropertyListDifferential, ReadersAgreeOnTheCorpusOfOtherWriters)
+{
+    const QDir corpus(QStringLiteral(TESSARY_SOURCE_DIR "/tests/fuzz/corpus/property_list"));
+    const QStringList files = corpus.entryList(QDir::Files, QDir::Name);
+    ASSERT_GE(files.filter(QRegularExpression(QStringLiteral("^plistlib-"))).size(), 2);
+    ASSERT_GE(files.filter(QRegularExpression(QStringLiteral("^libplist-"))).size(), 2);
+    for (const QString &name : files) {
+        SCOPED_TRACE(name.toStdString());
+        const auto read = PropertyList::fromFile(corpus.filePath(name));
+        ASSERT_TRUE(read.ok()) << read.error.toStdString();
+        QFile file(corpus.filePath(name));
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QVariant reference = LibplistTree::read(file.readAll());
+        ASSERT_TRUE(reference.isValid());
+        PlistDiff::Leniency leniency;
+        leniency.uidAsDictionary = name.endsWith(QLatin1String(".xml"));
+        const QString diff = PlistDiff::between(reference, read.value, leniency);
+        EXPECT_TRUE(diff.isEmpty()) << diff.toStdString();
+    }
 }
 
 } // namespace
