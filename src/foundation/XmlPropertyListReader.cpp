@@ -23,7 +23,7 @@ public:
         if (nextElement()) {
             if (m_xml.name() == QLatin1String("plist")) {
                 if (nextElement())
-                    result = parseValue(1);
+                    result = parseValue(0); // <plist> is a wrapper, not a level of nesting
                 else if (m_error.isEmpty())
                     fail(QStringLiteral("the <plist> element holds no value"));
                 if (m_error.isEmpty() && nextElement())

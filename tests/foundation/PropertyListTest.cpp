@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace {
 
 QVariantMap everyType()
@@ -19,6 +21,8 @@ QVariantMap everyType()
         {QStringLiteral("integer"), qint64(42)},
         {QStringLiteral("negative"), qint64(-7)},
         {QStringLiteral("large"), qint64(1) << 40},
+        {QStringLiteral("smallest"), std::numeric_limits<qint64>::min()},
+        {QStringLiteral("unsigned"), std::numeric_limits<quint64>::max()},
         {QStringLiteral("real"), 0.35},
         {QStringLiteral("whole real"), 2.0},
         {QStringLiteral("true"), true},
@@ -130,15 +134,27 @@ TEST(PropertyList, MalformedInputsGiveErrorsNamingTheSource)
     }
 }
 
-TEST(PropertyList, DeepNestingIsRefusedWithoutExhaustingTheStack)
+QVariant nested(int levels)
 {
-    QVariant v = QVariantList{};
-    for (int i = 0; i < PropertyList::kMaxDepth + 10; ++i)
+    QVariant v = qint64(1);
+    for (int i = 0; i < levels; ++i)
         v = QVariantList{v};
-    QString error;
-    EXPECT_TRUE(PropertyList::toBinary(v, &error).isEmpty());
-    EXPECT_TRUE(error.contains(QStringLiteral("nested"))) << error.toStdString();
+    return v;
+}
 
+TEST(PropertyList, NestingUpToTheLimitReadsInBothFormatsAndDeeperIsRefused)
+{
+    // The limit is on the tree, the same in both formats: <plist> is no level of nesting.
+    for (auto format : {PropertyList::Format::Xml, PropertyList::Format::Binary}) {
+        SCOPED_TRACE(format == PropertyList::Format::Xml ? "xml" : "binary");
+        const QByteArray atLimit = PropertyList::toBytes(nested(PropertyList::kMaxDepth), format);
+        const auto r = PropertyList::fromBytes(atLimit, QStringLiteral("deep"));
+        ASSERT_TRUE(r.ok()) << r.error.toStdString();
+        EXPECT_EQ(r.value, nested(PropertyList::kMaxDepth));
+        QString error;
+        EXPECT_TRUE(PropertyList::toBytes(nested(PropertyList::kMaxDepth + 1), format, &error).isEmpty());
+        EXPECT_TRUE(error.contains(QStringLiteral("nested"))) << error.toStdString();
+    }
     QByteArray xml = "<plist version=\"1.0\">";
     for (int i = 0; i < 2000; ++i)
         xml += "<array>";
@@ -147,6 +163,7 @@ TEST(PropertyList, DeepNestingIsRefusedWithoutExhaustingTheStack)
     xml += "</plist>";
     const auto r = PropertyList::fromBytes(xml, QStringLiteral("deep.plist"));
     EXPECT_FALSE(r.ok());
+    EXPECT_TRUE(r.error.contains(QStringLiteral("nested"))) << r.error.toStdString();
 }
 
 TEST(PropertyList, OversizedInputIsRefusedBeforeParsing)
