@@ -46,12 +46,17 @@ private:
         return {};
     }
 
-    // Big-endian unsigned integer of 1 to 8 bytes at offset; the caller checked the bounds.
+    // Big-endian unsigned integer of `width` bytes at offset; the caller checked the bounds.
+    // Offsets and references may be stored wider than 8 bytes; one that does not fit in 64 bits
+    // reads as the largest value, which names no object.
     quint64 readUInt(qint64 offset, int width) const
     {
         quint64 v = 0;
-        for (int i = 0; i < width; ++i)
+        for (int i = 0; i < width; ++i) {
+            if (i < width - 8 && m_data[offset + i] != 0)
+                return ~quint64(0);
             v = (v << 8) | m_data[offset + i];
+        }
         return v;
     }
 
@@ -70,7 +75,7 @@ private:
         const quint64 objectCount = readUInt(t + 8, 8);
         const quint64 top = readUInt(t + 16, 8);
         const quint64 tableOffset = readUInt(t + 24, 8);
-        if (m_offsetSize < 1 || m_offsetSize > 8 || m_refSize < 1 || m_refSize > 8)
+        if (m_offsetSize < 1 || m_refSize < 1)
             return fail(QStringLiteral("malformed binary property list (bad integer sizes in the trailer)"));
         if (objectCount == 0 || top >= objectCount || tableOffset < 8 || tableOffset > quint64(t)
             || objectCount > (quint64(t) - tableOffset) / quint64(m_offsetSize))
@@ -269,11 +274,14 @@ private:
         }
         case 0x8: {
             const int width = nibble + 1;
-            if (width > 8 || !inBounds(pos, width))
+            if (width > 8)
+                return fail(QStringLiteral("malformed binary property list (a keyed-archive reference wider than 8 bytes at offset %1)").arg(pos - 1));
+            if (!inBounds(pos, width))
                 return fail(QStringLiteral("malformed binary property list (bad reference at offset %1)").arg(pos - 1));
             return QVariant::fromValue(PlistUid{readUInt(pos, width)});
         }
-        case 0xA: {
+        case 0xA:
+        case 0xC: { // a set reads as an array, as libplist reads it
             qint64 count = 0;
             if (!length(pos, nibble, count))
                 return {};

@@ -52,8 +52,16 @@ public:
             error = QStringLiteral("containers nested deeper than %1 levels").arg(PropertyList::kMaxDepth);
             return nullptr;
         }
-        if (value.userType() == qMetaTypeId<PlistUid>())
-            return plist_new_uid(value.value<PlistUid>().value);
+        if (value.userType() == qMetaTypeId<PlistUid>()) {
+            // libplist writes references in at most 4 bytes (keyed archives index their objects
+            // with 32 bits); a larger one would be cut short.
+            const quint64 uid = value.value<PlistUid>().value;
+            if (uid > std::numeric_limits<quint32>::max()) {
+                error = QStringLiteral("a keyed-archive reference above %1").arg(std::numeric_limits<quint32>::max());
+                return nullptr;
+            }
+            return plist_new_uid(uid);
+        }
         switch (value.typeId()) {
         case QMetaType::QVariantMap: {
             plist_t dict = plist_new_dict();

@@ -42,6 +42,12 @@ QByteArray ref2(int n)
     return bytes({n >> 8, n & 0xFF});
 }
 
+// A reference ten bytes wide, its high byte given.
+QByteArray ref10(int n, int high = 0)
+{
+    return bytes({high}) + QByteArray(7, '\0') + ref2(n);
+}
+
 // A subtree `height` levels deep (objects 1..height around the integer 2 * height + 1), and the
 // same subtree again under `height` more levels (objects height + 1..2 * height), both in one
 // array: the tree as expanded nests 2 * height + 1 levels deep. References are 2 bytes.
@@ -84,6 +90,9 @@ TEST(BinaryPropertyListReader, SharedObjectsReadInEveryPlaceTheyAreReferenced)
         {"container shared by two containers",
          bplist({bytes({0xA2, 1, 1}), bytes({0xA2, 2, 2}), bytes({0x10, 7})}),
          QVariantList{QVariantList{seven, seven}, QVariantList{seven, seven}}},
+        {"set, read as an array", bplist({bytes({0xC2, 1, 1}), bytes({0x10, 7})}), QVariantList{seven, seven}},
+        {"references wider than 8 bytes", bplist({bytes({0xA2}) + ref10(1) + ref10(1), bytes({0x10, 7})}, 0, 10),
+         QVariantList{seven, seven}},
         {"subtree shared at two depths within the nesting limit", sharedAtTwoDepths(200), QVariantList{deep, deeper}},
         {"16-byte integer above 2^63 is unsigned",
          bplist({bytes({0x14, 0, 0, 0, 0, 0, 0, 0, 0, 0x80, 0, 0, 0, 0, 0, 0, 5})}), QVariant(quint64(0x8000000000000005ULL))},
@@ -131,6 +140,7 @@ TEST(BinaryPropertyListReader, HostileStructuresAreRefused)
         {"integer wider than 16 bytes", bplist({bytes({0x15, 1, 2})})},
         {"expansion bomb", bplist(laughs)},
         {"shared subtree nested too deep where it is reused", sharedAtTwoDepths(300)},
+        {"wide reference beyond 64 bits", bplist({bytes({0xA1}) + ref10(1, 1), bytes({0x10, 7})}, 0, 10)},
         {"16-byte integer beyond 64 bits", bplist({bytes({0x14, 0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 5})})},
         {"top object outside the table", badTop},
         {"only the magic", QByteArray("bplist00")},

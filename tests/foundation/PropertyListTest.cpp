@@ -196,6 +196,11 @@ TEST(PropertyList, ValuesAPropertyListCannotHoldAreRefused)
     EXPECT_TRUE(PropertyList::toXml(QVariant(), &error).isEmpty());
     EXPECT_FALSE(error.isEmpty());
     EXPECT_TRUE(PropertyList::toXml(QVariantMap{{QStringLiteral("p"), QPointF(1, 2)}}, &error).isEmpty());
+    // libplist would cut a keyed-archive reference above 32 bits short.
+    error.clear();
+    EXPECT_TRUE(PropertyList::toBinary(QVariant::fromValue(PlistUid{quint64(1) << 32}), &error).isEmpty());
+    EXPECT_FALSE(error.isEmpty());
+    EXPECT_FALSE(PropertyList::toBinary(QVariant::fromValue(PlistUid{0xFFFFFFFFu})).isEmpty());
 }
 
 } // namespace

@@ -5,6 +5,7 @@
 #include <QDateTime>
 
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -19,6 +20,23 @@ QString describe(const QVariant &v)
     if (v.typeId() == QMetaType::Double)
         return QString::number(v.toDouble(), 'g', 17);
     return QStringLiteral("%1 %2").arg(QString::fromLatin1(v.typeName() ? v.typeName() : "invalid"), v.toString().left(60));
+}
+
+bool hasLoneSurrogate(const QString &text)
+{
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i].isHighSurrogate() && i + 1 < text.size() && text[i + 1].isLowSurrogate())
+            ++i;
+        else if (text[i].isSurrogate())
+            return true;
+    }
+    return false;
+}
+
+bool within32BitSeconds(const QDateTime &date)
+{
+    const qint64 seconds = date.toSecsSinceEpoch() - 978307200;
+    return seconds > std::numeric_limits<qint32>::min() && seconds < std::numeric_limits<qint32>::max();
 }
 
 class Comparer
@@ -46,7 +64,7 @@ public:
                        : differ();
         }
         if (m_leniency.undecodableText && et == QMetaType::QString && at == QMetaType::QString
-            && e.toString().contains(QChar::ReplacementCharacter))
+            && (e.toString().contains(QChar::ReplacementCharacter) || hasLoneSurrogate(a.toString())))
             return {};
         if (et != at)
             return differ();
@@ -68,8 +86,19 @@ public:
         case QMetaType::QVariantMap: {
             const QVariantMap em = e.toMap();
             const QVariantMap am = a.toMap();
-            if (em.keys() != am.keys())
+            const auto undecodable = [&](const QString &key) {
+                return m_leniency.undecodableText && (key.contains(QChar::ReplacementCharacter) || hasLoneSurrogate(key));
+            };
+            if (em.keys() != am.keys()) {
+                // A key libplist could not decode may come out as any text, even as another
+                // key: such a dictionary is not compared.
+                bool anyUndecodable = false;
+                for (const QString &key : em.keys() + am.keys())
+                    anyUndecodable = anyUndecodable || undecodable(key);
+                if (anyUndecodable)
+                    return {};
                 return QStringLiteral("%1: expected keys [%2] but read [%3]").arg(path, em.keys().join(u','), am.keys().join(u','));
+            }
             for (auto it = em.cbegin(); it != em.cend(); ++it) {
                 const QString d = compare(it.value(), am.value(it.key()), QStringLiteral("%1/%2").arg(path, it.key()));
                 if (!d.isEmpty())
@@ -80,9 +109,12 @@ public:
         case QMetaType::Double: {
             const double x = e.toDouble();
             const double y = a.toDouble();
-            return std::memcmp(&x, &y, sizeof x) == 0 || (x != x && y != y) ? QString() : differ();
+            const bool same = std::memcmp(&x, &y, sizeof x) == 0 || (x != x && y != y) || (m_leniency.signOfZero && x == 0 && y == 0);
+            return same ? QString() : differ();
         }
         case QMetaType::QDateTime:
+            if (m_leniency.narrowDates && !within32BitSeconds(a.toDateTime()))
+                return {};
             return qAbs(e.toDateTime().toMSecsSinceEpoch() - a.toDateTime().toMSecsSinceEpoch()) <= m_leniency.dateSlackMs
                        ? QString()
                        : differ();

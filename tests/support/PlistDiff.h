@@ -15,10 +15,16 @@ public:
         bool uidAsDictionary = false;
         // Integers compare by their 64 bits: libplist reads a 16-byte -1 as 2^64 - 1.
         bool integerBits = false;
-        // Text libplist passes on as bytes that are not UTF-8 (shown as U+FFFD) matches any text.
+        // Text libplist passes on as bytes that are not UTF-8 (shown as U+FFFD) matches any
+        // text, and so does any text for UTF-16 holding a lone surrogate (libplist garbles it).
         bool undecodableText = false;
-        // libplist rounds dates through microseconds held in 32-bit seconds.
+        // libplist's XML writer writes -0.0 as 0.0.
+        bool signOfZero = false;
+        // Dates may differ by this much (libplist's XML keeps whole seconds).
         qint64 dateSlackMs = 0;
+        // Dates 2^31 seconds or more from 2001 match any date: libplist 2.2 hands dates out in
+        // 32-bit seconds.
+        bool narrowDates = false;
     };
 
     // Empty when `actual` equals `expected`, else "path: expected … but read …".
