@@ -4,6 +4,7 @@
 #include "foundation/PropertyList.h"
 
 #include <QDateTime>
+#include <QRegularExpression>
 #include <QTimeZone>
 #include <QXmlStreamReader>
 
@@ -135,12 +136,18 @@ private:
             return decoded.decoded;
         }
         if (name == QLatin1String("date")) {
+            // ISO 8601 as property lists spell it, "2024-02-29T13:14:15Z", and its shorter and
+            // zoned forms; a date without a zone is in UTC.
+            static const QRegularExpression iso(QStringLiteral(
+                "^\\d{4}-\\d{2}-\\d{2}(T\\d{2}:\\d{2}(:\\d{2}(\\.\\d+)?)?)?(Z|[+-]\\d{2}:\\d{2})?$"));
             const QString text = elementText().trimmed();
-            QDateTime date = QDateTime::fromString(text, Qt::ISODate);
+            QDateTime date = iso.match(text).hasMatch() ? QDateTime::fromString(text, Qt::ISODate) : QDateTime();
             if (!date.isValid()) {
                 fail(QStringLiteral("<date> \"%1\" is not an ISO 8601 date").arg(text.left(40)));
                 return {};
             }
+            if (date.timeSpec() == Qt::LocalTime)
+                date = QDateTime(date.date(), date.time(), QTimeZone::utc());
             return date.toUTC();
         }
         fail(QStringLiteral("unknown element <%1>").arg(name));

@@ -94,6 +94,29 @@ TEST(PropertyList, HandWrittenXmlKeepsIntegerAndRealApart)
     EXPECT_EQ(m.value(QStringLiteral("r")).typeId(), QMetaType::Double);
 }
 
+TEST(PropertyList, XmlDatesReadAsUtcAndMalformedOnesAreRefused)
+{
+    const QDateTime noon(QDate(2024, 2, 29), QTime(13, 14, 15), QTimeZone::utc());
+    const std::vector<std::pair<const char *, QDateTime>> cases{
+        {"2024-02-29T13:14:15Z", noon},
+        {" 2024-02-29T13:14:15.250Z ", noon.addMSecs(250)},
+        {"2024-02-29T15:14:15+02:00", noon},
+        {"2024-02-29T13:14:15", noon}, // no zone: UTC
+        {"2024-02-29", noon.addSecs(-(13 * 3600 + 14 * 60 + 15))},
+        {"1970-01,01T00:00:01Z", {}},
+        {"2024-2-29T13:14:15Z", {}},
+        {"garbage", {}},
+        {"", {}},
+    };
+    for (const auto &[text, expected] : cases) {
+        SCOPED_TRACE(text);
+        const auto r = PropertyList::fromBytes(QByteArray("<plist><date>") + text + "</date></plist>", QStringLiteral("date"));
+        ASSERT_EQ(r.ok(), expected.isValid()) << r.error.toStdString();
+        if (expected.isValid())
+            EXPECT_EQ(r.value.toDateTime().toMSecsSinceEpoch(), expected.toMSecsSinceEpoch());
+    }
+}
+
 TEST(PropertyList, UidsSurviveTheBinaryFormat)
 {
     const QVariantMap v{{QStringLiteral("ref"), QVariant::fromValue(PlistUid{7})}};

@@ -39,13 +39,33 @@ bool within32BitSeconds(const QDateTime &date)
     return seconds > std::numeric_limits<qint32>::min() && seconds < std::numeric_limits<qint32>::max();
 }
 
+QString withXmlLineEnds(QString text)
+{
+    return text.replace(QLatin1String("\r\n"), QLatin1String("\n")).replace(QLatin1Char('\r'), QLatin1Char('\n'));
+}
+
+// The value with its text (not inside containers) and, for a dictionary, its keys so turned.
+QVariant withXmlLineEnds(const QVariant &v)
+{
+    if (v.typeId() == QMetaType::QString)
+        return withXmlLineEnds(v.toString());
+    if (v.typeId() != QMetaType::QVariantMap)
+        return v;
+    QVariantMap map;
+    const QVariantMap original = v.toMap();
+    for (auto it = original.cbegin(); it != original.cend(); ++it)
+        map.insert(withXmlLineEnds(it.key()), it.value());
+    return map;
+}
+
 class Comparer
 {
 public:
     explicit Comparer(const PlistDiff::Leniency &leniency) : m_leniency(leniency) {}
 
-    QString compare(const QVariant &e, const QVariant &a, const QString &path)
+    QString compare(const QVariant &expected, const QVariant &a, const QString &path)
     {
+        const QVariant e = m_leniency.xmlLineEnds ? withXmlLineEnds(expected) : expected;
         const auto differ = [&] {
             return QStringLiteral("%1: expected %2 but read %3").arg(path.isEmpty() ? QStringLiteral("/") : path, describe(e), describe(a));
         };
@@ -64,7 +84,8 @@ public:
                        : differ();
         }
         if (m_leniency.undecodableText && et == QMetaType::QString && at == QMetaType::QString
-            && (e.toString().contains(QChar::ReplacementCharacter) || hasLoneSurrogate(a.toString())))
+            && (e.toString().contains(QChar::ReplacementCharacter) || hasLoneSurrogate(a.toString())
+                || (a.toString().startsWith(QChar::ByteOrderMark) && a.toString().mid(1) == e.toString())))
             return {};
         if (et != at)
             return differ();

@@ -16,8 +16,12 @@ public:
         // Integers compare by their 64 bits: libplist reads a 16-byte -1 as 2^64 - 1.
         bool integerBits = false;
         // Text libplist passes on as bytes that are not UTF-8 (shown as U+FFFD) matches any
-        // text, and so does any text for UTF-16 holding a lone surrogate (libplist garbles it).
+        // text, and so does any text for UTF-16 holding a lone surrogate (libplist garbles it);
+        // libplist drops a leading U+FEFF from UTF-16 text.
         bool undecodableText = false;
+        // XML readers turn a carriage return (and CR LF) in text into a line feed; libplist's
+        // XML reader keeps it. The expected side's text is compared with its line ends so turned.
+        bool xmlLineEnds = false;
         // libplist's XML writer writes -0.0 as 0.0.
         bool signOfZero = false;
         // Dates may differ by this much (libplist's XML keeps whole seconds).
