@@ -120,7 +120,7 @@ bool libplistGuesses(const QByteArray &bytes, const QString &error)
 // reads decimal, as other readers do.
 bool libplistReadsOctal(const QByteArray &bytes)
 {
-    static const QRegularExpression octal(QStringLiteral("<integer>\\s*[-+]?0[0-9]"));
+    static const QRegularExpression octal(QStringLiteral("<integer\\s*>\\s*[-+]?0[0-9]"));
     return octal.match(QString::fromLatin1(bytes)).hasMatch();
 }
 
@@ -128,7 +128,7 @@ bool libplistReadsOctal(const QByteArray &bytes)
 // dates are compared only in the form writers use, "2024-02-29T13:14:15Z".
 bool libplistMisreadsDates(const QByteArray &bytes)
 {
-    static const QRegularExpression date(QStringLiteral("<date>([^<]*)</date>"));
+    static const QRegularExpression date(QStringLiteral("<date\\s*>([^<]*)</date\\s*>"));
     static const QRegularExpression canonical(QStringLiteral("^\\s*\\d{4}-\\d{2}-\\d{2}T\\d{2}:\\d{2}:\\d{2}(\\.\\d+)?Z\\s*$"));
     for (const auto &m : date.globalMatch(QString::fromLatin1(bytes))) {
         if (!canonical.match(m.captured(1)).hasMatch())
@@ -141,7 +141,7 @@ bool libplistMisreadsDates(const QByteArray &bytes)
 // Tessary decodes it as unpadded Base64.
 bool libplistDropsUnpaddedBase64(const QByteArray &bytes)
 {
-    static const QRegularExpression data(QStringLiteral("<data>([^<]*)</data>"));
+    static const QRegularExpression data(QStringLiteral("<data\\s*>([^<]*)</data\\s*>"));
     for (const auto &m : data.globalMatch(QString::fromLatin1(bytes))) {
         if (m.captured(1).remove(QRegularExpression(QStringLiteral("\\s"))).size() % 4 != 0)
             return true;

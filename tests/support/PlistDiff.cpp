@@ -108,7 +108,8 @@ public:
             const QVariantMap em = e.toMap();
             const QVariantMap am = a.toMap();
             const auto undecodable = [&](const QString &key) {
-                return m_leniency.undecodableText && (key.contains(QChar::ReplacementCharacter) || hasLoneSurrogate(key));
+                return m_leniency.undecodableText
+                       && (key.contains(QChar::ReplacementCharacter) || hasLoneSurrogate(key) || key.startsWith(QChar::ByteOrderMark));
             };
             if (em.keys() != am.keys()) {
                 // A key libplist could not decode may come out as any text, even as another
