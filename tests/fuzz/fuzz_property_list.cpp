@@ -170,7 +170,9 @@ void compareWithLibplist(const QByteArray &bytes, const PropertyList::ReadResult
     // its limits stand, and libplist keeps text as C strings, cut at a NUL.
     if (!ours.ok() && (!binary || refusedByALimit(ours.error) || libplistGuesses(bytes, ours.error)))
         return;
-    if (ours.ok() && (shapeOf(ours.value).nulText || (!binary && (libplistReadsOctal(bytes) || libplistMisreadsDates(bytes) || libplistDropsUnpaddedBase64(bytes)))))
+    if (ours.ok() && shapeOf(ours.value).nulText)
+        return;
+    if (!binary && (libplistReadsOctal(bytes) || libplistMisreadsDates(bytes) || libplistDropsUnpaddedBase64(bytes)))
         return;
     QVariant reference;
     switch (libplist.read(bytes, &reference)) {
