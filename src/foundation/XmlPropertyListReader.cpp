@@ -88,12 +88,34 @@ private:
         return false;
     }
 
+    // The text of the current element up to its end. An entity reference the reader could not
+    // resolve (one a document with a DOCTYPE may leave to its external DTD) is refused rather
+    // than dropped from the text, as QXmlStreamReader::readElementText would.
     QString elementText()
     {
-        const QString text = m_xml.readElementText(QXmlStreamReader::ErrorOnUnexpectedElement);
-        if (m_xml.hasError())
-            fail(m_xml.errorString());
-        return text;
+        QString text;
+        while (!m_xml.atEnd()) {
+            switch (m_xml.readNext()) {
+            case QXmlStreamReader::Characters:
+                text += m_xml.text();
+                break;
+            case QXmlStreamReader::EndElement:
+                return text;
+            case QXmlStreamReader::EntityReference:
+                fail(QStringLiteral("unknown entity &%1;").arg(m_xml.name().left(40)));
+                return {};
+            case QXmlStreamReader::StartElement:
+                fail(QStringLiteral("<%1> inside a text element").arg(m_xml.name()));
+                return {};
+            case QXmlStreamReader::Invalid:
+                fail(m_xml.errorString());
+                return {};
+            default: // comments, processing instructions
+                break;
+            }
+        }
+        fail(m_xml.hasError() ? m_xml.errorString() : QStringLiteral("the document ends inside an element"));
+        return {};
     }
 
     QVariant parseValue(int depth)

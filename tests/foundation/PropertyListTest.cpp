@@ -148,6 +148,10 @@ TEST(PropertyList, MalformedInputsGiveErrorsNamingTheSource)
         {"truncated xml", goodXml.left(goodXml.size() / 2)},
         {"unclosed xml tags", deepXml},
         {"wrong closing tag", QByteArray("<plist><dict><key>a</key><string>x</dict></plist>")},
+        // With a DOCTYPE an undeclared entity is no XML error; it must not vanish from the text.
+        {"unknown entity", QByteArray("<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">"
+                                      "<plist><string>a&unknown;b</string></plist>")},
+        {"element inside text", QByteArray("<plist><string>a<b/>c</string></plist>")},
     };
     for (const BadInput &c : cases) {
         SCOPED_TRACE(c.name);
