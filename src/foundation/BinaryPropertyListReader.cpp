@@ -5,10 +5,14 @@
 
 #include <QDateTime>
 #include <QHash>
+#include <QStringDecoder>
 #include <QTimeZone>
 #include <QtEndian>
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <limits>
 
 namespace {
 
@@ -42,12 +46,17 @@ private:
         return {};
     }
 
-    // Big-endian unsigned integer of 1 to 8 bytes at offset; the caller checked the bounds.
+    // Big-endian unsigned integer of `width` bytes at offset; the caller checked the bounds.
+    // Offsets and references may be stored wider than 8 bytes; one that does not fit in 64 bits
+    // reads as the largest value, which names no object.
     quint64 readUInt(qint64 offset, int width) const
     {
         quint64 v = 0;
-        for (int i = 0; i < width; ++i)
+        for (int i = 0; i < width; ++i) {
+            if (i < width - 8 && m_data[offset + i] != 0)
+                return ~quint64(0);
             v = (v << 8) | m_data[offset + i];
+        }
         return v;
     }
 
@@ -66,7 +75,7 @@ private:
         const quint64 objectCount = readUInt(t + 8, 8);
         const quint64 top = readUInt(t + 16, 8);
         const quint64 tableOffset = readUInt(t + 24, 8);
-        if (m_offsetSize < 1 || m_offsetSize > 8 || m_refSize < 1 || m_refSize > 8)
+        if (m_offsetSize < 1 || m_refSize < 1)
             return fail(QStringLiteral("malformed binary property list (bad integer sizes in the trailer)"));
         if (objectCount == 0 || top >= objectCount || tableOffset < 8 || tableOffset > quint64(t)
             || objectCount > (quint64(t) - tableOffset) / quint64(m_offsetSize))
@@ -114,37 +123,77 @@ private:
 
     struct Parsed {
         QVariant value;
-        qint64 weight = 0;
+        qint64 weight = 0; // values in the expanded subtree, itself included
+        int height = 0;    // container levels below it
         bool inProgress = true;
     };
 
+    // Whether the expanded tree may grow by this many values; refuses the input if not.
+    bool mayExpand(qint64 values)
+    {
+        if (values <= BinaryPropertyListReader::kMaxExpandedValues - m_expanded)
+            return true;
+        fail(QStringLiteral("binary property list expands into more than %1 values").arg(BinaryPropertyListReader::kMaxExpandedValues));
+        return false;
+    }
+
+    bool addExpanded(qint64 values)
+    {
+        if (!mayExpand(values))
+            return false;
+        m_expanded += values;
+        return true;
+    }
+
+    // Parses object `index` found `depth` containers down; afterwards m_height holds the number
+    // of container levels below it.
     QVariant object(qint64 index, int depth)
     {
+        m_height = 0;
         if (!m_error.isEmpty())
             return {};
         if (index < 0 || index >= m_objectCount)
             return fail(QStringLiteral("malformed binary property list (reference to object %1 of %2)").arg(index).arg(m_objectCount));
         if (depth > PropertyList::kMaxDepth)
             return fail(QStringLiteral("containers nested deeper than %1 levels").arg(PropertyList::kMaxDepth));
-        // Objects may be shared by several containers; each is parsed once and its value reused
-        // (QVariant copies share their data), while the size of the expanded tree is counted.
+        // Writers store a repeated value once and refer to it from every place it occurs. Each
+        // object is parsed once and its value reused (QVariant copies share their data); the
+        // limits apply to the tree as expanded: its number of values and its depth.
         const auto seen = m_parsed.constFind(index);
         if (seen != m_parsed.cend()) {
             if (seen->inProgress)
                 return fail(QStringLiteral("malformed binary property list (object %1 contains itself)").arg(index));
-            m_expanded += seen->weight;
-            if (m_expanded > BinaryPropertyListReader::kMaxExpandedValues)
-                return fail(QStringLiteral("binary property list expands into too many values"));
+            if (depth + seen->height > PropertyList::kMaxDepth)
+                return fail(QStringLiteral("containers nested deeper than %1 levels").arg(PropertyList::kMaxDepth));
+            if (!addExpanded(seen->weight))
+                return {};
+            m_height = seen->height;
             return seen->value;
         }
         m_parsed.insert(index, Parsed{});
         const qint64 before = m_expanded;
         QVariant value = parseObject(index, depth);
-        ++m_expanded;
-        if (m_expanded > BinaryPropertyListReader::kMaxExpandedValues)
-            return fail(QStringLiteral("binary property list expands into too many values"));
-        m_parsed.insert(index, Parsed{value, m_expanded - before, false});
+        if (!m_error.isEmpty() || !addExpanded(1))
+            return {};
+        m_parsed.insert(index, Parsed{value, m_expanded - before, m_height, false});
         return value;
+    }
+
+    // Parses the referenced child objects of a container; false once the input was refused.
+    template<typename Visit>
+    bool children(qint64 pos, qint64 count, int depth, Visit visit)
+    {
+        int height = 0;
+        for (qint64 i = 0; i < count; ++i) {
+            QVariant child = object(qint64(readUInt(pos + i * m_refSize, m_refSize)), depth + 1);
+            if (!m_error.isEmpty())
+                return false;
+            height = std::max(height, m_height + 1);
+            if (!visit(i, std::move(child)))
+                return false;
+        }
+        m_height = height;
+        return true;
     }
 
     QVariant parseObject(qint64 index, int depth)
@@ -166,9 +215,17 @@ private:
             const int width = 1 << nibble;
             if (width > 16 || !inBounds(pos, width))
                 return fail(QStringLiteral("malformed binary property list (bad integer at offset %1)").arg(pos - 1));
-            // 16-byte integers carry the value in their low 8 bytes.
-            const quint64 v = readUInt(pos + (width == 16 ? 8 : 0), width == 16 ? 8 : width);
-            return qint64(v);
+            if (width < 16)
+                return qint64(readUInt(pos, width)); // 8 bytes are signed, fewer unsigned
+            // 16 bytes hold a 128-bit signed value; writers use them for unsigned values above
+            // the signed 64-bit range, which read back as unsigned.
+            const quint64 high = readUInt(pos, 8);
+            const quint64 low = readUInt(pos + 8, 8);
+            if (high == 0)
+                return low > quint64(std::numeric_limits<qint64>::max()) ? QVariant(low) : QVariant(qint64(low));
+            if (high == ~quint64(0) && low > quint64(std::numeric_limits<qint64>::max()))
+                return qint64(low);
+            return fail(QStringLiteral("binary property list holds an integer wider than 64 bits"));
         }
         case 0x2: {
             if (nibble == 2 && inBounds(pos, 4)) {
@@ -193,7 +250,8 @@ private:
             std::memcpy(&seconds, &bits, 8);
             if (!(seconds > -1e11 && seconds < 1e11))
                 return fail(QStringLiteral("binary property list holds a date out of range"));
-            return QDateTime::fromMSecsSinceEpoch(kPlistEpochMs + qint64(seconds * 1000.0), QTimeZone::utc());
+            // Rounded: a date written to the millisecond is rarely exact as a double.
+            return QDateTime::fromMSecsSinceEpoch(kPlistEpochMs + std::llround(seconds * 1000.0), QTimeZone::utc());
         }
         case 0x4:
         case 0x5:
@@ -208,7 +266,7 @@ private:
             if (type == 0x4)
                 return QByteArray(start, qsizetype(bytes));
             if (type == 0x5)
-                return QString::fromLatin1(start, qsizetype(bytes));
+                return asciiText(start, qsizetype(bytes));
             QString text(qsizetype(count), Qt::Uninitialized);
             for (qint64 i = 0; i < count; ++i)
                 text[qsizetype(i)] = QChar(char16_t(readUInt(pos + 2 * i, 2)));
@@ -216,43 +274,74 @@ private:
         }
         case 0x8: {
             const int width = nibble + 1;
-            if (width > 8 || !inBounds(pos, width))
+            if (width > 8)
+                return fail(QStringLiteral("malformed binary property list (a keyed-archive reference wider than 8 bytes at offset %1)").arg(pos - 1));
+            if (!inBounds(pos, width))
                 return fail(QStringLiteral("malformed binary property list (bad reference at offset %1)").arg(pos - 1));
             return QVariant::fromValue(PlistUid{readUInt(pos, width)});
         }
-        case 0xA: {
+        case 0xA:
+        case 0xC: { // a set reads as an array, as libplist reads it
             qint64 count = 0;
             if (!length(pos, nibble, count))
                 return {};
-            if (count > m_objectCount * 2 || !inBounds(pos, count * m_refSize))
+            // A container's size is bounded by the bytes of its references, not by the number
+            // of objects: many references may name the same object.
+            if (!inBounds(pos, count * m_refSize))
                 return fail(QStringLiteral("malformed binary property list (array runs past the end)"));
+            // Every element adds at least one value to the expanded tree.
+            if (!mayExpand(count))
+                return {};
             QVariantList list;
             list.reserve(qsizetype(count));
-            for (qint64 i = 0; i < count && m_error.isEmpty(); ++i)
-                list.append(object(qint64(readUInt(pos + i * m_refSize, m_refSize)), depth + 1));
+            if (!children(pos, count, depth, [&](qint64, QVariant &&item) {
+                    list.append(std::move(item));
+                    return true;
+                }))
+                return {};
             return list;
         }
         case 0xD: {
             qint64 count = 0;
             if (!length(pos, nibble, count))
                 return {};
-            if (count > m_objectCount * 2 || !inBounds(pos, 2 * count * m_refSize))
+            if (!inBounds(pos, 2 * count * m_refSize))
                 return fail(QStringLiteral("malformed binary property list (dictionary runs past the end)"));
+            if (!mayExpand(2 * count))
+                return {};
+            // Keys first, then the values; every key must be text.
+            QStringList keys;
+            keys.reserve(qsizetype(count));
+            if (!children(pos, count, depth, [&](qint64, QVariant &&key) {
+                    if (key.typeId() != QMetaType::QString) {
+                        fail(QStringLiteral("malformed binary property list (a dictionary key is not text)"));
+                        return false;
+                    }
+                    keys.append(key.toString());
+                    return true;
+                }))
+                return {};
             QVariantMap map;
-            for (qint64 i = 0; i < count && m_error.isEmpty(); ++i) {
-                const QVariant key = object(qint64(readUInt(pos + i * m_refSize, m_refSize)), depth + 1);
-                if (!m_error.isEmpty())
-                    break;
-                if (key.typeId() != QMetaType::QString)
-                    return fail(QStringLiteral("malformed binary property list (a dictionary key is not text)"));
-                map.insert(key.toString(), object(qint64(readUInt(pos + (count + i) * m_refSize, m_refSize)), depth + 1));
-            }
+            if (!children(pos + count * m_refSize, count, depth, [&](qint64 i, QVariant &&value) {
+                    map.insert(keys[qsizetype(i)], std::move(value));
+                    return true;
+                }))
+                return {};
             return map;
         }
         default:
             return fail(QStringLiteral("malformed binary property list (unknown object type 0x%1 at offset %2)")
                             .arg(marker, 2, 16, QLatin1Char('0')).arg(pos - 1));
         }
+    }
+
+    // Text marked ASCII should hold only ASCII. Some writers put UTF-8 there (and libplist
+    // reads it so); any other byte above 0x7F reads as Latin-1.
+    static QString asciiText(const char *start, qsizetype size)
+    {
+        QStringDecoder utf8(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+        QString text = utf8(QByteArrayView(start, size));
+        return utf8.hasError() ? QString::fromLatin1(start, size) : text;
     }
 
     const uchar *m_data;
@@ -262,6 +351,7 @@ private:
     qint64 m_objectCount = 0;
     qint64 m_tableOffset = 0;
     qint64 m_expanded = 0;
+    int m_height = 0;
     QHash<qint64, Parsed> m_parsed;
     QString m_error;
 };

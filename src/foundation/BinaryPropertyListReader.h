@@ -5,8 +5,10 @@
 #include <QVariant>
 
 // Parses binary property lists ("bplist00") into the QVariant value model of PropertyList.
-// Every offset, length and object reference is checked against the input before use; reference
-// cycles, excessive nesting and inputs that would expand into too many values are refused.
+// Writers store a repeated value once and refer to it from every place it occurs, so the limits
+// are on the tree as expanded, never on counts that sharing makes large: every offset, length and
+// reference is checked against the input bytes before use, and reference cycles, nesting deeper
+// than PropertyList::kMaxDepth and inputs expanding into too many values are refused.
 class BinaryPropertyListReader
 {
 public:

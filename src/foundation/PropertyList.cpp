@@ -32,6 +32,19 @@ class NodeWriter
 public:
     QString error;
 
+    // libplist writes its integer nodes as signed 64-bit values, except those it read as
+    // unsigned from text; an unsigned value above the signed range is made that way so it is
+    // written in the 16-byte form that keeps it unsigned.
+    static plist_t unsignedNode(quint64 value)
+    {
+        if (value <= quint64(std::numeric_limits<qint64>::max()))
+            return plist_new_uint(value);
+        const QByteArray xml = "<plist version=\"1.0\"><integer>" + QByteArray::number(value) + "</integer></plist>";
+        plist_t node = nullptr;
+        plist_from_xml(xml.constData(), uint32_t(xml.size()), &node);
+        return node;
+    }
+
     plist_t write(const QVariant &value, int depth)
     {
         if (!error.isEmpty())
@@ -40,8 +53,16 @@ public:
             error = QStringLiteral("containers nested deeper than %1 levels").arg(PropertyList::kMaxDepth);
             return nullptr;
         }
-        if (value.userType() == qMetaTypeId<PlistUid>())
-            return plist_new_uid(value.value<PlistUid>().value);
+        if (value.userType() == qMetaTypeId<PlistUid>()) {
+            // libplist writes references in at most 4 bytes (keyed archives index their objects
+            // with 32 bits); a larger one would be cut short.
+            const quint64 uid = value.value<PlistUid>().value;
+            if (uid > std::numeric_limits<quint32>::max()) {
+                error = QStringLiteral("a keyed-archive reference above %1").arg(std::numeric_limits<quint32>::max());
+                return nullptr;
+            }
+            return plist_new_uid(uid);
+        }
         switch (value.typeId()) {
         case QMetaType::QVariantMap: {
             plist_t dict = plist_new_dict();
@@ -104,7 +125,7 @@ public:
         case QMetaType::UShort:
         case QMetaType::ULong:
         case QMetaType::UChar:
-            return plist_new_uint(value.toULongLong());
+            return unsignedNode(value.toULongLong());
         case QMetaType::Double:
         case QMetaType::Float:
             return plist_new_real(value.toDouble());

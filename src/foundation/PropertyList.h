@@ -8,8 +8,9 @@
 // own (XmlPropertyListReader, BinaryPropertyListReader); writing through libplist.
 //
 // The value model is QVariant: QVariantMap (dictionary), QVariantList (array), QString, qint64
-// (integer), double (real), bool, QByteArray (data), QDateTime (date, UTC) and PlistUid
-// (keyed-archive reference). Integers and reals stay distinct in both directions.
+// (integer; quint64 for unsigned values above the signed range), double (real), bool,
+// QByteArray (data), QDateTime (date, UTC) and PlistUid (keyed-archive reference). Integers and
+// reals stay distinct in both directions.
 class PropertyList
 {
 public:

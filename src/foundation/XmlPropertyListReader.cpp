@@ -4,6 +4,7 @@
 #include "foundation/PropertyList.h"
 
 #include <QDateTime>
+#include <QRegularExpression>
 #include <QTimeZone>
 #include <QXmlStreamReader>
 
@@ -23,7 +24,7 @@ public:
         if (nextElement()) {
             if (m_xml.name() == QLatin1String("plist")) {
                 if (nextElement())
-                    result = parseValue(1);
+                    result = parseValue(0); // <plist> is a wrapper, not a level of nesting
                 else if (m_error.isEmpty())
                     fail(QStringLiteral("the <plist> element holds no value"));
                 if (m_error.isEmpty() && nextElement())
@@ -87,12 +88,34 @@ private:
         return false;
     }
 
+    // The text of the current element up to its end. An entity reference the reader could not
+    // resolve (one a document with a DOCTYPE may leave to its external DTD) is refused rather
+    // than dropped from the text, as QXmlStreamReader::readElementText would.
     QString elementText()
     {
-        const QString text = m_xml.readElementText(QXmlStreamReader::ErrorOnUnexpectedElement);
-        if (m_xml.hasError())
-            fail(m_xml.errorString());
-        return text;
+        QString text;
+        while (!m_xml.atEnd()) {
+            switch (m_xml.readNext()) {
+            case QXmlStreamReader::Characters:
+                text += m_xml.text();
+                break;
+            case QXmlStreamReader::EndElement:
+                return text;
+            case QXmlStreamReader::EntityReference:
+                fail(QStringLiteral("unknown entity &%1;").arg(m_xml.name().left(40)));
+                return {};
+            case QXmlStreamReader::StartElement:
+                fail(QStringLiteral("<%1> inside a text element").arg(m_xml.name()));
+                return {};
+            case QXmlStreamReader::Invalid:
+                fail(m_xml.errorString());
+                return {};
+            default: // comments, processing instructions
+                break;
+            }
+        }
+        fail(m_xml.hasError() ? m_xml.errorString() : QStringLiteral("the document ends inside an element"));
+        return {};
     }
 
     QVariant parseValue(int depth)
@@ -135,12 +158,18 @@ private:
             return decoded.decoded;
         }
         if (name == QLatin1String("date")) {
+            // ISO 8601 as property lists spell it, "2024-02-29T13:14:15Z", and its shorter and
+            // zoned forms; a date without a zone is in UTC.
+            static const QRegularExpression iso(QStringLiteral(
+                "^\\d{4}-\\d{2}-\\d{2}(T\\d{2}:\\d{2}(:\\d{2}(\\.\\d+)?)?)?(Z|[+-]\\d{2}:\\d{2})?$"));
             const QString text = elementText().trimmed();
-            QDateTime date = QDateTime::fromString(text, Qt::ISODate);
+            QDateTime date = iso.match(text).hasMatch() ? QDateTime::fromString(text, Qt::ISODate) : QDateTime();
             if (!date.isValid()) {
                 fail(QStringLiteral("<date> \"%1\" is not an ISO 8601 date").arg(text.left(40)));
                 return {};
             }
+            if (date.timeSpec() == Qt::LocalTime)
+                date = QDateTime(date.date(), date.time(), QTimeZone::utc());
             return date.toUTC();
         }
         fail(QStringLiteral("unknown element <%1>").arg(name));
@@ -169,31 +198,32 @@ private:
             const QVariant uid = map.value(QStringLiteral("CF$UID"));
             if (uid.typeId() == QMetaType::LongLong && uid.toLongLong() >= 0)
                 return QVariant::fromValue(PlistUid{quint64(uid.toLongLong())});
+            if (uid.typeId() == QMetaType::ULongLong)
+                return QVariant::fromValue(PlistUid{uid.toULongLong()});
         }
         return map;
     }
 
+    // Whole numbers in the signed 64-bit range read as qint64; larger ones, up to 2^64 - 1, as
+    // quint64, so that unsigned values survive a round trip.
     QVariant parseInteger(const QString &text)
     {
         bool ok = false;
-        qint64 value = 0;
-        if (text.startsWith(QLatin1String("0x"), Qt::CaseInsensitive) || text.startsWith(QLatin1String("-0x"), Qt::CaseInsensitive)) {
-            const bool negative = text.startsWith(QLatin1Char('-'));
-            const quint64 magnitude = text.mid(negative ? 3 : 2).toULongLong(&ok, 16);
-            value = negative ? -qint64(magnitude) : qint64(magnitude);
-        } else {
-            value = text.toLongLong(&ok, 10);
-            if (!ok) {
-                // Values above the signed range are kept as their unsigned bits.
-                const quint64 big = text.toULongLong(&ok, 10);
-                value = qint64(big);
-            }
-        }
+        const bool negative = text.startsWith(QLatin1Char('-'));
+        const QString digits = text.mid(negative || text.startsWith(QLatin1Char('+')) ? 1 : 0);
+        const bool hex = digits.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);
+        const quint64 magnitude = hex ? digits.mid(2).toULongLong(&ok, 16) : digits.toULongLong(&ok, 10);
+        // QString::toULongLong tolerates a sign and surrounding space of its own.
+        ok = ok && !digits.isEmpty() && digits.front().isDigit() && digits.back().isLetterOrNumber();
+        if (ok && !negative && magnitude > quint64(std::numeric_limits<qint64>::max()))
+            return magnitude;
+        if (ok && negative && magnitude > quint64(std::numeric_limits<qint64>::max()) + 1)
+            ok = false;
         if (!ok) {
-            fail(QStringLiteral("<integer> \"%1\" is not a whole number").arg(text.left(40)));
+            fail(QStringLiteral("<integer> \"%1\" is not a whole number in 64 bits").arg(text.left(40)));
             return {};
         }
-        return value;
+        return negative ? qint64(0 - magnitude) : qint64(magnitude);
     }
 
     QVariant parseReal(const QString &text)

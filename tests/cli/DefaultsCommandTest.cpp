@@ -32,13 +32,26 @@ protected:
 
 TEST_F(DefaultsCommandTest, WriteReadDeleteOneKey)
 {
-    const QString value = file(QStringLiteral("v.plist"), QVariantList{qint64(1), 2.5, QStringLiteral("three")}, PropertyList::Format::Binary);
-    EXPECT_EQ(run({"defaults", "write", "Bookmarks", value}).code, 0);
-    const CliRun read = run({"defaults", "read", "Bookmarks"});
-    ASSERT_EQ(read.code, 0) << read.err.toStdString();
-    const auto parsed = PropertyList::fromBytes(read.out.toUtf8(), QStringLiteral("out"));
-    ASSERT_TRUE(parsed.ok());
-    EXPECT_EQ(parsed.value, QVariant(QVariantList{qint64(1), 2.5, QStringLiteral("three")}));
+    const QVariant seven = qint64(7);
+    const QString fit = QStringLiteral("fit");
+    // The store keeps values as binary property lists, which hold a repeated value once.
+    const std::vector<std::pair<const char *, QVariant>> values{
+        {"mixed list", QVariantList{qint64(1), 2.5, QStringLiteral("three")}},
+        {"five equal integers", QVariantList{seven, seven, seven, seven, seven}},
+        {"repeats and extremes", QVariantMap{{QStringLiteral("alignments"), QVariantList{fit, fit, fit, fit}},
+                                             {QStringLiteral("unsigned"), quint64(0xFFFFFFFFFFFFFFF0ULL)},
+                                             {QStringLiteral("same"), QVariantList{QVariantList{seven}, QVariantList{seven}}}}},
+    };
+    for (const auto &[name, expected] : values) {
+        SCOPED_TRACE(name);
+        const QString value = file(QStringLiteral("v.plist"), expected, PropertyList::Format::Binary);
+        EXPECT_EQ(run({"defaults", "write", "Bookmarks", value}).code, 0);
+        const CliRun read = run({"defaults", "read", "Bookmarks"});
+        ASSERT_EQ(read.code, 0) << read.err.toStdString();
+        const auto parsed = PropertyList::fromBytes(read.out.toUtf8(), QStringLiteral("out"));
+        ASSERT_TRUE(parsed.ok()) << parsed.error.toStdString();
+        EXPECT_EQ(parsed.value, expected);
+    }
     EXPECT_EQ(run({"defaults", "delete", "Bookmarks"}).code, 0);
     const CliRun missing = run({"defaults", "read", "Bookmarks"});
     EXPECT_EQ(missing.code, 1);

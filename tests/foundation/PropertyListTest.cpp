@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 namespace {
 
 QVariantMap everyType()
@@ -19,6 +21,8 @@ QVariantMap everyType()
         {QStringLiteral("integer"), qint64(42)},
         {QStringLiteral("negative"), qint64(-7)},
         {QStringLiteral("large"), qint64(1) << 40},
+        {QStringLiteral("smallest"), std::numeric_limits<qint64>::min()},
+        {QStringLiteral("unsigned"), std::numeric_limits<quint64>::max()},
         {QStringLiteral("real"), 0.35},
         {QStringLiteral("whole real"), 2.0},
         {QStringLiteral("true"), true},
@@ -90,6 +94,29 @@ TEST(PropertyList, HandWrittenXmlKeepsIntegerAndRealApart)
     EXPECT_EQ(m.value(QStringLiteral("r")).typeId(), QMetaType::Double);
 }
 
+TEST(PropertyList, XmlDatesReadAsUtcAndMalformedOnesAreRefused)
+{
+    const QDateTime noon(QDate(2024, 2, 29), QTime(13, 14, 15), QTimeZone::utc());
+    const std::vector<std::pair<const char *, QDateTime>> cases{
+        {"2024-02-29T13:14:15Z", noon},
+        {" 2024-02-29T13:14:15.250Z ", noon.addMSecs(250)},
+        {"2024-02-29T15:14:15+02:00", noon},
+        {"2024-02-29T13:14:15", noon}, // no zone: UTC
+        {"2024-02-29", noon.addSecs(-(13 * 3600 + 14 * 60 + 15))},
+        {"1970-01,01T00:00:01Z", {}},
+        {"2024-2-29T13:14:15Z", {}},
+        {"garbage", {}},
+        {"", {}},
+    };
+    for (const auto &[text, expected] : cases) {
+        SCOPED_TRACE(text);
+        const auto r = PropertyList::fromBytes(QByteArray("<plist><date>") + text + "</date></plist>", QStringLiteral("date"));
+        ASSERT_EQ(r.ok(), expected.isValid()) << r.error.toStdString();
+        if (expected.isValid())
+            EXPECT_EQ(r.value.toDateTime().toMSecsSinceEpoch(), expected.toMSecsSinceEpoch());
+    }
+}
+
 TEST(PropertyList, UidsSurviveTheBinaryFormat)
 {
     const QVariantMap v{{QStringLiteral("ref"), QVariant::fromValue(PlistUid{7})}};
@@ -121,6 +148,10 @@ TEST(PropertyList, MalformedInputsGiveErrorsNamingTheSource)
         {"truncated xml", goodXml.left(goodXml.size() / 2)},
         {"unclosed xml tags", deepXml},
         {"wrong closing tag", QByteArray("<plist><dict><key>a</key><string>x</dict></plist>")},
+        // With a DOCTYPE an undeclared entity is no XML error; it must not vanish from the text.
+        {"unknown entity", QByteArray("<!DOCTYPE plist PUBLIC \"-//Apple//DTD PLIST 1.0//EN\" \"http://www.apple.com/DTDs/PropertyList-1.0.dtd\">"
+                                      "<plist><string>a&unknown;b</string></plist>")},
+        {"element inside text", QByteArray("<plist><string>a<b/>c</string></plist>")},
     };
     for (const BadInput &c : cases) {
         SCOPED_TRACE(c.name);
@@ -130,15 +161,27 @@ TEST(PropertyList, MalformedInputsGiveErrorsNamingTheSource)
     }
 }
 
-TEST(PropertyList, DeepNestingIsRefusedWithoutExhaustingTheStack)
+QVariant nested(int levels)
 {
-    QVariant v = QVariantList{};
-    for (int i = 0; i < PropertyList::kMaxDepth + 10; ++i)
+    QVariant v = qint64(1);
+    for (int i = 0; i < levels; ++i)
         v = QVariantList{v};
-    QString error;
-    EXPECT_TRUE(PropertyList::toBinary(v, &error).isEmpty());
-    EXPECT_TRUE(error.contains(QStringLiteral("nested"))) << error.toStdString();
+    return v;
+}
 
+TEST(PropertyList, NestingUpToTheLimitReadsInBothFormatsAndDeeperIsRefused)
+{
+    // The limit is on the tree, the same in both formats: <plist> is no level of nesting.
+    for (auto format : {PropertyList::Format::Xml, PropertyList::Format::Binary}) {
+        SCOPED_TRACE(format == PropertyList::Format::Xml ? "xml" : "binary");
+        const QByteArray atLimit = PropertyList::toBytes(nested(PropertyList::kMaxDepth), format);
+        const auto r = PropertyList::fromBytes(atLimit, QStringLiteral("deep"));
+        ASSERT_TRUE(r.ok()) << r.error.toStdString();
+        EXPECT_EQ(r.value, nested(PropertyList::kMaxDepth));
+        QString error;
+        EXPECT_TRUE(PropertyList::toBytes(nested(PropertyList::kMaxDepth + 1), format, &error).isEmpty());
+        EXPECT_TRUE(error.contains(QStringLiteral("nested"))) << error.toStdString();
+    }
     QByteArray xml = "<plist version=\"1.0\">";
     for (int i = 0; i < 2000; ++i)
         xml += "<array>";
@@ -147,6 +190,7 @@ TEST(PropertyList, DeepNestingIsRefusedWithoutExhaustingTheStack)
     xml += "</plist>";
     const auto r = PropertyList::fromBytes(xml, QStringLiteral("deep.plist"));
     EXPECT_FALSE(r.ok());
+    EXPECT_TRUE(r.error.contains(QStringLiteral("nested"))) << r.error.toStdString();
 }
 
 TEST(PropertyList, OversizedInputIsRefusedBeforeParsing)
@@ -179,6 +223,11 @@ TEST(PropertyList, ValuesAPropertyListCannotHoldAreRefused)
     EXPECT_TRUE(PropertyList::toXml(QVariant(), &error).isEmpty());
     EXPECT_FALSE(error.isEmpty());
     EXPECT_TRUE(PropertyList::toXml(QVariantMap{{QStringLiteral("p"), QPointF(1, 2)}}, &error).isEmpty());
+    // libplist would cut a keyed-archive reference above 32 bits short.
+    error.clear();
+    EXPECT_TRUE(PropertyList::toBinary(QVariant::fromValue(PlistUid{quint64(1) << 32}), &error).isEmpty());
+    EXPECT_FALSE(error.isEmpty());
+    EXPECT_FALSE(PropertyList::toBinary(QVariant::fromValue(PlistUid{0xFFFFFFFFu})).isEmpty());
 }
 
 } // namespace
