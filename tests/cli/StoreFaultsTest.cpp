@@ -81,21 +81,25 @@ TEST_F(StoreFaultsTest, AStoreThatCannotBeWrittenIsReadAndEveryWriteFailsWithIts
         std::function<void()> apply;
         QStringList runnerOptions;
         QStringList reasons; // one of them is said for each failed write
+        bool roomForSmallWrites = false;
     } faults[] = {
         {"read-only store file", [&] { chmodPath(storeFile(), 0444); }, {}, {QStringLiteral("can only be read")}},
         {"read-only folder", [&] { chmodPath(storeFolder(), 0555); }, {}, {QStringLiteral("can only be read")}},
         {"full disk", [] {}, {QStringLiteral("--file-size-limit"), QStringLiteral("40000")},
-         {QStringLiteral("No space left on device"), QStringLiteral("File too large")}},
+         {QStringLiteral("No space left on device"), QStringLiteral("File too large")}, true},
         {"disk full before the store opens", [] {}, {QStringLiteral("--file-size-limit"), QStringLiteral("4096")},
          {QStringLiteral("No space left on device"), QStringLiteral("File too large")}},
     };
     const struct Write {
         const char *name;
         QStringList args;
+        // Stored in a few hundred bytes (equal alignments are written once and referred to),
+        // so a nearly full disk may still take it: then it must succeed for real.
+        bool small = false;
     } writes[] = {
         {"photos add", {QStringLiteral("photos"), QStringLiteral("add"), newPhoto()}},
         {"photos remove", {QStringLiteral("photos"), QStringLiteral("remove"), QStringLiteral("0")}},
-        {"photos align", {QStringLiteral("photos"), QStringLiteral("align"), QStringLiteral("all"), QStringLiteral("fit")}},
+        {"photos align", {QStringLiteral("photos"), QStringLiteral("align"), QStringLiteral("all"), QStringLiteral("fit")}, true},
         {"template import", {QStringLiteral("template"), QStringLiteral("import"), templatesFile()}},
         {"template apply-user", {QStringLiteral("template"), QStringLiteral("apply-user"), QStringLiteral("1")}},
         {"template delete", {QStringLiteral("template"), QStringLiteral("delete"), QStringLiteral("0")}},
@@ -119,6 +123,11 @@ TEST_F(StoreFaultsTest, AStoreThatCannotBeWrittenIsReadAndEveryWriteFailsWithIts
             SCOPED_TRACE(write.name);
             const CliProcess r = CliProcess::run(write.args, env, options);
             EXPECT_FALSE(r.crashed) << "ended by a signal";
+            if (write.small && fault.roomForSmallWrites && r.code == 0) {
+                const CliProcess after = CliProcess::run({QStringLiteral("photos"), QStringLiteral("list")}, env, options);
+                EXPECT_EQ(after.out.count(QStringLiteral("\t3\t")), kPhotos) << "every photo fits whole";
+                continue;
+            }
             EXPECT_NE(r.code, 0) << r.out.toStdString();
             EXPECT_TRUE(std::any_of(fault.reasons.cbegin(), fault.reasons.cend(), [&](const QString &reason) { return r.err.contains(reason); }))
                 << r.err.toStdString();
