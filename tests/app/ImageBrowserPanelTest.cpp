@@ -348,9 +348,9 @@ TEST_F(ImageBrowserPanelTest, ImageDataFromAWebBrowser)
     EXPECT_EQ(controller->count(), 4);
 }
 
-// Paste: an image is saved into the images folder and inserted at the selected photo; file
-// URLs insert their first file there; nothing usable beeps.
-TEST_F(ImageBrowserPanelTest, PasteImageOrFileUrls)
+// Paste hands the clipboard to the list (what it makes of images and file URLs is the
+// controller's own test): an image lands at the selected photo; nothing usable beeps.
+TEST_F(ImageBrowserPanelTest, PasteTakesTheClipboardOrBeeps)
 {
     makePanel(3);
     controller->selectIndex(1);
@@ -363,14 +363,6 @@ TEST_F(ImageBrowserPanelTest, PasteImageOrFileUrls)
     ASSERT_EQ(controller->count(), 4);
     EXPECT_TRUE(controller->images().at(1).startsWith(QFileInfo(imagesFolder()).absoluteFilePath()));
     EXPECT_EQ(controller->selectedItem(), 1);
-
-    const QString x = makePhoto(QStringLiteral("x.png")), y = makePhoto(QStringLiteral("y.png"));
-    controller->selectIndex(3);
-    QGuiApplication::clipboard()->setMimeData(filesData({x, y}).release());
-    panel->paste();
-    ASSERT_EQ(controller->count(), 5);
-    EXPECT_EQ(controller->images().at(3), x);
-    EXPECT_EQ(controller->selectedItem(), 3);
     expectGridInStep();
 
     auto *nothing = new QMimeData;
@@ -378,7 +370,7 @@ TEST_F(ImageBrowserPanelTest, PasteImageOrFileUrls)
     QGuiApplication::clipboard()->setMimeData(nothing);
     const int beeps = alerts.beeps;
     panel->paste();
-    EXPECT_EQ(controller->count(), 5);
+    EXPECT_EQ(controller->count(), 4);
     EXPECT_EQ(alerts.beeps, beeps + 1);
 }
 
