@@ -336,10 +336,7 @@ TEST_F(ImageBrowserPanelTest, ImageDataFromAWebBrowser)
     data.setData(QStringLiteral("image/png"), png);
     ASSERT_TRUE(dragAndDrop(data, beforeItem(1)));
     ASSERT_TRUE(waitForCount(4));
-    const QString path = controller->images().at(1);
-    EXPECT_EQ(QFileInfo(path).absolutePath(), QFileInfo(imagesFolder()).absoluteFilePath());
-    EXPECT_FALSE(QUuid::fromString(QFileInfo(path).completeBaseName()).isNull()) << qPrintable(path);
-    EXPECT_EQ(QFileInfo(path).suffix(), QLatin1String("png"));
+    EXPECT_TRUE(ImageBrowserController::isOwnedImageFile(controller->images().at(1))) << qPrintable(controller->images().at(1));
     expectGridInStep();
 
     QMimeData text;
