@@ -336,10 +336,7 @@ TEST_F(ImageBrowserPanelTest, ImageDataFromAWebBrowser)
     data.setData(QStringLiteral("image/png"), png);
     ASSERT_TRUE(dragAndDrop(data, beforeItem(1)));
     ASSERT_TRUE(waitForCount(4));
-    const QString path = controller->images().at(1);
-    EXPECT_EQ(QFileInfo(path).absolutePath(), QFileInfo(imagesFolder()).absoluteFilePath());
-    EXPECT_FALSE(QUuid::fromString(QFileInfo(path).completeBaseName()).isNull()) << qPrintable(path);
-    EXPECT_EQ(QFileInfo(path).suffix(), QLatin1String("png"));
+    EXPECT_TRUE(ImageBrowserController::isOwnedImageFile(controller->images().at(1))) << qPrintable(controller->images().at(1));
     expectGridInStep();
 
     QMimeData text;
@@ -348,9 +345,9 @@ TEST_F(ImageBrowserPanelTest, ImageDataFromAWebBrowser)
     EXPECT_EQ(controller->count(), 4);
 }
 
-// Paste: an image is saved into the images folder and inserted at the selected photo; file
-// URLs insert their first file there; nothing usable beeps.
-TEST_F(ImageBrowserPanelTest, PasteImageOrFileUrls)
+// Paste hands the clipboard to the list (what it makes of images and file URLs is the
+// controller's own test): an image lands at the selected photo; nothing usable beeps.
+TEST_F(ImageBrowserPanelTest, PasteTakesTheClipboardOrBeeps)
 {
     makePanel(3);
     controller->selectIndex(1);
@@ -363,14 +360,6 @@ TEST_F(ImageBrowserPanelTest, PasteImageOrFileUrls)
     ASSERT_EQ(controller->count(), 4);
     EXPECT_TRUE(controller->images().at(1).startsWith(QFileInfo(imagesFolder()).absoluteFilePath()));
     EXPECT_EQ(controller->selectedItem(), 1);
-
-    const QString x = makePhoto(QStringLiteral("x.png")), y = makePhoto(QStringLiteral("y.png"));
-    controller->selectIndex(3);
-    QGuiApplication::clipboard()->setMimeData(filesData({x, y}).release());
-    panel->paste();
-    ASSERT_EQ(controller->count(), 5);
-    EXPECT_EQ(controller->images().at(3), x);
-    EXPECT_EQ(controller->selectedItem(), 3);
     expectGridInStep();
 
     auto *nothing = new QMimeData;
@@ -378,7 +367,7 @@ TEST_F(ImageBrowserPanelTest, PasteImageOrFileUrls)
     QGuiApplication::clipboard()->setMimeData(nothing);
     const int beeps = alerts.beeps;
     panel->paste();
-    EXPECT_EQ(controller->count(), 5);
+    EXPECT_EQ(controller->count(), 4);
     EXPECT_EQ(alerts.beeps, beeps + 1);
 }
 

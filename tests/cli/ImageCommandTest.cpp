@@ -66,13 +66,6 @@ TEST_F(ImageCommandTest, FitWritesEachFormatWithTheMethodsCrop)
     }
 }
 
-TEST_F(ImageCommandTest, InfoPrintsSizeAndFrames)
-{
-    const CliRun r = CliRun::of({"image", "info", threeBands()});
-    ASSERT_EQ(r.code, 0) << r.err.toStdString();
-    EXPECT_EQ(r.out, QStringLiteral("size: 300 x 100\nframes: 1\n"));
-}
-
 TEST_F(ImageCommandTest, BadInputFailsWithAMessage)
 {
     const QString in = threeBands();

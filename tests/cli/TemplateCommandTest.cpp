@@ -113,7 +113,9 @@ TEST_F(TemplateCommandTest, EditAndExportMyTemplates)
 }
 
 // Four templates told apart by their widths 100-400; their module counts 5, 2, 3, 1 sort them
-// as the rows 3, 1, 2, 0.
+// as the rows 3, 1, 2, 0. Each change is a separate run over the store: the selection stored
+// afterwards and the layout applied follow the template (every kind of change is the store's
+// own test).
 TEST_F(TemplateCommandTest, SelectionFollowsItsTemplateThroughDeleteAndSort)
 {
     const QString mine = write(QStringLiteral("mine.plist"), file({makeTemplate(5, {}, 100), makeTemplate(2, {}, 200),
@@ -126,11 +128,9 @@ TEST_F(TemplateCommandTest, SelectionFollowsItsTemplateThroughDeleteAndSort)
         double appliedWidth; // the layout in the store afterwards
     };
     for (const Case &c : {Case{"delete a row above", "2", {"delete", "0"}, 1, 300},
-                          Case{"delete a row below", "1", {"delete", "3"}, 1, 200},
                           Case{"delete the selected row", "1", {"delete", "1"}, 1, 300},
                           Case{"delete the selected last row", "3", {"delete", "3"}, -1, 400},
-                          Case{"sort moves it down", "0", {"sort"}, 3, 100},
-                          Case{"sort moves it up", "3", {"sort"}, 0, 400}}) {
+                          Case{"sort moves it down", "0", {"sort"}, 3, 100}}) {
         SCOPED_TRACE(c.name);
         UserDefaults(dir.filePath(QStringLiteral("defaults.sqlite"))).removeObject(Preferences::UserTemplates);
         ASSERT_EQ(CliRun::of({"template", "import", mine}).code, 0);
@@ -210,11 +210,9 @@ TEST_F(TemplateCommandTest, ErrorsAndHelp)
         EXPECT_EQ(r.code, c.code) << c.args.join(' ').toStdString();
         EXPECT_TRUE(r.err.contains(QLatin1String(c.message))) << r.err.toStdString();
     }
-    for (const char *verb : {"layout"}) {
-        const CliRun r = CliRun::of({"template", verb, "--help"});
-        EXPECT_EQ(r.code, 0);
-        EXPECT_TRUE(r.out.startsWith(QStringLiteral("Usage: tessary-cli template %1").arg(QLatin1String(verb))));
-    }
+    const CliRun help = CliRun::of({"template", "layout", "--help"});
+    EXPECT_EQ(help.code, 0);
+    EXPECT_TRUE(help.out.startsWith(QStringLiteral("Usage: tessary-cli template layout")));
 }
 
 } // namespace

@@ -214,13 +214,7 @@ TEST_F(ImageCacheTest, StoredCacheRoundTrips)
     ImageCache cache(&delegate);
     cache.fillCache(delegate.photos);
     ASSERT_EQ(cache.count(), 2);
-    {
-        LogCapture log;
-        ASSERT_TRUE(cache.saveImageCacheToUserDefaults(*defaults));
-        EXPECT_EQ(log.lines().first(), QStringLiteral("Saving image cache..."));
-        EXPECT_EQ(log.lines().last(), QStringLiteral("Finished saving image cache."));
-        EXPECT_EQ(log.count(QStringLiteral("Saved image cache path: a.jpg")), 1);
-    }
+    ASSERT_TRUE(cache.saveImageCacheToUserDefaults(*defaults));
     // The cache in memory is still usable after saving.
     EXPECT_TRUE(cache.getImageForPath(b).isValid());
 
@@ -242,9 +236,6 @@ TEST_F(ImageCacheTest, StoredCacheRoundTrips)
     LogCapture log;
     restored.restoreImageCacheFromUserDefaults(*defaults);
     EXPECT_EQ(restored.count(), 2);
-    EXPECT_EQ(log.lines().first(), QStringLiteral("Restoring image cache..."));
-    EXPECT_EQ(log.lines().last(), QStringLiteral("Finished restoring image cache."));
-    EXPECT_EQ(log.lines().filter(QStringLiteral("Added path to cache: ")).size(), 5); // every stored entry
     for (const QString &path : {a, b}) {
         const ImageCache::Entry got = restored.imageCacheDictionary().value(path);
         const ImageCache::Entry was = cache.imageCacheDictionary().value(path);
@@ -282,12 +273,11 @@ TEST_F(ImageCacheTest, StoredRecordStaysWithinItsBudget)
     EXPECT_TRUE(defaults->hasObject(Preferences::ImageCache));
 }
 
-TEST_F(ImageCacheTest, RestoringWithNothingStoredLogsOnlyStartAndEnd)
+TEST_F(ImageCacheTest, RestoringNothingOrNotADictionaryAddsNothing)
 {
     ImageCache cache(&delegate);
-    LogCapture log;
     cache.restoreImageCacheFromUserDefaults(*defaults);
-    EXPECT_EQ(log.lines(), (QStringList{QStringLiteral("Restoring image cache..."), QStringLiteral("Finished restoring image cache.")}));
+    EXPECT_EQ(cache.count(), 0);
     defaults->setObject(QStringLiteral("not a dictionary"), Preferences::ImageCache);
     cache.restoreImageCacheFromUserDefaults(*defaults);
     EXPECT_EQ(cache.count(), 0);

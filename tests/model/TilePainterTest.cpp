@@ -46,7 +46,6 @@ TEST(TilePainter, TitleFontNeverBelowSix)
 {
     EXPECT_EQ(TilePainter::titleFontSize(2.5), 6.0);
     EXPECT_EQ(TilePainter::titleFontSize(25), 25.0);
-    EXPECT_EQ(TilePainter::selectionColor(), QColor(48, 140, 255));
 }
 
 } // namespace

@@ -123,14 +123,8 @@ TEST_F(BuiltInLibrary, FirstStartRowIsASquareSevenBySevenGrid)
         EXPECT_EQ(integer(m.toMap(), "widthFactor"), 1);
         EXPECT_EQ(integer(m.toMap(), "heightFactor"), 1);
     }
-    // The row before it belongs to a smaller count, so no 49-module template can slip in front.
-    EXPECT_LT(integer(library()[kFirstStartRow - 1].toMap(), "nbrModules"), 49);
-}
-
-TEST_F(BuiltInLibrary, FortyNinePhotosFindTheFirstStartRow)
-{
-    // With the 49 factory photos, the first template matching the photo count is the one the
-    // first start shows.
+    // With the 49 factory photos, the first template matching the photo count is this row: no
+    // 49-module template slips in front of it.
     EXPECT_EQ(TemplateTables::findFirstTemplateMatchingPhotoCount(
                   TemplateStore::readBuiltInTemplates(Paths::resourcesFolder()), 49),
               kFirstStartRow);

@@ -147,7 +147,7 @@ TEST_F(TemplateExporterTest, SaveIconReportsUndecodableIconsOnlyWhenThereIsOne)
     EXPECT_TRUE(TemplateExporter::pngData(QImage()).isEmpty());
 }
 
-TEST(TemplateTables, RowHeightsLabelsAndPhotoCountMatch)
+TEST(TemplateTables, RowHeightsThumbnailsAndPhotoCountMatch)
 {
     const auto withThumb = TemplateStore::makeTemplate(makeTemplate(1, 0));
     const auto without = TemplateStore::makeTemplate(makeTemplate(1, 0, false));
@@ -169,9 +169,6 @@ TEST(TemplateTables, RowHeightsLabelsAndPhotoCountMatch)
         const QImage thumbnail = TemplateTables::thumbnailImage(c.t);
         EXPECT_EQ(thumbnail.isNull() ? QSize() : thumbnail.size(), c.decoded);
     }
-
-    EXPECT_EQ(TemplateTables::selectedRowLabel(-1), QStringLiteral(" "));
-    EXPECT_EQ(TemplateTables::selectedRowLabel(297), QStringLiteral("298"));
 
     TemplateStore::Templates builtIn;
     for (qint64 n : {1, 2, 2, 4, 4})
