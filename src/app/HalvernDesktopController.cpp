@@ -44,8 +44,8 @@ HalvernDesktopController::~HalvernDesktopController()
 
 void HalvernDesktopController::awakeFromNib()
 {
-    // The sheets and the preferences window are made now, as the design's interface file makes
-    // them: the load-file sheet writes its first-run keys and folds itself at wake-up.
+    // The sheets and the preferences window are made at start, not when first shown: the
+    // load-file sheet writes its first-run keys and folds itself at wake-up.
     MainWindow *window = m_mainWindow.get();
     m_loadFileWindow = new LoadFileSheet(m_defaults, window);
     m_welcomeWindow = new WelcomeSheet(m_defaults, window);

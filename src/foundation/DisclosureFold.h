@@ -3,7 +3,7 @@
 // The arithmetic of a sheet whose bottom part folds away under a disclosure button. The sheet
 // keeps the frame it was laid out with (everything shown); folding takes the folding part's
 // height off that and gives back half of the part's vertical origin, the distance from the
-// sheet's bottom edge up to the part (measured upward, as the sheet was first designed).
+// sheet's bottom edge up to the part (measured upward from that edge).
 class DisclosureFold
 {
 public:
