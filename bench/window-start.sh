@@ -29,7 +29,7 @@ start_window() {
     TESSARY_PROBE="$work/probe.json" xvfb-run -a -s "-screen 0 1600x1000x24" "$build/bin/tessary" >/dev/null 2>&1 || true
     cat "$work/probe.json"
 }
-figure() { sed -n "s/.*\"$1\":\([-0-9.e]*\).*/\1/p"; }
+figure() { sed -n "s/.*\"$1\":\([-0-9.e]*\).*/\1/p" | awk '{ printf "%.0f\n", $1 }'; }
 median3() { sort -n | sed -n 2p; }
 
 echo "== Warm start, 49 factory photos"
