@@ -332,41 +332,40 @@ bool ImageCache::saveImageCacheToUserDefaults(UserDefaults &defaults)
     return ok;
 }
 
-void ImageCache::restoreImageCacheFromUserDefaults(const UserDefaults &defaults)
+QList<ImageCache::StoredEntry> ImageCache::storedEntries(const QVariantMap &map)
 {
-    clear();
-    qCInfo(lcTessary, "Restoring image cache...");
-    const QVariant stored = defaults.objectForKey(Preferences::ImageCache);
-    if (!stored.isValid()) {
-        qCInfo(lcTessary, "Finished restoring image cache.");
-        return;
-    }
-    const QVariantMap map = stored.toMap();
-    // Undecodable images (and entries without a date, which could never be refreshed) are
-    // left out: the photo is simply decoded again when it is needed.
-    QStringList paths;
-    QList<QByteArray> tiffs;
-    QList<QDateTime> dates;
+    QList<StoredEntry> entries;
     for (auto it = map.constBegin(); it != map.constEnd(); ++it) {
         const QVariantMap entry = it.value().toMap();
         const QVariant image = entry.value(QStringLiteral("image"));
         const QVariant date = entry.value(QStringLiteral("date"));
-        // Copies saved before photos were turned upright by their orientation tag may lie on
-        // their side: they are made again instead.
+        // Entries without a date could never be refreshed, and copies saved before photos were
+        // turned upright by their orientation tag may lie on their side: the photo is simply
+        // decoded again when it is needed.
         if (image.typeId() == QMetaType::QByteArray && date.typeId() == QMetaType::QDateTime
-            && entry.value(kUprightKey).toBool()) {
-            paths.append(it.key());
-            tiffs.append(image.toByteArray());
-            dates.append(date.toDateTime());
-        }
+            && entry.value(kUprightKey).toBool())
+            entries.append({it.key(), image.toByteArray(), date.toDateTime()});
     }
-    const QList<UIImage> images = QtConcurrent::blockingMapped<QList<UIImage>>(
-        m_pool, tiffs, [](const QByteArray &tiff) { return UIImage::initWithTIFFRepresentation(tiff); });
-    for (qsizetype i = 0; i < paths.size(); ++i) {
-        if (images.at(i).isValid())
-            m_imageCacheDictionary.insert(paths.at(i), Entry{images.at(i), dates.at(i)});
+    return entries;
+}
+
+ImageCache::Entry ImageCache::entryFromStored(const StoredEntry &stored)
+{
+    return {UIImage::initWithTIFFRepresentation(stored.tiff), stored.date};
+}
+
+void ImageCache::restoreImageCacheFromUserDefaults(const UserDefaults &defaults)
+{
+    clear();
+    qCInfo(lcTessary, "Restoring image cache...");
+    const QVariantMap record = defaults.dictionaryForKey(Preferences::ImageCache);
+    const QList<StoredEntry> stored = storedEntries(record);
+    const QList<Entry> entries = QtConcurrent::blockingMapped<QList<Entry>>(m_pool, stored, &ImageCache::entryFromStored);
+    for (qsizetype i = 0; i < stored.size(); ++i) {
+        if (entries.at(i).image.isValid())
+            m_imageCacheDictionary.insert(stored.at(i).path, entries.at(i));
     }
-    for (auto it = map.constBegin(); it != map.constEnd(); ++it)
-        logPath("Added path to cache: %1", it.key());
+    for (const QString &path : record.keys())
+        logPath("Added path to cache: %1", path);
     qCInfo(lcTessary, "Finished restoring image cache.");
 }

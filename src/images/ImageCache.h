@@ -56,6 +56,18 @@ public:
     void setStoreBudgetBytes(qint64 bytes) { m_storeBudgetBytes = bytes; }
 
     void restoreImageCacheFromUserDefaults(const UserDefaults &defaults);
+    // One entry of the stored record, before its picture is decoded.
+    struct StoredEntry {
+        QString path;
+        QByteArray tiff;
+        QDateTime date;
+    };
+    // The entries of the stored record (the value under "image cache") that can come back: a
+    // picture and a date, saved upright.
+    static QList<StoredEntry> storedEntries(const QVariantMap &record);
+    // The stored entry decoded (safe on any thread); its image is empty when the bytes are no
+    // picture.
+    static Entry entryFromStored(const StoredEntry &stored);
     // Writes every entry that can be encoded; the cache in memory stays usable afterwards.
     bool saveImageCacheToUserDefaults(UserDefaults &defaults);
 

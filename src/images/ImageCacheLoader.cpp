@@ -1,5 +1,8 @@
 #include "images/ImageCacheLoader.h"
 
+#include "foundation/Log.h"
+#include "foundation/Preferences.h"
+#include "foundation/UserDefaults.h"
 #include "images/ImageCache.h"
 
 #include <QFutureWatcher>
@@ -43,6 +46,28 @@ void ImageCacheLoader::start(const QString &path)
 {
     if (path.isEmpty() || m_loading.contains(path) || m_cache.hasFailedUnchanged(path))
         return;
+    launch(path, [path] { return ImageCache::makeEntry(path); });
+}
+
+void ImageCacheLoader::restoreFromUserDefaults(const UserDefaults &defaults)
+{
+    m_cache.clear();
+    qCInfo(lcTessary, "Restoring image cache...");
+    const QList<ImageCache::StoredEntry> stored =
+        ImageCache::storedEntries(defaults.dictionaryForKey(Preferences::ImageCache));
+    for (const ImageCache::StoredEntry &entry : stored) {
+        if (m_loading.contains(entry.path))
+            continue;
+        m_restoring.insert(entry.path);
+        launch(entry.path, [entry] { return ImageCache::entryFromStored(entry); });
+    }
+    if (m_restoring.isEmpty())
+        qCInfo(lcTessary, "Finished restoring image cache.");
+}
+
+template <typename Make>
+void ImageCacheLoader::launch(const QString &path, Make make)
+{
     auto *watcher = new Watcher(this);
     m_loading.insert(path, watcher);
     connect(watcher, &Watcher::finished, this, [this, watcher, path] {
@@ -50,33 +75,46 @@ void ImageCacheLoader::start(const QString &path)
         if (m_loading.value(path) != watcher)
             return;
         m_loading.remove(path);
-        const ImageCache::Entry entry = watcher->result();
         watcher->deleteLater();
-        m_cache.insertEntry(path, entry);
-        if (m_cache.contains(path))
-            emit imageReady(path);
-        else
-            emit imageFailed(path);
+        take(path, watcher->result());
         if (m_loading.isEmpty())
             emit idle();
     });
-    watcher->setFuture(QtConcurrent::run(m_pool, &ImageCache::makeEntry, path));
+    watcher->setFuture(QtConcurrent::run(m_pool, std::move(make)));
+}
+
+void ImageCacheLoader::take(const QString &path, const ImageCache::Entry &entry)
+{
+    if (m_restoring.remove(path)) {
+        if (m_restoring.isEmpty())
+            qCInfo(lcTessary, "Finished restoring image cache.");
+        if (!entry.image.isValid()) {
+            start(path); // the stored copy is no picture: make it again from the file
+            return;
+        }
+    }
+    m_cache.insertEntry(path, entry);
+    if (m_cache.contains(path))
+        emit imageReady(path);
+    else
+        emit imageFailed(path);
 }
 
 void ImageCacheLoader::waitForAll()
 {
-    const auto loading = m_loading;
-    m_loading.clear();
-    for (auto it = loading.constBegin(); it != loading.constEnd(); ++it) {
-        auto *watcher = static_cast<Watcher *>(it.value());
-        watcher->waitForFinished();
-        m_cache.insertEntry(it.key(), watcher->result());
-        watcher->deleteLater();
-        if (m_cache.contains(it.key()))
-            emit imageReady(it.key());
-        else
-            emit imageFailed(it.key());
+    bool tookAny = false;
+    // Taking a stored copy that no longer decodes starts its file's decoding: wait for that too.
+    while (!m_loading.isEmpty()) {
+        const auto loading = m_loading;
+        m_loading.clear();
+        for (auto it = loading.constBegin(); it != loading.constEnd(); ++it) {
+            auto *watcher = static_cast<Watcher *>(it.value());
+            watcher->waitForFinished();
+            watcher->deleteLater();
+            take(it.key(), watcher->result());
+        }
+        tookAny = true;
     }
-    if (!loading.isEmpty())
+    if (tookAny)
         emit idle();
 }

@@ -1,16 +1,19 @@
 #pragma once
 
+#include "images/ImageCache.h"
 #include "images/UIImage.h"
 
 #include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
 #include <memory>
 #include <optional>
 
-class ImageCache;
+
+class UserDefaults;
 class QThreadPool;
 
 // The face of the image cache for a window, which must never wait for a decode. A lookup
@@ -36,6 +39,13 @@ public:
     // Starts decoding every path that is neither cached, on its way, nor known to fail, in the
     // order given (the pool takes them first come, first served).
     void request(const QStringList &paths);
+    // Brings back the copies saved at the last quit without waiting: they are decoded on the pool
+    // and join the cache one by one (imageReady for each), and a lookup meanwhile waits for the
+    // stored copy rather than decoding the photo file. A stored copy that no longer decodes is
+    // made again from its file.
+    void restoreFromUserDefaults(const UserDefaults &defaults);
+    bool isRestoring() const { return !m_restoring.isEmpty(); }
+
     bool isLoading(const QString &path) const { return m_loading.contains(path); }
     qsizetype loadingCount() const { return m_loading.size(); }
     // Blocks until every decoding under way has finished and been taken into the cache (for
@@ -50,10 +60,17 @@ signals:
 
 private:
     void start(const QString &path);
+    // Runs `make` on the pool for the path and takes its entry in when it is done.
+    template <typename Make>
+    void launch(const QString &path, Make make);
+    // A finished entry joins the cache; true when the path's signals were sent.
+    void take(const QString &path, const ImageCache::Entry &entry);
 
     ImageCache &m_cache;
     std::unique_ptr<QThreadPool> m_ownPool;
     QThreadPool *m_pool;
     // Decodings under way, each with the watcher that brings its result back.
     QHash<QString, QObject *> m_loading;
+    // Paths whose stored copy is being decoded.
+    QSet<QString> m_restoring;
 };

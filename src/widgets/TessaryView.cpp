@@ -70,7 +70,7 @@ struct TessaryView::Private {
         , store(defaults)
         , selection(store, defaults)
     {
-        cache.restoreImageCacheFromUserDefaults(defaults);
+        loader.restoreFromUserDefaults(defaults);
         store.loadBuiltInTemplates(resourcesFolder);
         store.restoreUserTemplates();
         placeholder = QtConcurrent::run(&UIImage::initWithContentsOfFile, engine.defaultImage());

@@ -7,6 +7,7 @@
 #include "foundation/Preferences.h"
 #include "images/ImageBrowserController.h"
 #include "images/ImageCache.h"
+#include "images/ImageCacheLoader.h"
 #include "templates/TemplateStore.h"
 #include "widgets/TemplateTabView.h"
 #include "widgets/TessaryView.h"
@@ -87,9 +88,10 @@ TEST_F(MainWindowTest, QuitAndStartAgainRestoresTheCollage)
     }
     HalvernDesktopController again(*defaults, Paths::resourcesFolder());
     TessaryView &view = again.mainWindow().tessaryView();
-    EXPECT_GE(view.imageCache().count(), 49) << "the cache came back";
+    EXPECT_TRUE(view.imageCacheLoader().isRestoring()) << "the saved cache comes back";
     again.launch();
     ASSERT_TRUE(QTest::qWaitFor([&] { return !view.currentLayout().tiles.empty() && view.allTilesFilled(); }, 30000));
+    EXPECT_GE(view.imageCache().count(), 49);
     EXPECT_EQ(view.tessaryBackgroundColor(), background);
     EXPECT_EQ(again.imageBrowserController().selectedItem(), 4);
     EXPECT_EQ(Preferences(*defaults).imageBrowserSeletion(), 4);

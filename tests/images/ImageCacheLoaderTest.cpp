@@ -1,5 +1,7 @@
 #include "images/ImageCache.h"
 #include "images/ImageCacheLoader.h"
+#include "foundation/Preferences.h"
+#include "foundation/UserDefaults.h"
 #include "support/FakePhotoList.h"
 
 #include <QFile>
@@ -71,6 +73,39 @@ TEST_F(ImageCacheLoaderTest, WaitForAllTakesEveryDecodingIn)
     loader.waitForAll();
     EXPECT_EQ(loader.loadingCount(), 0);
     EXPECT_EQ(cache.count(), 6);
+}
+
+// The saved cache comes back without waiting: the stored copies join the cache by signal, a
+// lookup meanwhile waits for its stored copy instead of decoding the file, and a stored copy
+// that is no picture any more is made again from its file.
+TEST_F(ImageCacheLoaderTest, RestoresTheSavedCacheWithoutWaiting)
+{
+    const QString kept = makePhoto(QStringLiteral("kept.png"), {40, 30});
+    const QString spoiled = makePhoto(QStringLiteral("spoiled.png"), {20, 10});
+    FakePhotoList photos({kept, spoiled});
+    UserDefaults defaults(dir.filePath(QStringLiteral("defaults.sqlite")));
+    {
+        ImageCache cache(&photos);
+        cache.fillCache(photos.pickedPhotos());
+        ASSERT_TRUE(cache.saveImageCacheToUserDefaults(defaults));
+    }
+    QVariantMap record = defaults.dictionaryForKey(Preferences::ImageCache);
+    QVariantMap entry = record.value(spoiled).toMap();
+    entry.insert(QStringLiteral("image"), QByteArray("no picture"));
+    record.insert(spoiled, entry);
+    ASSERT_TRUE(defaults.setObject(record, Preferences::ImageCache));
+
+    ImageCache cache(&photos);
+    ImageCacheLoader loader(cache);
+    QSignalSpy ready(&loader, &ImageCacheLoader::imageReady);
+    loader.restoreFromUserDefaults(defaults);
+    EXPECT_TRUE(loader.isRestoring());
+    EXPECT_FALSE(loader.imageForPath(kept).has_value()) << "not decoded yet";
+    EXPECT_EQ(loader.loadingCount(), 2) << "the lookup waits for the stored copy";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return ready.count() == 2; }, 5000));
+    EXPECT_FALSE(loader.isRestoring());
+    EXPECT_EQ(cache.imageCacheDictionary().value(kept).image.pixelSize(), QSize(40, 30));
+    EXPECT_EQ(cache.imageCacheDictionary().value(spoiled).image.pixelSize(), QSize(20, 10)) << "made again from the file";
 }
 
 } // namespace
