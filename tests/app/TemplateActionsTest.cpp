@@ -2,6 +2,7 @@
 #include "app/LoadFileSheet.h"
 #include "app/MainWindow.h"
 #include "app/MessageBoxAlertPresenter.h"
+#include "app/TessaryLinks.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "templates/TemplateSelection.h"
@@ -21,6 +22,7 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
+#include <QDesktopServices>
 #include <QDir>
 #include <QFileDialog>
 #include <QLabel>
@@ -37,6 +39,16 @@
 using namespace TemplateTestData;
 
 namespace {
+
+// Receives the addresses handed to the desktop instead of a browser.
+class UrlRecorder : public QObject
+{
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+public slots:
+    void openUrl(const QUrl &url) { urls.append(url); }
+};
 
 // The window's alerts, with the beeps counted.
 class CountingAlertPresenter : public MessageBoxAlertPresenter
@@ -463,6 +475,12 @@ TEST_F(TemplateActionsTest, ControllerWiring)
     EXPECT_EQ(answer(QStringLiteral("Delete All")).first, QStringLiteral("Delete All My Templates"));
     EXPECT_TRUE(w.tessaryView().templateStore().userTemplates().isEmpty());
 
+    UrlRecorder browser;
+    QDesktopServices::setUrlHandler(QStringLiteral("https"), &browser, "openUrl");
+    emit controller.loadFileWindow().downloadWebsiteTemplateFile();
+    QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
+    EXPECT_EQ(browser.urls, QList<QUrl>{TessaryLinks::templatesPage()});
+
     // The menu item shows the load sheet, or with it switched off goes straight to the files.
     w.action(QStringLiteral("importTemplates"))->trigger();
     EXPECT_TRUE(QTest::qWaitFor([&] { return controller.loadFileWindow().isVisible(); }, 2000));
@@ -475,3 +493,5 @@ TEST_F(TemplateActionsTest, ControllerWiring)
 }
 
 } // namespace
+
+#include "TemplateActionsTest.moc"
