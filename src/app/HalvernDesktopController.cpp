@@ -13,6 +13,7 @@
 #include "images/ImageBrowserController.h"
 #include "templates/TemplateStore.h"
 #include "widgets/ImageBrowserPanel.h"
+#include "widgets/TemplateActions.h"
 #include "widgets/TemplateTabView.h"
 #include "widgets/TessaryView.h"
 
@@ -48,6 +49,11 @@ void HalvernDesktopController::awakeFromNib()
     // load-file sheet writes its first-run keys and folds itself at wake-up.
     MainWindow *window = m_mainWindow.get();
     m_loadFileWindow = new LoadFileSheet(m_defaults, window);
+    // The sheet has ended itself when it reports a button.
+    TemplateActions &templates = window->templateActions();
+    connect(m_loadFileWindow, &LoadFileSheet::chooseTemplateFile, &templates, &TemplateActions::loadUserTemplates);
+    connect(m_loadFileWindow, &LoadFileSheet::clearAllTemplates, &templates, &TemplateActions::clearAllUserTemplates);
+    connect(m_loadFileWindow, &LoadFileSheet::downloadWebsiteTemplateFile, this, &HalvernDesktopController::goToWebTemplates);
     m_welcomeWindow = new WelcomeSheet(m_defaults, window);
     connect(m_welcomeWindow, &WelcomeSheet::visitWebsiteRequested, this, &HalvernDesktopController::goToWebsite);
     m_preferencesWindow = new PreferencesWindow(m_defaults, m_resourcesFolder, window);
@@ -112,10 +118,15 @@ void HalvernDesktopController::showWelcomeWindow()
 
 void HalvernDesktopController::showLoadFileWindow()
 {
-    // With "DontShowAgain" set, the user templates would be loaded at once; choosing a templates
-    // file is part of template editing, so for now only the sheet is shown.
-    if (!Preferences(m_defaults).dontShowAgain())
+    if (Preferences(m_defaults).dontShowAgain())
+        m_mainWindow->templateActions().loadUserTemplates();
+    else
         m_loadFileWindow->open();
+}
+
+void HalvernDesktopController::goToWebTemplates()
+{
+    QDesktopServices::openUrl(TessaryLinks::templatesPage());
 }
 
 void HalvernDesktopController::applicationWillTerminate()
@@ -169,6 +180,7 @@ void HalvernDesktopController::connectActions()
     on("loadFactoryPhotos", [this] { m_imageBrowserController->loadFactoryImages(); });
     ImageBrowserPanel &browser = w.imageBrowserPanel();
     on("addPhotos", [&browser] { browser.addPhotos(); });
+    on("importTemplates", [this] { showLoadFileWindow(); });
     on("paste", [&browser] { browser.paste(); });
     on("removePhoto", [&browser] { browser.removeSelectedPhoto(); });
     on("clearAllImages", [&browser] { browser.clearAllImages(); });

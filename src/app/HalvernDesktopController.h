@@ -45,8 +45,10 @@ public:
 
     void showPreferences();
     void showWelcomeWindow();
-    // The load-file sheet, unless "DontShowAgain" is set.
+    // The load-file sheet, unless "DontShowAgain" is set: then the import starts at once.
     void showLoadFileWindow();
+    // The public page of shared templates, in the default browser.
+    void goToWebTemplates();
 
     // Beeps, then shows an alert with the message, "OK" and the informative text on the main
     // window.

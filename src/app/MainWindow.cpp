@@ -4,6 +4,7 @@
 #include "images/ImageBrowserController.h"
 #include "widgets/CollageControlBar.h"
 #include "widgets/ImageBrowserPanel.h"
+#include "widgets/TemplateActions.h"
 #include "widgets/TemplateTabView.h"
 #include "widgets/TessaryView.h"
 
@@ -27,6 +28,8 @@ MainWindow::MainWindow(UserDefaults &defaults, ImageBrowserController &browser, 
     m_templateTabs = new TemplateTabView(m_tessaryView->templateStore(), m_tessaryView->templateSelection(), defaults);
     m_templateTabs->setMinimumWidth(270); // both tab titles whole
     m_controlBar = new CollageControlBar(*m_tessaryView, defaults);
+    m_templateActions = new TemplateActions(m_tessaryView->templateStore(), defaults, alerts, this);
+    m_templateTabs->setTemplateActions(*m_templateActions);
 
     auto *collage = new QWidget;
     auto *collageLayout = new QVBoxLayout(collage);
@@ -86,6 +89,7 @@ void MainWindow::buildMenus()
     };
     QMenu *file = menuBar()->addMenu(tr("&File"));
     add(file, "addPhotos", tr("Add Photos…"), QKeySequence(Qt::CTRL | Qt::Key_O));
+    add(file, "importTemplates", tr("Import Templates…"), QKeySequence(Qt::CTRL | Qt::Key_I));
     add(file, "loadSampleFlowers", tr("Load Sample Flowers"));
     add(file, "loadFactoryPhotos", tr("Load Factory Photos"));
     file->addSeparator();

@@ -7,6 +7,7 @@ class ImageBrowserController;
 class ImageBrowserPanel;
 class MessageBoxAlertPresenter;
 class QAction;
+class TemplateActions;
 class TemplateTabView;
 class TessaryView;
 class UserDefaults;
@@ -26,6 +27,8 @@ public:
     ImageBrowserPanel &imageBrowserPanel() const { return *m_browserPanel; }
     TemplateTabView &templateTabView() const { return *m_templateTabs; }
     CollageControlBar &controlBar() const { return *m_controlBar; }
+    // Importing, clearing and the template tables' contextual menus.
+    TemplateActions &templateActions() const { return *m_templateActions; }
 
     // The menu actions by their object name ("addPhotos", "quit", ...), for the controller
     // and for tests.
@@ -47,4 +50,5 @@ private:
     ImageBrowserPanel *m_browserPanel;
     TemplateTabView *m_templateTabs;
     CollageControlBar *m_controlBar;
+    TemplateActions *m_templateActions;
 };

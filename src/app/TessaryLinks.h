@@ -8,6 +8,8 @@ class TessaryLinks
 {
 public:
     static QUrl website() { return QUrl(QStringLiteral("https://tessary.org/")); }
+    // The public page of shared templates, opened from the load-file sheet.
+    static QUrl templatesPage() { return QUrl(QStringLiteral("https://tessary.org/templates/")); }
     // The help page in the resources folder.
     static QUrl helpPage(const QString &resourcesFolder);
 };

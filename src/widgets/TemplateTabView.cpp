@@ -3,6 +3,8 @@
 #include "templates/TemplateSelection.h"
 #include "templates/TemplateStore.h"
 #include "templates/TemplateTables.h"
+#include "widgets/TemplateActions.h"
+#include "widgets/TemplateContextMenu.h"
 #include "widgets/TemplateListModel.h"
 #include "widgets/TemplateTablePane.h"
 
@@ -16,6 +18,8 @@ struct TemplateTabView::Private {
     QTabWidget *tabs = nullptr;
     TemplateTablePane *builtIn = nullptr;
     TemplateTablePane *user = nullptr;
+    TemplateContextMenu *builtInMenu = nullptr;
+    TemplateContextMenu *userMenu = nullptr;
 };
 
 TemplateTabView::TemplateTabView(TemplateStore &store, TemplateSelection &selection, UserDefaults &, QWidget *parent)
@@ -123,6 +127,33 @@ void TemplateTabView::showCurrentTessaryViewTemplate()
         showCurrentTemplate();
     else
         showCurrentUserTemplate();
+}
+
+void TemplateTabView::setTemplateActions(TemplateActions &actions)
+{
+    d->builtInMenu = new TemplateContextMenu(TemplateTable::BuiltIn, actions, d->builtIn->tableView());
+    d->userMenu = new TemplateContextMenu(TemplateTable::User, actions, d->user->tableView());
+    for (TemplateTablePane *pane : {d->builtIn, d->user}) {
+        TemplateContextMenu *menu = contextMenu(pane->table());
+        connect(pane, &TemplateTablePane::contextMenuRequested, menu, &TemplateContextMenu::popupForRow);
+    }
+    connect(d->user, &TemplateTablePane::deleteRequested, &actions,
+            [&actions] { actions.deleteTemplate(TemplateEditor::DeleteSender::DeleteButton, -1); });
+    connect(&actions, &TemplateActions::selectionAfterDelete, this, &TemplateTabView::selectionAfterDelete);
+}
+
+TemplateContextMenu *TemplateTabView::contextMenu(TemplateTable table) const
+{
+    return table == TemplateTable::BuiltIn ? d->builtInMenu : d->userMenu;
+}
+
+void TemplateTabView::selectionAfterDelete(qsizetype row)
+{
+    // The selected template was deleted: the one that slid into its row is applied as choosing
+    // it would be, and labelled.
+    if (row >= 0)
+        emit templateChosen(currentTable(), row);
+    d->user->setRowLabel(TemplateTables::selectedRowLabel(row));
 }
 
 TemplateTablePane *TemplateTabView::pane(TemplateTable table) const

@@ -10,6 +10,8 @@ class QLabel;
 class QListView;
 class QSlider;
 class QTabWidget;
+class TemplateActions;
+class TemplateContextMenu;
 class TemplateListModel;
 class TemplateSelection;
 class TemplateStore;
@@ -50,6 +52,12 @@ public:
     void showCurrentUserTemplate();
     void showCurrentTessaryViewTemplate();
 
+    // Gives both tables their contextual menus and the delete button its action, all done by
+    // the actions given (which outlive this view).
+    void setTemplateActions(TemplateActions &actions);
+    // A table's contextual menu (null before setTemplateActions).
+    TemplateContextMenu *contextMenu(TemplateTable table) const;
+
     // The parts of each tab, for the window's other panels and for tests.
     TemplateTablePane *pane(TemplateTable table) const;
     QListView *tableView(TemplateTable table) const;
@@ -65,6 +73,7 @@ signals:
 private:
     void tableSelectionDidChange(TemplateTable table, qsizetype row);
     void didSelectTab();
+    void selectionAfterDelete(qsizetype row);
 
     struct Private;
     std::unique_ptr<Private> d;

@@ -7,6 +7,7 @@
 #include <QItemSelectionModel>
 #include <QLabel>
 #include <QListView>
+#include <QPushButton>
 #include <QSlider>
 #include <QVBoxLayout>
 
@@ -33,8 +34,7 @@ TemplateTablePane::TemplateTablePane(TemplateStore &store, TemplateTable table, 
     m_view->setResizeMode(QListView::Adjust);
     m_view->setSpacing(1);
     m_view->setMinimumWidth(140);
-    // Room for the contextual menu of a later change.
-    m_view->setContextMenuPolicy(Qt::DefaultContextMenu);
+    m_view->setContextMenuPolicy(Qt::CustomContextMenu);
 
     m_slider->setObjectName(builtIn ? QStringLiteral("templatesTableSlider") : QStringLiteral("userTemplatesTableSlider"));
     m_slider->setRange(kMinimumScale, kMaximumScale);
@@ -51,6 +51,14 @@ TemplateTablePane::TemplateTablePane(TemplateStore &store, TemplateTable table, 
     auto *bottom = new QHBoxLayout;
     bottom->setContentsMargins(4, 0, 4, 0);
     bottom->setSpacing(8);
+    if (!builtIn) {
+        m_deleteButton = new QPushButton(tr("Delete"));
+        m_deleteButton->setObjectName(QStringLiteral("deleteTemplateButton"));
+        m_deleteButton->setToolTip(tr("Delete the selected template from My Templates"));
+        m_deleteButton->setAutoDefault(false);
+        bottom->addWidget(m_deleteButton);
+        connect(m_deleteButton, &QPushButton::clicked, this, &TemplateTablePane::deleteRequested);
+    }
     bottom->addWidget(m_slider, 1);
     bottom->addWidget(m_label);
 
@@ -60,6 +68,10 @@ TemplateTablePane::TemplateTablePane(TemplateStore &store, TemplateTable table, 
     layout->addWidget(m_view, 1);
     layout->addLayout(bottom);
 
+    connect(m_view, &QWidget::customContextMenuRequested, this, [this](const QPoint &pos) {
+        const QModelIndex index = m_view->indexAt(pos);
+        emit contextMenuRequested(index.isValid() ? index.row() : -1, m_view->viewport()->mapToGlobal(pos));
+    });
     connect(m_slider, &QSlider::valueChanged, this, &TemplateTablePane::sliderMoved);
     connect(m_view->selectionModel(), &QItemSelectionModel::selectionChanged, this, [this] {
         m_shownRow = selectedRow();

@@ -6,6 +6,7 @@
 
 class QLabel;
 class QListView;
+class QPushButton;
 class QSlider;
 class TemplateListModel;
 class TemplateStore;
@@ -29,6 +30,8 @@ public:
     QSlider *slider() const { return m_slider; }
     QLabel *rowLabel() const { return m_label; }
     TemplateListModel *model() const { return m_model; }
+    // The delete button under "My Templates" (null on the built-in tab).
+    QPushButton *deleteButton() const { return m_deleteButton; }
 
     // The selected row, -1 when none.
     qsizetype selectedRow() const;
@@ -45,6 +48,11 @@ public:
 
 signals:
     void selectionDidChange(qsizetype row);
+    // A contextual click on the table: the row under it (-1 for empty space), where to show
+    // the menu.
+    void contextMenuRequested(qsizetype clickedRow, const QPoint &globalPos);
+    // The delete button was pressed.
+    void deleteRequested();
 
 private:
     void sliderMoved(int value);
@@ -54,6 +62,7 @@ private:
     QListView *m_view;
     QSlider *m_slider;
     QLabel *m_label;
+    QPushButton *m_deleteButton = nullptr;
     bool m_quiet = false;
     // The selected row as last seen by the table.
     qsizetype m_shownRow = -1;

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "templates/TemplateEditor.h"
+#include "templates/TemplateExporter.h"
+#include "templates/TemplateSelection.h"
+#include "templates/TemplateTable.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QWidget>
+
+class AlertPresenter;
+class TemplateStore;
+class UserDefaults;
+
+// What the window does with "My Templates" and the built-in templates beyond choosing one:
+// importing and clearing, and every item of the tables' contextual menus. The core editor and
+// exporter decide and write; this class only asks for files and folders with Qt's own dialogs
+// (window-modal on the window, never waited on) and forwards the answers.
+class TemplateActions : public QObject
+{
+    Q_OBJECT
+public:
+    TemplateActions(TemplateStore &store, UserDefaults &defaults, AlertPresenter &alerts, QWidget *window);
+
+    TemplateEditor &editor() { return m_editor; }
+    TemplateExporter &exporter() { return m_exporter; }
+
+    // Importing: asks "Append or Replace" when the load sheet is switched off and there are
+    // templates already, then the open dialog; the chosen files are added in order. Nothing
+    // added beeps; when files were chosen and none of them held templates, "Templates Not
+    // Loaded" offers to try again.
+    void loadUserTemplates();
+    void presentChooseFileTemplatesDialog(bool replace);
+    // Asks, then empties "My Templates" (an empty store only beeps).
+    void clearAllUserTemplates();
+
+    // The user table's contextual menu state for a click on clickedRow (-1: empty space).
+    TemplateSelection::MenuState menuNeedsUpdate(qsizetype clickedRow) const;
+
+    // The menu items, for a click on clickedRow of the table whose menu it is (-1: none).
+    void cutTemplate(TemplateTable table);
+    void copyTemplate(TemplateTable table, qsizetype clickedRow);
+    void pasteTemplate(TemplateTable table, qsizetype clickedRow);
+    // The delete button deletes the selected template; the user table's menu the clicked one.
+    void deleteTemplate(TemplateEditor::DeleteSender sender, qsizetype clickedRow);
+    void sortUserTemplates();
+    void exportTemplates(TemplateTable table);
+    // The clicked template alone, saved as a templates file under a proposed generated name.
+    void exportTemplate(TemplateTable table, qsizetype clickedRow);
+    void copyIconImage(TemplateTable table, qsizetype clickedRow);
+    void saveIconImage(TemplateTable table, qsizetype clickedRow);
+    // The clicked template's icon and the template beside it, in a chosen folder.
+    void saveIconAndTemplate(TemplateTable table, qsizetype clickedRow);
+
+signals:
+    // Deleting the selected template moved the selection to this row (-1: none), which the
+    // window applies and labels as a choice of that row.
+    void selectionAfterDelete(qsizetype row);
+
+private:
+    void saveAllIconsAndTemplates();
+
+    TemplateStore &m_store;
+    AlertPresenter &m_alerts;
+    QPointer<QWidget> m_window;
+    TemplateEditor m_editor;
+    TemplateExporter m_exporter;
+    TemplateSelection m_selection;
+};

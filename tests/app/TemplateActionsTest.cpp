@@ -1,0 +1,497 @@
+#include "app/HalvernDesktopController.h"
+#include "app/LoadFileSheet.h"
+#include "app/MainWindow.h"
+#include "app/MessageBoxAlertPresenter.h"
+#include "app/TessaryLinks.h"
+#include "foundation/Paths.h"
+#include "foundation/Preferences.h"
+#include "templates/TemplateSelection.h"
+#include "templates/TemplateStore.h"
+#include "templates/TemplatesFile.h"
+#include "templates/TemplateTestData.h"
+#include "widgets/TemplateActions.h"
+#include "widgets/TemplateContextMenu.h"
+#include "widgets/TemplateListModel.h"
+#include "widgets/TemplateTabView.h"
+#include "widgets/TemplateTablePane.h"
+#include "widgets/TessaryView.h"
+#include "AppFixture.h"
+#include "ScreenshotFolder.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListView>
+#include <QMainWindow>
+#include <QMessageBox>
+#include <QPainter>
+#include <QPointer>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace TemplateTestData;
+
+namespace {
+
+// Receives the addresses handed to the desktop instead of a browser.
+class UrlRecorder : public QObject
+{
+    Q_OBJECT
+public:
+    QList<QUrl> urls;
+public slots:
+    void openUrl(const QUrl &url) { urls.append(url); }
+};
+
+// The window's alerts, with the beeps counted.
+class CountingAlertPresenter : public MessageBoxAlertPresenter
+{
+public:
+    void beep() override { ++beeps; }
+    int beeps = 0;
+};
+
+template <typename Dialog>
+Dialog *waitForDialog()
+{
+    Dialog *found = nullptr;
+    (void)QTest::qWaitFor([&] {
+        for (QWidget *w : QApplication::topLevelWidgets())
+            if (auto *d = qobject_cast<Dialog *>(w); d && d->isVisible())
+                found = d;
+        return found != nullptr;
+    }, 5000);
+    return found;
+}
+
+template <typename Dialog>
+bool noDialog()
+{
+    QTest::qWait(20);
+    for (QWidget *w : QApplication::topLevelWidgets())
+        if (qobject_cast<Dialog *>(w) && w->isVisible())
+            return false;
+    return true;
+}
+
+// Answers the open message box with the button of that text; returns the box's texts.
+std::pair<QString, QString> answer(const QString &button)
+{
+    QMessageBox *box = waitForDialog<QMessageBox>();
+    if (!box) {
+        ADD_FAILURE() << "no message box for " << button.toStdString();
+        return {};
+    }
+    const std::pair<QString, QString> texts{box->text(), box->informativeText()};
+    QAbstractButton *chosen = nullptr;
+    for (QAbstractButton *b : box->buttons())
+        if (b->text() == button)
+            chosen = b;
+    EXPECT_NE(chosen, nullptr) << button.toStdString();
+    if (chosen)
+        chosen->click();
+    const QPointer<QMessageBox> open(box);
+    EXPECT_TRUE(QTest::qWaitFor([open] { return !open || !open->isVisible(); }, 2000));
+    return texts;
+}
+
+// Answers the open file dialog as a person typing the names into it; returns the dialog's title.
+QString chooseInFileDialog(const QString &folder, const QStringList &names)
+{
+    QFileDialog *dialog = waitForDialog<QFileDialog>();
+    if (!dialog) {
+        ADD_FAILURE() << "no file dialog";
+        return {};
+    }
+    const QString title = dialog->windowTitle();
+    dialog->setDirectory(folder);
+    QStringList quoted;
+    for (const QString &n : names)
+        quoted << (names.size() > 1 ? QStringLiteral("\"%1\"").arg(n) : n);
+    if (auto *edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")))
+        edit->setText(quoted.join(QLatin1Char(' ')));
+    QMetaObject::invokeMethod(dialog, "accept"); // the Choose button
+    const QPointer<QFileDialog> open(dialog);
+    EXPECT_TRUE(QTest::qWaitFor([open] { return !open || !open->isVisible(); }, 2000));
+    return title;
+}
+
+class TemplateActionsTest : public AppFixture
+{
+protected:
+    void SetUp() override
+    {
+        AppFixture::SetUp();
+        store = std::make_unique<TemplateStore>(*defaults);
+        store->setBuiltInTemplates(TemplateStore::templatesFromDictionary(
+            file({makeTemplate(2, 101), makeTemplate(3, 102), makeTemplate(4, 103, false)})));
+        selection = std::make_unique<TemplateSelection>(*store, *defaults);
+        window = std::make_unique<QMainWindow>();
+        alerts.setParentWindow(window.get());
+        tabs = new TemplateTabView(*store, *selection, *defaults);
+        window->setCentralWidget(tabs);
+        actions = new TemplateActions(*store, *defaults, alerts, window.get());
+        tabs->setTemplateActions(*actions);
+        window->resize(300, 640);
+        window->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+        QDir().mkpath(folder());
+    }
+    void TearDown() override
+    {
+        window.reset();
+        selection.reset();
+        store.reset();
+        AppFixture::TearDown();
+    }
+    QString folder() const { return dir.filePath(QStringLiteral("files")); }
+    void addUserTemplates(const QVariantList &templates) { store->addTemplatesFromDictionary(file(templates)); }
+
+    // A right click on the row (-1: below the rows) of a table; the menu that opens.
+    TemplateContextMenu *rightClick(TemplateTable table, int row)
+    {
+        tabs->setCurrentTable(table);
+        QListView *list = tabs->tableView(table);
+        // A table just brought to the front lays its rows out first.
+        if (row >= 0) {
+            EXPECT_TRUE(QTest::qWaitFor([&] { return list->visualRect(list->model()->index(row, 0)).isValid(); }, 2000));
+        }
+        const QPoint pos = row >= 0 ? list->visualRect(list->model()->index(row, 0)).center()
+                                    : QPoint(list->viewport()->width() / 2, list->viewport()->height() - 5);
+        QContextMenuEvent event(QContextMenuEvent::Mouse, pos, list->viewport()->mapToGlobal(pos));
+        QApplication::sendEvent(list->viewport(), &event);
+        TemplateContextMenu *menu = tabs->contextMenu(table);
+        EXPECT_TRUE(QTest::qWaitFor([menu] { return menu->isVisible(); }, 2000));
+        return menu;
+    }
+    // A right click, then the item chosen.
+    void choose(TemplateTable table, int row, const char *item)
+    {
+        TemplateContextMenu *menu = rightClick(table, row);
+        QAction *a = menu->item(QString::fromLatin1(item));
+        ASSERT_NE(a, nullptr) << item;
+        ASSERT_TRUE(a->isEnabled()) << item;
+        menu->hide();
+        a->trigger();
+    }
+    std::vector<double> userIds() const { return ids(store->userTemplates()); }
+    QVariantList templatesIn(const QString &path) const
+    {
+        const TemplatesFile::ReadResult read = TemplatesFile::fromFile(path);
+        EXPECT_TRUE(read.error.isEmpty()) << read.error.toStdString();
+        return read.templates;
+    }
+
+    CountingAlertPresenter alerts;
+    std::unique_ptr<TemplateStore> store;
+    std::unique_ptr<TemplateSelection> selection;
+    std::unique_ptr<QMainWindow> window;
+    TemplateTabView *tabs = nullptr;
+    TemplateActions *actions = nullptr;
+};
+
+// Which items a right click enables: the user table's by the core's rule (a held template for
+// paste, a non-empty store for the whole-store items, a row under the click for the rest);
+// the built-in table's single-template items by a row under the click.
+TEST_F(TemplateActionsTest, MenuItemsFollowTheClick)
+{
+    const QStringList rowItems{"deleteTemplate", "exportTemplate", "copyTemplateIcon", "saveTemplateIcon", "saveTemplateAndIcon"};
+    struct Case {
+        const char *name;
+        TemplateTable table;
+        int userTemplates;
+        bool held;
+        int row;
+        QStringList enabled;
+    } cases[] = {
+        {"user row", TemplateTable::User, 2, false, 1,
+         {"cutTemplate", "copyTemplate", "deleteAllTemplates", "sortUserTemplates", "exportAllTemplates", "deleteTemplate",
+          "exportTemplate", "copyTemplateIcon", "saveTemplateIcon", "saveTemplateAndIcon"}},
+        {"user empty space", TemplateTable::User, 2, false, -1,
+         {"cutTemplate", "copyTemplate", "deleteAllTemplates", "sortUserTemplates", "exportAllTemplates"}},
+        {"user row, a template held", TemplateTable::User, 2, true, 0,
+         {"cutTemplate", "copyTemplate", "pasteTemplate", "deleteAllTemplates", "sortUserTemplates", "exportAllTemplates",
+          "deleteTemplate", "exportTemplate", "copyTemplateIcon", "saveTemplateIcon", "saveTemplateAndIcon"}},
+        {"empty user store, a template held", TemplateTable::User, 0, true, -1,
+         {"cutTemplate", "copyTemplate", "pasteTemplate", "sortUserTemplates"}},
+        {"empty user store", TemplateTable::User, 0, false, -1, {"cutTemplate", "copyTemplate", "sortUserTemplates"}},
+        {"built-in row", TemplateTable::BuiltIn, 0, false, 1,
+         {"cutTemplate", "copyTemplate", "exportAllTemplates", "exportTemplate", "copyTemplateIcon", "saveTemplateIcon",
+          "saveTemplateAndIcon"}},
+        {"built-in empty space", TemplateTable::BuiltIn, 2, true, -1, {"cutTemplate", "copyTemplate", "exportAllTemplates"}},
+    };
+    for (const Case &c : cases) {
+        store->clearUserTemplates();
+        if (c.userTemplates > 0)
+            addUserTemplates({makeTemplate(2, 1), makeTemplate(3, 2)});
+        actions->copyTemplate(TemplateTable::BuiltIn, c.held ? 0 : -1);
+        TemplateContextMenu *menu = rightClick(c.table, c.row);
+        EXPECT_EQ(menu->clickedRow(), c.row) << c.name;
+        for (QAction *a : menu->actions()) {
+            if (a->isSeparator())
+                continue;
+            EXPECT_EQ(a->isEnabled(), c.enabled.contains(a->objectName())) << c.name << ": " << a->objectName().toStdString();
+        }
+        if (c.table == TemplateTable::BuiltIn) {
+            EXPECT_EQ(menu->item(QStringLiteral("pasteTemplate")), nullptr) << c.name;
+        }
+        menu->hide();
+    }
+}
+
+// Cut changes nothing; copy holds the clicked template (of either table) and paste puts it
+// before the clicked row, as often as asked; copying from empty space holds nothing.
+TEST_F(TemplateActionsTest, CutCopyPaste)
+{
+    addUserTemplates({makeTemplate(2, 1), makeTemplate(3, 2)});
+    choose(TemplateTable::User, 0, "cutTemplate");
+    EXPECT_EQ(userIds(), (std::vector<double>{1, 2}));
+    EXPECT_FALSE(rightClick(TemplateTable::User, 0)->item(QStringLiteral("pasteTemplate"))->isEnabled());
+
+    choose(TemplateTable::BuiltIn, 1, "copyTemplate");
+    choose(TemplateTable::User, 1, "pasteTemplate");
+    EXPECT_EQ(userIds(), (std::vector<double>{1, 102, 2}));
+    choose(TemplateTable::User, -1, "pasteTemplate"); // no row under the click: at the top
+    EXPECT_EQ(userIds(), (std::vector<double>{102, 1, 102, 2}));
+    EXPECT_EQ(ids(store->builtInTemplates()), (std::vector<double>{101, 102, 103}));
+
+    choose(TemplateTable::User, -1, "copyTemplate");
+    EXPECT_FALSE(rightClick(TemplateTable::User, 0)->item(QStringLiteral("pasteTemplate"))->isEnabled());
+}
+
+// Deleting asks first ("Cancel" keeps it); the menu deletes the clicked row, the button the
+// selected one, after which the template sliding into its place is chosen and labelled.
+// Deleting all and sorting ask too.
+TEST_F(TemplateActionsTest, DeleteDeleteAllAndSortAsk)
+{
+    addUserTemplates({makeTemplate(4, 1), makeTemplate(2, 2), makeTemplate(3, 3), makeTemplate(5, 4)});
+    QSignalSpy chosen(tabs, &TemplateTabView::templateChosen);
+
+    choose(TemplateTable::User, 1, "deleteTemplate");
+    const auto texts = answer(QStringLiteral("Cancel"));
+    EXPECT_EQ(texts.first, QStringLiteral("Delete Template"));
+    EXPECT_EQ(texts.second, QStringLiteral("Are you sure you want to delete the selected template?"));
+    EXPECT_EQ(userIds(), (std::vector<double>{1, 2, 3, 4}));
+    choose(TemplateTable::User, 1, "deleteTemplate");
+    answer(QStringLiteral("Delete"));
+    EXPECT_EQ(userIds(), (std::vector<double>{1, 3, 4}));
+
+    tabs->pane(TemplateTable::User)->selectRow(1);
+    chosen.clear();
+    QTest::mouseClick(tabs->pane(TemplateTable::User)->deleteButton(), Qt::LeftButton);
+    answer(QStringLiteral("Delete"));
+    EXPECT_EQ(userIds(), (std::vector<double>{1, 4}));
+    ASSERT_FALSE(chosen.isEmpty());
+    EXPECT_EQ(chosen.last().at(1).value<qsizetype>(), 1);
+    EXPECT_EQ(tabs->rowLabel(TemplateTable::User)->text(), QStringLiteral("2"));
+
+    addUserTemplates({makeTemplate(3, 5)});
+    choose(TemplateTable::User, -1, "sortUserTemplates");
+    EXPECT_EQ(answer(QStringLiteral("OK")).first, QStringLiteral("Sort My Templates?"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return userIds() == std::vector<double>{5, 1, 4}; }, 2000));
+
+    choose(TemplateTable::User, -1, "deleteAllTemplates");
+    const auto all = answer(QStringLiteral("Cancel"));
+    EXPECT_EQ(all.first, QStringLiteral("Delete All My Templates"));
+    EXPECT_EQ(all.second, QStringLiteral("Are you sure you want to Delete all 'My Templates'?"));
+    EXPECT_EQ(userIds().size(), 3u);
+    choose(TemplateTable::User, -1, "deleteAllTemplates");
+    answer(QStringLiteral("Delete All"));
+    EXPECT_TRUE(store->userTemplates().isEmpty());
+    // Clearing an empty store only beeps.
+    actions->clearAllUserTemplates();
+    EXPECT_EQ(alerts.beeps, 1);
+    EXPECT_TRUE(noDialog<QMessageBox>());
+}
+
+// Exporting: one file of the menu's own store, many files of "My Templates" (templates without
+// a thumbnail leave gaps), the clicked template alone, its icon, and icon beside template.
+TEST_F(TemplateActionsTest, Exports)
+{
+    addUserTemplates({makeTemplate(2, 1), makeTemplate(3, 2, false), makeTemplate(4, 3)});
+
+    choose(TemplateTable::BuiltIn, -1, "exportAllTemplates");
+    EXPECT_EQ(answer(QStringLiteral("Save One")).first, QStringLiteral("Save As One File Or Many?"));
+    chooseInFileDialog(folder(), {QStringLiteral("Templates Export.plist")});
+    EXPECT_EQ(templatesIn(QDir(folder()).filePath(QStringLiteral("Templates Export.plist"))).size(), 3);
+
+    const QString spring = QDir(folder()).filePath(QStringLiteral("Spring"));
+    QDir().mkpath(spring);
+    choose(TemplateTable::BuiltIn, -1, "exportAllTemplates");
+    answer(QStringLiteral("Many Files"));
+    EXPECT_EQ(chooseInFileDialog(folder(), {QStringLiteral("Spring")}), QStringLiteral("Choose Destination:"));
+    EXPECT_EQ(QDir(spring).entryList(QDir::Files),
+              (QStringList{"Tessary-Icon-Spring-1.png", "Tessary-Icon-Spring-3.png", "Tessary-Template-Spring-1.plist",
+                           "Tessary-Template-Spring-3.plist", "Tessary-Templates-Spring.html"}));
+
+    const QString one = QDir(folder()).filePath(QStringLiteral("one"));
+    QDir().mkpath(one);
+    choose(TemplateTable::User, 2, "exportTemplate");
+    QFileDialog *save = waitForDialog<QFileDialog>();
+    ASSERT_NE(save, nullptr);
+    EXPECT_TRUE(save->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->text().startsWith(QStringLiteral("Tessary-Template-")));
+    chooseInFileDialog(one, {QStringLiteral("third.plist")});
+    const QVariantList third = templatesIn(QDir(one).filePath(QStringLiteral("third.plist")));
+    ASSERT_EQ(third.size(), 1);
+    EXPECT_EQ(third[0].toMap().value(QStringLiteral("contentSizeWidth")).toDouble(), 3.0);
+
+    choose(TemplateTable::BuiltIn, 0, "copyTemplateIcon");
+    EXPECT_EQ(QApplication::clipboard()->image().size(), QSize(8, 6));
+
+    choose(TemplateTable::User, 0, "saveTemplateIcon");
+    chooseInFileDialog(one, {QStringLiteral("icon")});
+    EXPECT_EQ(QImage(QDir(one).filePath(QStringLiteral("icon.png"))).size(), QSize(8, 6));
+
+    const QString pair = QDir(folder()).filePath(QStringLiteral("pair"));
+    QDir().mkpath(pair);
+    choose(TemplateTable::User, 0, "saveTemplateAndIcon");
+    chooseInFileDialog(folder(), {QStringLiteral("pair")});
+    const QStringList written = QDir(pair).entryList(QDir::Files);
+    ASSERT_EQ(written.size(), 2) << written.join(' ').toStdString();
+    EXPECT_TRUE(written[0].startsWith(QStringLiteral("Tessary-Icon-")) && written[0].endsWith(QStringLiteral(".png")));
+    EXPECT_TRUE(written[1].startsWith(QStringLiteral("Tessary-Template-")) && written[1].endsWith(QStringLiteral(".plist")));
+    EXPECT_EQ(templatesIn(QDir(pair).filePath(written[1])).size(), 1);
+    // A template without a thumbnail has no icon: its icon items do nothing.
+    choose(TemplateTable::User, 1, "saveTemplateAndIcon");
+    EXPECT_TRUE(noDialog<QFileDialog>());
+}
+
+// Importing: the open dialog as described, several files appended in order; with the load
+// sheet switched off and templates there, "Append or Replace" is asked and both answers append;
+// nothing added beeps, and chosen files that held no templates offer to try again; a cancelled
+// dialog does nothing.
+TEST_F(TemplateActionsTest, Import)
+{
+    const QString a = QDir(folder()).filePath(QStringLiteral("a.plist"));
+    const QString b = QDir(folder()).filePath(QStringLiteral("b.plist"));
+    const QString bad = QDir(folder()).filePath(QStringLiteral("bad.plist"));
+    ASSERT_TRUE(writePlist(a, file({makeTemplate(2, 1), makeTemplate(3, 2)})));
+    ASSERT_TRUE(writePlist(b, file({makeTemplate(4, 3)})));
+    QFile garbage(bad);
+    ASSERT_TRUE(garbage.open(QIODevice::WriteOnly));
+    garbage.write("not a property list");
+    garbage.close();
+
+    actions->loadUserTemplates();
+    QFileDialog *dialog = waitForDialog<QFileDialog>();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Choose Template File"));
+    EXPECT_EQ(dialog->labelText(QFileDialog::Accept), QStringLiteral("Choose"));
+    EXPECT_EQ(dialog->fileMode(), QFileDialog::ExistingFiles);
+    EXPECT_TRUE(dialog->testOption(QFileDialog::DontUseNativeDialog));
+    EXPECT_EQ(dialog->windowModality(), Qt::WindowModal);
+    EXPECT_EQ(dialog->nameFilters().join(' ').count(QStringLiteral("*.")), 1);
+    EXPECT_TRUE(dialog->nameFilters().first().contains(QStringLiteral("*.plist")));
+    EXPECT_EQ(dialog->findChild<QLabel *>(QStringLiteral("chooseTemplateFileMessage"))->text(),
+              QStringLiteral("Pick template file created in Tessary iOS."));
+    chooseInFileDialog(folder(), {QStringLiteral("b.plist"), QStringLiteral("a.plist")});
+    EXPECT_EQ(userIds(), (std::vector<double>{3, 1, 2}));
+    EXPECT_TRUE(noDialog<QMessageBox>());
+
+    defaults->setBool(true, Preferences::DontShowAgain);
+    for (const char *answerText : {"Append", "Replace"}) {
+        const size_t before = userIds().size();
+        actions->loadUserTemplates();
+        const auto texts = answer(QString::fromLatin1(answerText));
+        EXPECT_EQ(texts.first, QStringLiteral("Append or Replace"));
+        EXPECT_EQ(texts.second, QStringLiteral("Do you want to append or replace the existing templates?"));
+        chooseInFileDialog(folder(), {QStringLiteral("b.plist")});
+        EXPECT_EQ(userIds().size(), before + 1) << answerText;
+        EXPECT_EQ(userIds().back(), 3.0) << answerText;
+    }
+
+    const size_t count = userIds().size();
+    actions->presentChooseFileTemplatesDialog(false);
+    chooseInFileDialog(folder(), {QStringLiteral("bad.plist")});
+    EXPECT_EQ(alerts.beeps, 1);
+    const auto notLoaded = answer(QStringLiteral("Try Again"));
+    EXPECT_EQ(notLoaded.first, QStringLiteral("Templates Not Loaded"));
+    EXPECT_EQ(notLoaded.second, QStringLiteral("Make sure that you select a valid template file."));
+    answer(QStringLiteral("Append")); // trying again starts the import again
+    QFileDialog *again = waitForDialog<QFileDialog>();
+    ASSERT_NE(again, nullptr);
+    again->reject();
+    EXPECT_EQ(userIds().size(), count);
+    EXPECT_EQ(alerts.beeps, 1);
+    EXPECT_TRUE(noDialog<QMessageBox>());
+}
+
+// The user table with its menu open, for people to look at.
+TEST_F(TemplateActionsTest, Screenshot)
+{
+    QVariantList templates;
+    for (int i = 0; i < 6; ++i) {
+        QVariantMap t = makeTemplate(2 + i, i);
+        t.insert(QStringLiteral("thumbnail"), pngThumbnail(120, 80));
+        templates << t;
+    }
+    addUserTemplates(templates);
+    window->resize(420, 640);
+    TemplateContextMenu *menu = rightClick(TemplateTable::User, 1);
+    menu->move(window->mapToGlobal(QPoint(140, 150)));
+    QListView *list = tabs->tableView(TemplateTable::User);
+    list->viewport()->repaint();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return tabs->model(TemplateTable::User)->pendingThumbnails() == 0; }, 5000));
+    list->viewport()->repaint();
+    QPixmap shot = window->grab();
+    {
+        QPainter painter(&shot);
+        painter.drawPixmap(window->mapFromGlobal(menu->pos()), menu->grab());
+    }
+    QDir().mkpath(QStringLiteral(TESSARY_BINARY_DIR "/screenshots"));
+    EXPECT_TRUE(shot.save(QStringLiteral(TESSARY_BINARY_DIR "/screenshots/my-templates-menu.png")));
+    menu->hide();
+}
+
+// The window's wiring: the load sheet's buttons and File > Import Templates… reach the import
+// and the clearing.
+TEST_F(TemplateActionsTest, ControllerWiring)
+{
+    window.reset();
+    HalvernDesktopController controller(*defaults, Paths::resourcesFolder());
+    MainWindow &w = controller.mainWindow();
+    w.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
+    EXPECT_EQ(w.action(QStringLiteral("importTemplates"))->shortcut(), QKeySequence(QStringLiteral("Ctrl+I")));
+
+    emit controller.loadFileWindow().chooseTemplateFile();
+    QFileDialog *dialog = waitForDialog<QFileDialog>();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Choose Template File"));
+    EXPECT_EQ(dialog->parentWidget(), &w);
+    dialog->reject();
+
+    w.templateActions().editor().copyTemplate(TemplateTable::BuiltIn, 0);
+    w.templateActions().pasteTemplate(TemplateTable::User, -1);
+    ASSERT_EQ(w.tessaryView().templateStore().userTemplates().size(), 1);
+    emit controller.loadFileWindow().clearAllTemplates();
+    EXPECT_EQ(answer(QStringLiteral("Delete All")).first, QStringLiteral("Delete All My Templates"));
+    EXPECT_TRUE(w.tessaryView().templateStore().userTemplates().isEmpty());
+
+    UrlRecorder browser;
+    QDesktopServices::setUrlHandler(QStringLiteral("https"), &browser, "openUrl");
+    emit controller.loadFileWindow().downloadWebsiteTemplateFile();
+    QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
+    EXPECT_EQ(browser.urls, QList<QUrl>{TessaryLinks::templatesPage()});
+
+    // The menu item shows the load sheet, or with it switched off goes straight to the files.
+    w.action(QStringLiteral("importTemplates"))->trigger();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return controller.loadFileWindow().isVisible(); }, 2000));
+    controller.loadFileWindow().reject();
+    defaults->setBool(true, Preferences::DontShowAgain);
+    w.action(QStringLiteral("importTemplates"))->trigger();
+    dialog = waitForDialog<QFileDialog>();
+    ASSERT_NE(dialog, nullptr);
+    dialog->reject();
+}
+
+} // namespace
+
+#include "TemplateActionsTest.moc"
