@@ -34,9 +34,7 @@ void TemplateActions::presentChooseFileTemplatesDialog(bool replace)
             return;
         for (const QString &why : std::as_const(skipped))
             qCInfo(lcTessary, "template import: skipped %s", qUtf8Printable(why));
-        // The beep said nothing went in; files that were chosen and refused are said too.
-        if (!skipped.isEmpty())
-            m_editor.notTemplateFileAlert([this] { loadUserTemplates(); });
+        // Nothing went in: the editor has beeped, and the log names each refused file.
     });
 }
 
