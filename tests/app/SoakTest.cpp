@@ -16,6 +16,7 @@
 #include <QDir>
 #include <QDragEnterEvent>
 #include <QElapsedTimer>
+#include <QFileDialog>
 #include <QMimeData>
 #include <QRandomGenerator>
 #include <QSqlDatabase>
@@ -90,6 +91,13 @@ TEST_F(SoakTest, RandomUseNeverCrashesOrDamagesTheStore)
             // Whatever a step opened (a sheet, a dialog, a menu) is answered or closed now and then.
             if (QWidget *popup = QApplication::activePopupWidget())
                 popup->close();
+            // Qt's own file dialog answers some keys with message boxes of its own run in a
+            // nested loop (an existing file, a missing folder), which would wait for a person:
+            // file dialogs are cancelled, not typed into.
+            for (QWidget *top : QApplication::topLevelWidgets()) {
+                if (auto *files = qobject_cast<QFileDialog *>(top); files && files->isVisible())
+                    files->reject();
+            }
             if (QWidget *modal = QApplication::activeModalWidget(); modal && random.bounded(3) == 0)
                 QTest::keyClick(modal, random.bounded(2) ? Qt::Key_Escape : Qt::Key_Return);
             switch (random.bounded(7)) {
