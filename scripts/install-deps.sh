@@ -6,7 +6,8 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config git
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libsqlite3-dev qt6-image-formats-plugins
-  qt6-multimedia-dev
+  qt6-multimedia-dev qt6-webengine-dev
+  libvips-dev libexiv2-dev
   libplist-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   clang-14 libclang-rt-14-dev
@@ -14,6 +15,7 @@ packages=(
   zlib1g-dev
   xvfb xauth
   sox
+  desktop-file-utils appstream dpkg-dev fakeroot file
 )
 if [ "${TESSARY_BENCH_TOOLS:-0}" = 1 ]; then
   packages+=(libvips-tools imagemagick time)

@@ -145,6 +145,13 @@ void HalvernDesktopController::doAlert(const QString &message, const QString &in
     m_imageBrowserController->doAlert(message, informative, style);
 }
 
+void HalvernDesktopController::displayResult(const QImage &image, bool isButton)
+{
+    // The result window is not built yet.
+    Q_UNUSED(image);
+    Q_UNUSED(isButton);
+}
+
 void HalvernDesktopController::loadFlowerImages()
 {
     QStringList paths;

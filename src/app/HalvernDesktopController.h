@@ -3,6 +3,7 @@
 #include "app/MessageBoxAlertPresenter.h"
 
 #include <QColor>
+#include <QImage>
 #include <QObject>
 #include <QStringList>
 
@@ -53,6 +54,10 @@ public:
     // Beeps, then shows an alert with the message, "OK" and the informative text on the main
     // window.
     void doAlert(const QString &message, const QString &informative, AlertPresenter::Style style);
+
+    // Puts a rendered or blended picture into the result window, bringing the window forward
+    // first when isButton is set.
+    void displayResult(const QImage &image, bool isButton);
 
     void loadFlowerImages();
     void goHome();

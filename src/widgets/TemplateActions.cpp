@@ -71,6 +71,12 @@ void TemplateActions::deleteTemplate(TemplateEditor::DeleteSender sender, qsizet
     });
 }
 
+void TemplateActions::downloadTemplate(const QUrl &link, qsizetype row)
+{
+    const bool inserted = m_editor.downloadAndInsertTemplateURL(link, row);
+    emit templateDownloadFinished(inserted);
+}
+
 void TemplateActions::sortUserTemplates()
 {
     m_editor.sortUserTemplates();

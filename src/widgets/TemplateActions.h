@@ -53,7 +53,15 @@ public:
     // The clicked template's icon and the template beside it, in a chosen folder.
     void saveIconAndTemplate(TemplateTable table, qsizetype clickedRow);
 
+    // Fetches the templates file at the link and inserts its templates into "My Templates"
+    // before the row (-1: before the selected user template, or at the top). Emits
+    // templateDownloadFinished with the outcome.
+    void downloadTemplate(const QUrl &link, qsizetype row = -1);
+
 signals:
+    // A link download ended: whether templates were inserted.
+    void templateDownloadFinished(bool inserted);
+
     // Deleting the selected template moved the selection to this row (-1: none), which the
     // window applies and labels as a choice of that row.
     void selectionAfterDelete(qsizetype row);
