@@ -17,4 +17,9 @@ struct TemplateDrop {
     QList<QUrl> links;
     // For a row dragged from a template table: the row it came from.
     qsizetype sourceRow = -1;
+
+    // Whether a drop on a row means that row rather than the gap before it: only a row of
+    // "My Templates" dragged within it swaps with the row it lands on; everything else is
+    // inserted before the row, whichever way it was dropped.
+    bool landsOnRows() const { return source == Source::UserTable; }
 };

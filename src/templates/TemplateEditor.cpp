@@ -27,6 +27,7 @@ TemplateEditor::TemplateEditor(TemplateStore &store, UserDefaults &defaults, Ale
     : m_store(store)
     , m_defaults(defaults)
     , m_alerts(alerts)
+    , m_downloadTimeoutMs(TemplateDownloader::kTimeoutMs)
 {
 }
 
@@ -226,10 +227,8 @@ bool TemplateEditor::acceptDrop(TemplateTable target, const TemplateDrop &drop, 
         }
         // The answer is that of the last link fetched.
         bool result = false;
-        for (const QUrl &link : drop.links) {
-            if (hasPlistExtension(link.path()))
-                result = downloadAndInsertTemplateURL(link, row);
-        }
+        for (const QUrl &link : linksToFetch(drop))
+            result = downloadAndInsertTemplateURL(link, row);
         return result;
     }
     case TemplateDrop::Source::UserTable:
@@ -244,18 +243,38 @@ bool TemplateEditor::acceptDrop(TemplateTable target, const TemplateDrop &drop, 
     return false;
 }
 
+bool TemplateEditor::isLinkDrop(const TemplateDrop &drop)
+{
+    return drop.source == TemplateDrop::Source::Outside && !drop.hasFileNames && !drop.links.isEmpty();
+}
+
+QList<QUrl> TemplateEditor::linksToFetch(const TemplateDrop &drop)
+{
+    QList<QUrl> links;
+    for (const QUrl &link : drop.links) {
+        if (hasPlistExtension(link.path()))
+            links.append(link);
+    }
+    return links;
+}
+
 bool TemplateEditor::downloadAndInsertTemplateURL(const QUrl &url, qsizetype row)
 {
     QString error;
-    const std::optional<QByteArray> data = TemplateDownloader::download(url, &error);
+    const std::optional<QByteArray> data = TemplateDownloader::download(url, &error, m_downloadTimeoutMs);
     if (!data) {
         qCInfo(lcTessary, "Template download failed: %s", qPrintable(error));
         return false;
     }
+    return insertDownloadedTemplates(*data, row);
+}
+
+bool TemplateEditor::insertDownloadedTemplates(const QByteArray &data, qsizetype row)
+{
     const QString path = Paths::documentsPathForFileName(QStringLiteral("templates.plist"));
     QDir().mkpath(QFileInfo(path).absolutePath());
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(*data) != data->size() || !file.commit()) {
+    if (!file.open(QIODevice::WriteOnly) || file.write(data) != data.size() || !file.commit()) {
         qCInfo(lcTessary, "Template download not saved: %s", qPrintable(file.errorString()));
         return false;
     }

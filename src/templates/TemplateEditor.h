@@ -69,7 +69,23 @@ public:
     bool acceptDrop(TemplateTable target, const TemplateDrop &drop, qsizetype row, TemplateDrop::Operation operation);
     // Fetches the link (see TemplateDownloader), writes it to "templates.plist" in the Documents
     // folder, reads it back and inserts its templates at row (-1: at the selected row, or 0).
+    // The caller waits; the window fetches with a TemplateLinkInsertion instead.
     bool downloadAndInsertTemplateURL(const QUrl &url, qsizetype row);
+    // The second half of a link download, for bytes fetched without waiting: writes them
+    // atomically to "templates.plist" in the Documents folder, reads that file back and inserts
+    // its templates at row (-1: at the selected row, or 0). False when the file cannot be
+    // written or read, or holds no template.
+    bool insertDownloadedTemplates(const QByteArray &data, qsizetype row);
+    // The time limit of each link download (5 s unless a test shortens it).
+    int downloadTimeoutMs() const { return m_downloadTimeoutMs; }
+    void setDownloadTimeoutMs(int ms) { m_downloadTimeoutMs = ms; }
+
+    // A drop of links from outside: its templates arrive by download, which the window runs
+    // without waiting (acceptDrop would fetch them one after the other while the caller waits).
+    static bool isLinkDrop(const TemplateDrop &drop);
+    // The links acceptDrop fetches for such a drop, in order: those whose path ends in "plist".
+    // The drop's answer is that of the last of them; none gives false.
+    static QList<QUrl> linksToFetch(const TemplateDrop &drop);
 
     // "Tessary-Template-<date>.plist" or "Tessary-Icon-<date>" (no extension) with the date as
     // day-month-year-hour-minute-second, the hour on the 12-hour clock without AM or PM.
@@ -88,4 +104,5 @@ private:
     UserDefaults &m_defaults;
     AlertPresenter &m_alerts;
     TemplateStore::Template m_copiedTemplateData;
+    int m_downloadTimeoutMs;
 };

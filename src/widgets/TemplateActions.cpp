@@ -5,6 +5,7 @@
 #include "foundation/Log.h"
 #include "templates/TemplateStore.h"
 #include "templates/TemplatesFile.h"
+#include "widgets/TemplateDownloadDialog.h"
 #include "widgets/TemplateFileDialogs.h"
 
 #include <QClipboard>
@@ -73,8 +74,9 @@ void TemplateActions::deleteTemplate(TemplateEditor::DeleteSender sender, qsizet
 
 void TemplateActions::downloadTemplate(const QUrl &link, qsizetype row)
 {
-    const bool inserted = m_editor.downloadAndInsertTemplateURL(link, row);
-    emit templateDownloadFinished(inserted);
+    // Fetched without waiting, behind a window-modal progress sheet that can cancel it.
+    TemplateDownloadDialog *dialog = TemplateDownloadDialog::download(m_editor, {link}, row, m_window);
+    connect(dialog, &TemplateDownloadDialog::downloadFinished, this, &TemplateActions::templateDownloadFinished);
 }
 
 void TemplateActions::sortUserTemplates()

@@ -5,14 +5,23 @@
 #include "templates/TemplateTables.h"
 #include "widgets/TemplateActions.h"
 #include "widgets/TemplateContextMenu.h"
+#include "widgets/TemplateDownloadDialog.h"
 #include "widgets/TemplateListModel.h"
 #include "widgets/TemplateTablePane.h"
+#include "widgets/TemplateTableView.h"
 
 #include <QListView>
+#include <QTabBar>
 #include <QTabWidget>
+#include <QTemporaryDir>
 #include <QVBoxLayout>
 
 struct TemplateTabView::Private {
+    Private(TemplateStore &s, TemplateSelection &sel)
+        : store(s)
+        , selection(sel)
+    {
+    }
     TemplateStore &store;
     TemplateSelection &selection;
     QTabWidget *tabs = nullptr;
@@ -20,11 +29,13 @@ struct TemplateTabView::Private {
     TemplateTablePane *user = nullptr;
     TemplateContextMenu *builtInMenu = nullptr;
     TemplateContextMenu *userMenu = nullptr;
+    // Rows dragged out to a file manager are written here; it goes when the window goes.
+    QTemporaryDir dragFolder;
 };
 
 TemplateTabView::TemplateTabView(TemplateStore &store, TemplateSelection &selection, UserDefaults &, QWidget *parent)
     : QWidget(parent)
-    , d(std::make_unique<Private>(Private{store, selection}))
+    , d(std::make_unique<Private>(store, selection))
 {
     setObjectName(QStringLiteral("builtInUserTabView"));
     d->builtIn = new TemplateTablePane(store, TemplateTable::BuiltIn);
@@ -47,6 +58,12 @@ TemplateTabView::TemplateTabView(TemplateStore &store, TemplateSelection &select
                 [this, table](qsizetype row) { tableSelectionDidChange(table, row); });
     }
     connect(d->tabs, &QTabWidget::currentChanged, this, [this] { didSelectTab(); });
+    // A row dragged over the other tab's title brings that tab up, so a built-in template can be
+    // dropped on "My Templates".
+    d->tabs->tabBar()->setChangeCurrentOnDrag(true);
+    d->tabs->tabBar()->setAcceptDrops(true);
+    for (TemplateTablePane *pane : {d->builtIn, d->user})
+        pane->templateTableView()->setDragFolder(d->dragFolder.isValid() ? d->dragFolder.path() : QString());
     connect(&store, &TemplateStore::userTemplatesChanged, this, [this] { d->user->reload(); });
     connect(&store, &TemplateStore::userSelectionChanged, this, [this](qsizetype row) { d->user->selectRow(row); });
 }
@@ -140,6 +157,14 @@ void TemplateTabView::setTemplateActions(TemplateActions &actions)
     connect(d->user, &TemplateTablePane::deleteRequested, &actions,
             [&actions] { actions.deleteTemplate(TemplateEditor::DeleteSender::DeleteButton, -1); });
     connect(&actions, &TemplateActions::selectionAfterDelete, this, &TemplateTabView::selectionAfterDelete);
+    // Drops are the editor's to decide; dropped links are fetched behind a progress sheet.
+    for (TemplateTablePane *pane : {d->builtIn, d->user}) {
+        TemplateTableView *view = pane->templateTableView();
+        view->setEditor(&actions.editor());
+        connect(view, &TemplateTableView::linksDropped, this, [this, &actions](const QList<QUrl> &links, qsizetype row) {
+            TemplateDownloadDialog::download(actions.editor(), links, row, window());
+        });
+    }
 }
 
 TemplateContextMenu *TemplateTabView::contextMenu(TemplateTable table) const

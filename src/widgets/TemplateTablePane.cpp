@@ -1,6 +1,7 @@
 #include "widgets/TemplateTablePane.h"
 
 #include "widgets/TemplateListModel.h"
+#include "widgets/TemplateTableView.h"
 #include "widgets/TemplateThumbnailDelegate.h"
 
 #include <QHBoxLayout>
@@ -15,7 +16,7 @@ TemplateTablePane::TemplateTablePane(TemplateStore &store, TemplateTable table, 
     : QWidget(parent)
     , m_table(table)
     , m_model(new TemplateListModel(store, table, this))
-    , m_view(new QListView)
+    , m_view(new TemplateTableView(table))
     , m_slider(new QSlider(Qt::Horizontal))
     , m_label(new QLabel(QStringLiteral(" ")))
 {
@@ -78,6 +79,11 @@ TemplateTablePane::TemplateTablePane(TemplateStore &store, TemplateTable table, 
         if (!m_quiet)
             emit selectionDidChange(m_shownRow);
     });
+}
+
+QListView *TemplateTablePane::tableView() const
+{
+    return m_view;
 }
 
 qsizetype TemplateTablePane::selectedRow() const

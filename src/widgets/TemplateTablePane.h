@@ -10,6 +10,7 @@ class QPushButton;
 class QSlider;
 class TemplateListModel;
 class TemplateStore;
+class TemplateTableView;
 
 // The page of one template tab: the table of thumbnails, and under it the size slider and the
 // label of the selected row. It reports the user's selection changes; selecting from code
@@ -26,7 +27,9 @@ public:
     TemplateTablePane(TemplateStore &store, TemplateTable table, QWidget *parent = nullptr);
 
     TemplateTable table() const { return m_table; }
-    QListView *tableView() const { return m_view; }
+    QListView *tableView() const;
+    // The same list as a drag source and drop target.
+    TemplateTableView *templateTableView() const { return m_view; }
     QSlider *slider() const { return m_slider; }
     QLabel *rowLabel() const { return m_label; }
     TemplateListModel *model() const { return m_model; }
@@ -59,7 +62,7 @@ private:
 
     TemplateTable m_table;
     TemplateListModel *m_model;
-    QListView *m_view;
+    TemplateTableView *m_view;
     QSlider *m_slider;
     QLabel *m_label;
     QPushButton *m_deleteButton = nullptr;
