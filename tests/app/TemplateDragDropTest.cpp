@@ -1,0 +1,294 @@
+#include "foundation/PropertyList.h"
+#include "support/LoopbackHttpServer.h"
+#include "support/RecordingAlertPresenter.h"
+#include "templates/TemplateSelection.h"
+#include "templates/TemplateStore.h"
+#include "templates/TemplateTestData.h"
+#include "widgets/TemplateActions.h"
+#include "widgets/TemplateDownloadDialog.h"
+#include "widgets/TemplateListModel.h"
+#include "widgets/TemplateTabView.h"
+#include "widgets/TemplateTablePane.h"
+#include "widgets/TemplateTableView.h"
+#include "AppFixture.h"
+#include "ScreenshotFolder.h"
+
+#include <QApplication>
+#include <QDragEnterEvent>
+#include <QFileInfo>
+#include <QMimeData>
+#include <QRegularExpression>
+#include <QSet>
+#include <QTest>
+#include <QVBoxLayout>
+
+using namespace TemplateTestData;
+
+namespace {
+
+// A template whose thumbnail is large enough to aim at its top, middle and bottom.
+QVariantMap tallTemplate(qint64 modules, double id)
+{
+    QVariantMap t = makeTemplate(modules, id);
+    t.insert(QStringLiteral("thumbnail"), pngThumbnail(90, 60));
+    return t;
+}
+
+enum class Where { Top, Middle, Bottom, BelowAll };
+
+struct DragOutcome {
+    bool enterAccepted = false;
+    bool moveAccepted = false;
+    std::optional<TemplateTableView::DropTarget> shown;
+    bool dropAccepted = false;
+    Qt::DropAction action = Qt::IgnoreAction;
+};
+
+class TemplateDragDropTest : public AppFixture
+{
+protected:
+    void SetUp() override
+    {
+        AppFixture::SetUp();
+        store = std::make_unique<TemplateStore>(*defaults);
+        store->setBuiltInTemplates({TemplateStore::makeTemplate(tallTemplate(2, 50)), TemplateStore::makeTemplate(tallTemplate(3, 51)),
+                                    TemplateStore::makeTemplate(tallTemplate(4, 52))});
+        store->addTemplatesFromDictionary(file({tallTemplate(1, 0), tallTemplate(1, 1), tallTemplate(1, 2), tallTemplate(1, 3)}));
+        selection = std::make_unique<TemplateSelection>(*store, *defaults);
+        window = std::make_unique<QWidget>();
+        tabs = new TemplateTabView(*store, *selection, *defaults);
+        auto *layout = new QVBoxLayout(window.get());
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->addWidget(tabs);
+        actions = new TemplateActions(*store, *defaults, alerts, window.get());
+        tabs->setTemplateActions(*actions);
+        window->resize(240, 560);
+        window->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    }
+    void TearDown() override
+    {
+        window.reset();
+        selection.reset();
+        store.reset();
+        AppFixture::TearDown();
+    }
+
+    TemplateTableView &view(TemplateTable table) const { return *tabs->pane(table)->templateTableView(); }
+    QPoint pointAt(TemplateTable table, int row, Where where) const
+    {
+        const TemplateTableView &v = view(table);
+        const int last = v.model()->rowCount() - 1;
+        const QRect r = v.visualRect(v.model()->index(where == Where::BelowAll ? last : row, 0));
+        switch (where) {
+        case Where::Top:
+            return {r.center().x(), r.top() + 3};
+        case Where::Middle:
+            return r.center();
+        case Where::Bottom:
+            return {r.center().x(), r.bottom() - 3};
+        case Where::BelowAll:
+            return {r.center().x(), r.bottom() + 40};
+        }
+        return {};
+    }
+    // A person dragging the data over the table to the point and letting go there (or not).
+    DragOutcome drag(TemplateTable table, QMimeData *data, const QPoint &at, bool release = true)
+    {
+        tabs->setCurrentTable(table);
+        QWidget *target = view(table).viewport();
+        const Qt::DropActions offered = Qt::CopyAction | Qt::MoveAction;
+        DragOutcome outcome;
+        QDragEnterEvent enter(at, offered, data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(target, &enter);
+        outcome.enterAccepted = enter.isAccepted();
+        QDragMoveEvent move(at, offered, data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(target, &move);
+        outcome.moveAccepted = move.isAccepted();
+        outcome.shown = view(table).shownDropTarget();
+        if (release) {
+            QDropEvent drop(at, offered, data, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(target, &drop);
+            outcome.dropAccepted = drop.isAccepted();
+            outcome.action = drop.dropAction();
+            EXPECT_FALSE(view(table).shownDropTarget()) << "the indicator stays after the drop";
+        }
+        return outcome;
+    }
+    QMimeData *rowData(TemplateTable table, int row) { return view(table).dragData(row); }
+    static QMimeData *urlData(const QList<QUrl> &urls)
+    {
+        auto *data = new QMimeData;
+        data->setUrls(urls);
+        return data;
+    }
+    static QMimeData *textData(const QString &text)
+    {
+        auto *data = new QMimeData;
+        data->setText(text);
+        return data;
+    }
+    QString templatesFile(const QString &name, const QVariantList &templates)
+    {
+        const QString path = dir.filePath(name);
+        EXPECT_TRUE(writePlist(path, file(templates)));
+        return path;
+    }
+
+    RecordingAlertPresenter alerts;
+    std::unique_ptr<TemplateStore> store;
+    std::unique_ptr<TemplateSelection> selection;
+    std::unique_ptr<QWidget> window;
+    TemplateTabView *tabs = nullptr;
+    TemplateActions *actions = nullptr;
+};
+
+using Target = TemplateTableView::DropTarget;
+constexpr auto Above = TemplateDrop::Operation::Above;
+constexpr auto On = TemplateDrop::Operation::On;
+
+// Every drop rule, as a person makes it: what is dragged, where it is let go, whether the
+// table takes it (and shows where), and "My Templates" afterwards (user ids 0-3, built-in
+// ids 50-52). Refused drags are ignored from the first event on, which is what shows the
+// forbidden pointer.
+TEST_F(TemplateDragDropTest, DropRules)
+{
+    LoopbackHttpServer server;
+    server.body = PropertyList::toBinary(file({tallTemplate(2, 42)}));
+    const QString a = templatesFile(QStringLiteral("a.plist"), {tallTemplate(1, 10), tallTemplate(1, 11)});
+    const QString b = templatesFile(QStringLiteral("b.plist"), {tallTemplate(1, 20)});
+    const QString empty = templatesFile(QStringLiteral("empty.plist"), {});
+    const QString picture = templatesFile(QStringLiteral("picture.png"), {tallTemplate(1, 30)});
+    const QString link = server.url(QStringLiteral("/gallery/Tessary-Template-x.plist")).toString();
+
+    struct Case {
+        const char *name;
+        std::function<QMimeData *()> data;
+        TemplateTable table;
+        int row;
+        Where where;
+        bool taken;
+        std::optional<Target> shown;
+        std::vector<double> after; // empty: unchanged
+        bool download = false;
+    };
+    const std::vector<double> unchanged{0, 1, 2, 3};
+    const TemplateTable user = TemplateTable::User;
+    const TemplateTable builtIn = TemplateTable::BuiltIn;
+    const std::vector<Case> cases{
+        {"user row between rows moves it", [&] { return rowData(user, 0); }, user, 3, Where::Top, true, Target{3, Above}, {1, 2, 0, 3}},
+        {"user row on a row swaps them", [&] { return rowData(user, 0); }, user, 3, Where::Middle, true, Target{3, On}, {3, 1, 2, 0}},
+        {"user row under a row goes after it", [&] { return rowData(user, 3); }, user, 0, Where::Bottom, true, Target{1, Above}, {0, 3, 1, 2}},
+        {"user row below every row goes last", [&] { return rowData(user, 1); }, user, 3, Where::BelowAll, true, Target{4, Above}, {0, 2, 3, 1}},
+        {"user row on itself changes nothing", [&] { return rowData(user, 2); }, user, 2, Where::Middle, true, Target{2, On}, unchanged},
+        {"built-in row is copied in before the row", [&] { return rowData(builtIn, 1); }, user, 2, Where::Top, true, Target{2, Above}, {0, 1, 51, 2, 3}},
+        {"built-in row under a row goes after it, never swapping", [&] { return rowData(builtIn, 2); }, user, 1, Where::Bottom, true, Target{2, Above}, {0, 1, 52, 2, 3}},
+        {"template files go in at the row, the later first", [&] { return urlData({QUrl::fromLocalFile(a), QUrl::fromLocalFile(b)}); },
+         user, 0, Where::Top, true, Target{0, Above}, {20, 10, 11, 0, 1, 2, 3}},
+        {"a file that is not a plist refuses them all", [&] { return urlData({QUrl::fromLocalFile(a), QUrl::fromLocalFile(picture)}); },
+         user, 0, Where::Top, false, std::nullopt, unchanged},
+        {"a plist without templates is taken in but adds nothing", [&] { return urlData({QUrl::fromLocalFile(empty)}); },
+         user, 1, Where::Top, true, Target{1, Above}, unchanged},
+        {"another program's row is its file", [&] {
+             QMimeData *data = urlData({QUrl::fromLocalFile(b)});
+             data->setData(TemplateTableView::kRowMimeType, "1 user 0");
+             return data;
+         }, user, 1, Where::Top, true, Target{1, Above}, {0, 20, 1, 2, 3}},
+        {"template link as a link list", [&] { return urlData({QUrl(link)}); }, user, 2, Where::Top, true, Target{2, Above}, {0, 1, 42, 2, 3}, true},
+        {"template link as plain text", [&] { return textData(QStringLiteral("  %1\n").arg(link)); }, user, 4, Where::BelowAll, true, Target{4, Above}, {0, 1, 2, 3, 42}, true},
+        {"a link to a page is refused", [&] { return urlData({QUrl(link), server.url(QStringLiteral("/index.html"))}); },
+         user, 0, Where::Top, false, std::nullopt, unchanged},
+        {"text that is not a link is refused", [&] { return textData(QStringLiteral("my favourite.plist")); }, user, 0, Where::Top, false, std::nullopt, unchanged},
+        {"other data is refused", [&] { auto *d = new QMimeData; d->setImageData(QImage(4, 4, QImage::Format_RGB32)); return d; },
+         user, 0, Where::Top, false, std::nullopt, unchanged},
+        {"built-in table refuses a user row", [&] { return rowData(user, 0); }, builtIn, 1, Where::Top, false, std::nullopt, unchanged},
+        {"built-in table refuses its own row", [&] { return rowData(builtIn, 0); }, builtIn, 2, Where::Middle, false, std::nullopt, unchanged},
+        {"built-in table refuses template files", [&] { return urlData({QUrl::fromLocalFile(a)}); }, builtIn, 0, Where::Top, false, std::nullopt, unchanged},
+        {"built-in table refuses template links", [&] { return textData(link); }, builtIn, 0, Where::Top, false, std::nullopt, unchanged},
+    };
+    const TemplateStore::Templates original = store->userTemplates();
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        store->clearUserTemplates();
+        store->insertTemplates(original, 0);
+        const TemplateStore::Templates builtInBefore = store->builtInTemplates();
+        tabs->setCurrentTable(c.table);
+        std::unique_ptr<QMimeData> data(c.data());
+        const DragOutcome outcome = drag(c.table, data.get(), pointAt(c.table, c.row, c.where));
+        EXPECT_EQ(outcome.enterAccepted, c.taken);
+        EXPECT_EQ(outcome.moveAccepted, c.taken);
+        EXPECT_EQ(outcome.shown, c.shown);
+        if (c.download) {
+            EXPECT_TRUE(outcome.dropAccepted);
+            EXPECT_TRUE(QTest::qWaitFor([&] { return store->userTemplates().size() == qsizetype(c.after.size()); }, 5000));
+            EXPECT_TRUE(QTest::qWaitFor([] { return !qApp->activeModalWidget(); }, 5000)) << "the progress sheet stays";
+        } else if (c.taken && c.after != unchanged) {
+            EXPECT_TRUE(outcome.dropAccepted);
+        } else if (!c.taken) {
+            EXPECT_FALSE(outcome.dropAccepted);
+        }
+        EXPECT_EQ(ids(store->userTemplates()), c.after);
+        EXPECT_EQ(store->builtInTemplates(), builtInBefore);
+        // A row moves within "My Templates"; everything else is copied in.
+        const bool rowWithin = c.table == user && std::string_view(c.name).starts_with("user row");
+        if (outcome.dropAccepted) {
+            EXPECT_EQ(outcome.action, rowWithin ? Qt::MoveAction : Qt::CopyAction);
+        }
+    }
+}
+
+// Moving the selected template keeps it selected; the label follows it to its new row.
+TEST_F(TemplateDragDropTest, SelectionFollowsTheMovedTemplate)
+{
+    tabs->setCurrentTable(TemplateTable::User);
+    tabs->pane(TemplateTable::User)->selectRow(1);
+    const TemplateStore::Template selected = store->userTemplateAt(1);
+    std::unique_ptr<QMimeData> data(rowData(TemplateTable::User, 1));
+    EXPECT_TRUE(drag(TemplateTable::User, data.get(), pointAt(TemplateTable::User, 3, Where::BelowAll)).dropAccepted);
+    EXPECT_EQ(ids(store->userTemplates()), (std::vector<double>{0, 2, 3, 1}));
+    EXPECT_EQ(tabs->selectedRow(TemplateTable::User), 3);
+    EXPECT_EQ(store->selectedUserTemplate(), selected);
+}
+
+// A row dragged out carries the row for the tables and, for a file manager, a file of its own:
+// "Tessary-Template-<date>.plist" holding that one template, in a private folder that goes
+// when the window goes.
+TEST_F(TemplateDragDropTest, RowDraggedOutIsAOneTemplateFile)
+{
+    const QRegularExpression name(QStringLiteral("^Tessary-Template-\\d\\d-\\d\\d-\\d{4}-\\d\\d-\\d\\d-\\d\\d\\.plist$"));
+    QStringList folders;
+    for (const auto &[table, row] : {std::pair{TemplateTable::User, 2}, std::pair{TemplateTable::BuiltIn, 1}, std::pair{TemplateTable::User, 2}}) {
+        std::unique_ptr<QMimeData> data(rowData(table, row));
+        EXPECT_TRUE(data->hasFormat(TemplateTableView::kRowMimeType));
+        ASSERT_EQ(data->urls().size(), 1);
+        const QUrl url = data->urls().first();
+        ASSERT_TRUE(url.isLocalFile());
+        const QFileInfo written(url.toLocalFile());
+        EXPECT_TRUE(name.match(written.fileName()).hasMatch()) << written.fileName().toStdString();
+        const TemplateStore::Template t = table == TemplateTable::User ? store->userTemplateAt(row) : store->builtInTemplateAt(row);
+        EXPECT_EQ(PropertyList::fromFile(written.filePath()).value, QVariant(file({*t})));
+        EXPECT_FALSE(written.filePath().startsWith(dir.path())) << "written among the user's files";
+        folders << written.absolutePath();
+    }
+    EXPECT_EQ(QSet<QString>(folders.begin(), folders.end()).size(), folders.size()) << "two drags share a folder";
+    window.reset();
+    for (const QString &folder : std::as_const(folders))
+        EXPECT_FALSE(QFileInfo::exists(folder)) << folder.toStdString();
+}
+
+// The indicator as a person sees it: a line between rows for a move, the framed row for a swap.
+TEST_F(TemplateDragDropTest, DropIndicatorPictures)
+{
+    for (const auto &[where, picture] : {std::pair{Where::Top, "template-drop-between-rows"}, std::pair{Where::Middle, "template-drop-on-row"}}) {
+        std::unique_ptr<QMimeData> data(rowData(TemplateTable::User, 0));
+        const DragOutcome outcome = drag(TemplateTable::User, data.get(), pointAt(TemplateTable::User, 2, where), false);
+        ASSERT_TRUE(outcome.shown);
+        QTest::qWait(50);
+        saveScreenshot(*window, picture);
+        QDragLeaveEvent leave;
+        QApplication::sendEvent(view(TemplateTable::User).viewport(), &leave);
+        EXPECT_FALSE(view(TemplateTable::User).shownDropTarget());
+    }
+}
+
+} // namespace
