@@ -2,16 +2,35 @@
 
 #include "templates/TemplateLinkInsertion.h"
 
+#include <QApplication>
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QVBoxLayout>
 
+namespace {
+
+// The sheet goes on top of whatever sheet is open on the window (the gallery, say), so that
+// one is held still too; otherwise on the window itself.
+QWidget *sheetHost(QWidget *window)
+{
+    QWidget *modal = QApplication::activeModalWidget();
+    if (!window || !modal)
+        return window;
+    for (QWidget *w = modal; w; w = w->parentWidget()) {
+        if (w == window)
+            return modal;
+    }
+    return window;
+}
+
+} // namespace
+
 TemplateDownloadDialog *TemplateDownloadDialog::download(TemplateEditor &editor, const QList<QUrl> &links, qsizetype row,
                                                          QWidget *window)
 {
-    auto *dialog = new TemplateDownloadDialog(editor, links, row, window);
+    auto *dialog = new TemplateDownloadDialog(editor, links, row, sheetHost(window));
     dialog->open();
     dialog->m_insertion->start();
     return dialog;

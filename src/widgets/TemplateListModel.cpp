@@ -72,6 +72,14 @@ QVariant TemplateListModel::data(const QModelIndex &index, int role) const
     }
 }
 
+Qt::ItemFlags TemplateListModel::flags(const QModelIndex &index) const
+{
+    Qt::ItemFlags flags = QAbstractListModel::flags(index);
+    if (index.isValid())
+        flags |= Qt::ItemIsDragEnabled;
+    return flags;
+}
+
 void TemplateListModel::requestThumbnail(int row) const
 {
     if (m_pending.contains(row))

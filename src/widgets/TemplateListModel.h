@@ -28,6 +28,8 @@ public:
 
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    // Every row can be dragged (to the other table, within "My Templates", or out as a file).
+    Qt::ItemFlags flags(const QModelIndex &index) const override;
 
     // The thumbnail scale of the table's slider, in percent of each thumbnail's own height.
     double sliderPercent() const { return m_sliderPercent; }

@@ -40,6 +40,7 @@ public:
     void setEditor(TemplateEditor *editor) { m_editor = editor; }
     // Where rows dragged out are written, one new folder inside it per drag.
     void setDragFolder(const QString &folder) { m_dragFolder = folder; }
+    QString dragFolder() const { return m_dragFolder; }
 
     // What a drag carries, read as a drop on a template table; nothing when it carries nothing
     // a template table takes (rows of a template table of this program, file and link lists,

@@ -14,6 +14,7 @@
 #include "ScreenshotFolder.h"
 
 #include <QApplication>
+#include <QDir>
 #include <QDragEnterEvent>
 #include <QFileInfo>
 #include <QMimeData>
@@ -274,6 +275,32 @@ TEST_F(TemplateDragDropTest, RowDraggedOutIsAOneTemplateFile)
     window.reset();
     for (const QString &folder : std::as_const(folders))
         EXPECT_FALSE(QFileInfo::exists(folder)) << folder.toStdString();
+}
+
+// Pressing on a row and moving the mouse starts a drag of that row, which writes its file.
+TEST_F(TemplateDragDropTest, MouseDragStartsAtTheRow)
+{
+    for (const TemplateTable table : {TemplateTable::User, TemplateTable::BuiltIn}) {
+        tabs->setCurrentTable(table);
+        TemplateTableView &v = view(table);
+        const QDir folder(v.dragFolder());
+        ASSERT_TRUE(folder.exists());
+        const qsizetype before = folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot).size();
+        const QPoint from = pointAt(table, 1, Where::Middle);
+        const QPoint to = from + QPoint(0, QApplication::startDragDistance() + 2); // still on the row
+        QTest::mousePress(v.viewport(), Qt::LeftButton, {}, from);
+        QTest::mouseMove(v.viewport(), from + QPoint(0, 2));
+        QTest::mouseMove(v.viewport(), to);
+        QTest::mouseRelease(v.viewport(), Qt::LeftButton, {}, to);
+        const QStringList drags = folder.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+        ASSERT_EQ(drags.size(), before + 1) << (table == TemplateTable::User ? "user" : "built-in");
+        const QDir drag(folder.filePath(drags.last()));
+        const QStringList files = drag.entryList(QDir::Files);
+        ASSERT_EQ(files.size(), 1);
+        const TemplateStore::Template t = table == TemplateTable::User ? store->userTemplateAt(1) : store->builtInTemplateAt(1);
+        EXPECT_EQ(PropertyList::fromFile(drag.filePath(files.first())).value, QVariant(file({*t})));
+        EXPECT_EQ(tabs->selectedRow(table), 1);
+    }
 }
 
 // The indicator as a person sees it: a line between rows for a move, the framed row for a swap.

@@ -11,6 +11,8 @@
 #include "widgets/TemplateTablePane.h"
 #include "AppFixture.h"
 
+#include <QApplication>
+#include <QDialog>
 #include <QDialogButtonBox>
 #include <QHostAddress>
 #include <QPointer>
@@ -193,6 +195,26 @@ TEST_F(TemplateLinkDownloadTest, DownloadsWithoutFreezingTheWindow)
     QTest::qWait(400);
     EXPECT_EQ(ids(store->userTemplates()), unchanged);
     EXPECT_FALSE(openDialog());
+}
+
+// With a sheet already open on the window (the gallery), the progress sheet goes on top of it,
+// so that sheet is held still too.
+TEST_F(TemplateLinkDownloadTest, ProgressGoesOnTopOfAnOpenSheet)
+{
+    auto *sheet = new QDialog(window.get());
+    sheet->setWindowModality(Qt::WindowModal);
+    sheet->open();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return QApplication::activeModalWidget() == sheet; }, 2000));
+    server.body = PropertyList::toBinary(file({makeTemplate(2, 42)}));
+    QSignalSpy finished(actions, &TemplateActions::templateDownloadFinished);
+    actions->downloadTemplate(server.url(QStringLiteral("/t.plist")), 0);
+    TemplateDownloadDialog *dialog = openDialog();
+    ASSERT_TRUE(dialog);
+    EXPECT_EQ(dialog->parentWidget(), sheet);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return finished.count() > 0; }, 5000));
+    EXPECT_TRUE(finished.first().first().toBool());
+    EXPECT_EQ(ids(store->userTemplates()), (std::vector<double>{42, 0, 1, 2}));
+    delete sheet;
 }
 
 } // namespace
