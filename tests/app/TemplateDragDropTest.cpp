@@ -11,7 +11,6 @@
 #include "widgets/TemplateTablePane.h"
 #include "widgets/TemplateTableView.h"
 #include "AppFixture.h"
-#include "ScreenshotFolder.h"
 
 #include <QApplication>
 #include <QDir>
@@ -238,19 +237,6 @@ TEST_F(TemplateDragDropTest, DropRules)
     }
 }
 
-// Moving the selected template keeps it selected; the label follows it to its new row.
-TEST_F(TemplateDragDropTest, SelectionFollowsTheMovedTemplate)
-{
-    tabs->setCurrentTable(TemplateTable::User);
-    tabs->pane(TemplateTable::User)->selectRow(1);
-    const TemplateStore::Template selected = store->userTemplateAt(1);
-    std::unique_ptr<QMimeData> data(rowData(TemplateTable::User, 1));
-    EXPECT_TRUE(drag(TemplateTable::User, data.get(), pointAt(TemplateTable::User, 3, Where::BelowAll)).dropAccepted);
-    EXPECT_EQ(ids(store->userTemplates()), (std::vector<double>{0, 2, 3, 1}));
-    EXPECT_EQ(tabs->selectedRow(TemplateTable::User), 3);
-    EXPECT_EQ(store->selectedUserTemplate(), selected);
-}
-
 // A row dragged out carries the row for the tables and, for a file manager, a file of its own:
 // "Tessary-Template-<date>.plist" holding that one template, in a private folder that goes
 // when the window goes.
@@ -300,21 +286,6 @@ TEST_F(TemplateDragDropTest, MouseDragStartsAtTheRow)
         const TemplateStore::Template t = table == TemplateTable::User ? store->userTemplateAt(1) : store->builtInTemplateAt(1);
         EXPECT_EQ(PropertyList::fromFile(drag.filePath(files.first())).value, QVariant(file({*t})));
         EXPECT_EQ(tabs->selectedRow(table), 1);
-    }
-}
-
-// The indicator as a person sees it: a line between rows for a move, the framed row for a swap.
-TEST_F(TemplateDragDropTest, DropIndicatorPictures)
-{
-    for (const auto &[where, picture] : {std::pair{Where::Top, "template-drop-between-rows"}, std::pair{Where::Middle, "template-drop-on-row"}}) {
-        std::unique_ptr<QMimeData> data(rowData(TemplateTable::User, 0));
-        const DragOutcome outcome = drag(TemplateTable::User, data.get(), pointAt(TemplateTable::User, 2, where), false);
-        ASSERT_TRUE(outcome.shown);
-        QTest::qWait(50);
-        saveScreenshot(*window, picture);
-        QDragLeaveEvent leave;
-        QApplication::sendEvent(view(TemplateTable::User).viewport(), &leave);
-        EXPECT_FALSE(view(TemplateTable::User).shownDropTarget());
     }
 }
 
