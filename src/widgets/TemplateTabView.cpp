@@ -10,6 +10,7 @@
 #include "widgets/TemplateTablePane.h"
 #include "widgets/TemplateTableView.h"
 
+#include <QDir>
 #include <QListView>
 #include <QTabBar>
 #include <QTabWidget>
@@ -20,6 +21,7 @@ struct TemplateTabView::Private {
     Private(TemplateStore &s, TemplateSelection &sel)
         : store(s)
         , selection(sel)
+        , dragFolder(QDir(QDir::tempPath()).filePath(QStringLiteral("tessary-dragged-templates-XXXXXX")))
     {
     }
     TemplateStore &store;
