@@ -19,6 +19,8 @@
 #include <QMimeData>
 #include <QRegularExpression>
 #include <QSet>
+#include <QTabBar>
+#include <QTabWidget>
 #include <QTest>
 #include <QVBoxLayout>
 
@@ -261,6 +263,20 @@ TEST_F(TemplateDragDropTest, RowDraggedOutIsAOneTemplateFile)
     window.reset();
     for (const QString &folder : std::as_const(folders))
         EXPECT_FALSE(QFileInfo::exists(folder)) << folder.toStdString();
+}
+
+// A built-in row held over the "My Templates" tab title brings that tab up to be dropped on.
+TEST_F(TemplateDragDropTest, HoldingARowOverTheOtherTabShowsIt)
+{
+    tabs->setCurrentTable(TemplateTable::BuiltIn);
+    std::unique_ptr<QMimeData> data(rowData(TemplateTable::BuiltIn, 0));
+    QTabBar *bar = tabs->tabWidget()->tabBar();
+    const QPoint over = bar->tabRect(1).center();
+    QDragEnterEvent enter(over, Qt::CopyAction | Qt::MoveAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(bar, &enter);
+    QDragMoveEvent move(over, Qt::CopyAction | Qt::MoveAction, data.get(), Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(bar, &move);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return tabs->currentTable() == TemplateTable::User; }, 3000));
 }
 
 // Pressing on a row and moving the mouse starts a drag of that row, which writes its file.
