@@ -12,7 +12,7 @@
 // How the adjustments are applied. Every pixel goes through three steps:
 //  1. per channel, through one 256-entry table each: sRGB decoded to linear light, white
 //     balance gains (temperature, tint) and the exposure gain with a soft shoulder, encoded back
-//     to sRGB, then the brightness and contrast curves. The result has 12 bits (0..4095) so the
+//     to sRGB, then the brightness and contrast curves. The result has 4 bits more than the input (0..4080) so the
 //     later steps do not band.
 //  2. luma (Rec. 709 weights on the encoded values) through a 4096-entry table of the
 //     highlights and shadows curves; the change is added to all three channels, so colour
@@ -24,9 +24,15 @@
 
 namespace {
 
-constexpr int kMax = 4095; // full scale of the 12-bit working values
+constexpr int kMax = 255 * 16; // full scale of the 12-bit working values: 8 bits and 4 more
 constexpr int kLumaR = 3483, kLumaG = 11718, kLumaB = 1183; // Rec. 709 weights, sum 1 << 14
 constexpr int kBandRows = 64;
+
+// A working value (0..kMax) rounded back to 8 bits.
+constexpr uint to8(int v)
+{
+    return uint(v + 8) >> 4;
+}
 
 double srgbToLinear(double v)
 {
@@ -79,7 +85,6 @@ private:
 struct Tables {
     std::array<std::array<quint16, 256>, 3> channel{}; // step 1 for red, green, blue
     std::array<qint16, kMax + 1> lumaDelta{};          // step 2: highlights and shadows
-    std::array<quint8, kMax + 1> to8{};                // 12 bits back to 8
     int saturation = 256;                               // (1 + saturation) in 1/256
     bool perChannelOnly = true; // no luma-dependent step: one byte-to-byte table per channel
     std::array<std::array<quint8, 256>, 3> direct{};    // the fast path's tables
@@ -120,8 +125,6 @@ Tables makeTables(const PhotoAdjustments &a, const QSize &size)
             t.channel[c][v] = quint16(std::lround(std::clamp(x, 0.0, 1.0) * kMax));
         }
     }
-    for (int v = 0; v <= kMax; ++v)
-        t.to8[v] = quint8((v * 255 + kMax / 2) / kMax);
 
     // Highlights and shadows: bumps on the luma axis, each confined to its end of the tones
     // (shadows below 0.7, highlights above 0.3) and leaving black and white in place. The bump
@@ -154,12 +157,13 @@ Tables makeTables(const PhotoAdjustments &a, const QSize &size)
     if (t.perChannelOnly) {
         for (int c = 0; c < 3; ++c)
             for (int v = 0; v < 256; ++v)
-                t.direct[c][v] = t.to8[t.channel[c][v]];
+                t.direct[c][v] = to8(t.channel[c][v]);
     }
     return t;
 }
 
 // Steps 1 and 2 on one row; with `luma`, also the row's final luma (12 bits) for sharpening.
+template<bool withLuma>
 void toneRow(const QRgb *in, QRgb *out, quint16 *luma, int width, const Tables &t)
 {
     if (t.perChannelOnly) {
@@ -183,8 +187,8 @@ void toneRow(const QRgb *in, QRgb *out, quint16 *luma, int width, const Tables &
         r = std::clamp(r, 0, kMax);
         g = std::clamp(g, 0, kMax);
         b = std::clamp(b, 0, kMax);
-        out[x] = (p & 0xff000000u) | (uint(t.to8[r]) << 16) | (uint(t.to8[g]) << 8) | t.to8[b];
-        if (luma)
+        out[x] = (p & 0xff000000u) | (to8(r) << 16) | (to8(g) << 8) | to8(b);
+        if constexpr (withLuma)
             luma[x] = quint16(std::clamp(y, 0, kMax));
     }
 }
@@ -194,8 +198,24 @@ struct Band {
     int bottom; // one past the last row
 };
 
-// Step 3 on one band: box blur of the luma plane (rows beyond the band are read, edges
-// repeated) and the detail added to the band's pixels.
+// The sums of the 2r + 1 values around each value of a row, edges repeated.
+void horizontalSums(const quint16 *src, quint32 *dst, int width, int r)
+{
+    quint32 sum = 0;
+    for (int k = -r; k <= r; ++k)
+        sum += src[std::clamp(k, 0, width - 1)];
+    for (int x = 0; x < width; ++x) {
+        dst[x] = sum;
+        if (x >= r && x + r + 1 < width)
+            sum += src[x + r + 1] - src[x - r];
+        else
+            sum += src[std::min(x + r + 1, width - 1)] - src[std::max(x - r, 0)];
+    }
+}
+
+// Step 3 on one band: a box blur of the luma plane (reading r rows beyond the band, edges
+// repeated) and the detail, luma minus blur, added to the band's pixels. The horizontal sums
+// of the 2r + 1 rows under the window are kept in a small ring, so the work stays in cache.
 void sharpenBand(const Band &band, uchar *outBits, qsizetype outStride, int width, int height,
                  const std::vector<quint16> &luma, const Tables &t)
 {
@@ -203,46 +223,39 @@ void sharpenBand(const Band &band, uchar *outBits, qsizetype outStride, int widt
     const int span = 2 * r + 1;
     const auto lumaRow = [&](int y) { return luma.data() + qsizetype(std::clamp(y, 0, height - 1)) * width; };
 
-    // Horizontal sums of the rows the band's vertical windows cover.
-    const int first = band.top - r;
-    const int rows = band.bottom - band.top + 2 * r;
-    std::vector<quint32> horizontal(size_t(rows) * width);
-    for (int i = 0; i < rows; ++i) {
-        const quint16 *src = lumaRow(first + i);
-        quint32 *dst = horizontal.data() + size_t(i) * width;
-        quint32 sum = 0;
-        for (int k = -r; k <= r; ++k)
-            sum += src[std::clamp(k, 0, width - 1)];
-        for (int x = 0; x < width; ++x) {
-            dst[x] = sum;
-            sum += src[std::min(x + r + 1, width - 1)];
-            sum -= src[std::max(x - r, 0)];
-        }
-    }
-
+    // Ring slot k holds the horizontal sums of row band.top - r + k, then of every span-th
+    // row after it; `column` is the sum of the ring, the window's total.
+    std::vector<quint32> ring(size_t(span) * width);
     std::vector<quint32> column(size_t(width), 0);
-    for (int i = 0; i < span; ++i)
+    std::vector<quint32> entering(static_cast<size_t>(width));
+    for (int k = 0; k < span; ++k) {
+        quint32 *slot = ring.data() + size_t(k) * width;
+        horizontalSums(lumaRow(band.top - r + k), slot, width, r);
         for (int x = 0; x < width; ++x)
-            column[x] += horizontal[size_t(i) * width + x];
+            column[x] += slot[x];
+    }
     const qint64 reciprocal = ((qint64(1) << 32) + span * span - 1) / (span * span); // rounded up: flat stays flat
+    const int amount = t.sharpenAmount;
     for (int y = band.top; y < band.bottom; ++y) {
-        const int i = y - band.top; // the window covers horizontal rows i .. i + span - 1
         const quint16 *centre = lumaRow(y);
         auto *px = reinterpret_cast<QRgb *>(outBits + y * outStride);
         for (int x = 0; x < width; ++x) {
             const int blurred = int((column[x] * reciprocal) >> 32);
-            const int delta = ((centre[x] - blurred) * t.sharpenAmount + (1 << 11)) >> 12; // 12 bits to 8
+            const int delta = ((centre[x] - blurred) * amount + (1 << 11)) >> 12; // 12 bits to 8
             if (delta != 0) {
                 const QRgb p = px[x];
                 px[x] = (p & 0xff000000u) | (uint(std::clamp(qRed(p) + delta, 0, 255)) << 16)
                     | (uint(std::clamp(qGreen(p) + delta, 0, 255)) << 8) | uint(std::clamp(qBlue(p) + delta, 0, 255));
             }
         }
-        if (i + span < rows) {
-            const quint32 *add = horizontal.data() + size_t(i + span) * width;
-            const quint32 *sub = horizontal.data() + size_t(i) * width;
-            for (int x = 0; x < width; ++x)
-                column[x] += add[x] - sub[x];
+        if (y + 1 < band.bottom) {
+            // Row y - r leaves the window and row y + r + 1 enters it, in the same slot.
+            quint32 *slot = ring.data() + size_t((y - band.top) % span) * width;
+            horizontalSums(lumaRow(y + r + 1), entering.data(), width, r);
+            for (int x = 0; x < width; ++x) {
+                column[x] += entering[x] - slot[x];
+                slot[x] = entering[x];
+            }
         }
     }
 }
@@ -301,8 +314,12 @@ QImage PhotoAdjustments::applyTo(const QImage &image, QThreadPool &pool) const
     QtConcurrent::blockingMap(&pool, bands, [&](const Band &band) {
         for (int y = band.top; y < band.bottom; ++y) {
             quint16 *lumaRow = luma.empty() ? nullptr : luma.data() + size_t(y) * width;
-            toneRow(reinterpret_cast<const QRgb *>(inBits + y * inStride), reinterpret_cast<QRgb *>(outBits + y * outStride),
-                    lumaRow, width, tables);
+            const auto *in = reinterpret_cast<const QRgb *>(inBits + y * inStride);
+            auto *out = reinterpret_cast<QRgb *>(outBits + y * outStride);
+            if (lumaRow)
+                toneRow<true>(in, out, lumaRow, width, tables);
+            else
+                toneRow<false>(in, out, nullptr, width, tables);
         }
     });
     if (tables.sharpenAmount > 0) {
