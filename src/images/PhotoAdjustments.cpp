@@ -107,7 +107,7 @@ Tables makeTables(const PhotoAdjustments &a, const QSize &size)
     const double tint = clamped(a.tint, -1, 1);
 
     // White balance as gains on linear light, scaled so that grey keeps its luminance.
-    std::array<double, 3> gains = {std::exp2(0.5 * temperature), std::exp2(-0.4 * tint), std::exp2(-0.5 * temperature)};
+    std::array<double, 3> gains = {std::exp2(0.4 * temperature), std::exp2(-0.3 * tint), std::exp2(-0.4 * temperature)};
     const double greyLuminance = 0.2126 * gains[0] + 0.7152 * gains[1] + 0.0722 * gains[2];
     const double exposureGain = std::exp2(exposure);
     for (double &g : gains)
@@ -117,8 +117,8 @@ Tables makeTables(const PhotoAdjustments &a, const QSize &size)
     for (int c = 0; c < 3; ++c) {
         for (int v = 0; v < 256; ++v) {
             double x = linearToSrgb(shoulder(srgbToLinear(v / 255.0) * gains[c]));
-            // Brightness: a parabola through black and white, monotonic for |b| <= 1.
-            x += brightness * x * (1 - x);
+            // Brightness: a parabola through black and white (at most a gamma of about 1.6).
+            x += 0.6 * brightness * x * (1 - x);
             // Contrast: a cubic S around mid grey, flat at the ends at +1 and half as steep in
             // the middle at -1; monotonic over the whole range.
             x += contrast * x * (1 - x) * (2 * x - 1);
