@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <new>
 #include <vector>
 
 // How the adjustments are applied. Every pixel goes through three steps:
@@ -299,8 +300,12 @@ QImage PhotoAdjustments::applyTo(const QImage &image, QThreadPool &pool) const
     const Tables tables = makeTables(*this, source.size());
     const int width = source.width(), height = source.height();
     std::vector<quint16> luma;
-    if (tables.sharpenAmount > 0)
-        luma.resize(size_t(width) * height);
+    try {
+        if (tables.sharpenAmount > 0)
+            luma.resize(size_t(width) * height);
+    } catch (const std::bad_alloc &) {
+        return {};
+    }
 
     // The workers write through plain pointers taken here: QImage's accessors are not for use
     // from several threads at once.

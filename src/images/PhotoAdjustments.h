@@ -36,7 +36,7 @@ struct PhotoAdjustments {
 
     // The adjusted picture, same size, as Format_RGB32, or Format_ARGB32 when the source has
     // an alpha channel (alpha kept as it is). A neutral value returns the image itself; a null
-    // image gives a null image. Rows are processed in bands on a private thread pool, so it may
+    // image gives a null image, and so does running out of memory. Rows are processed in bands on a private thread pool, so it may
     // be called from any thread, including a thread of the global pool.
     QImage applyTo(const QImage &image) const;
     // The same on the given pool (its threads must not be busy waiting on this call).

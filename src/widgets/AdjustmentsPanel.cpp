@@ -148,6 +148,7 @@ AdjustmentsPanel::AdjustmentsPanel(QWidget *parent)
     connect(m_reset, &QPushButton::clicked, this, &AdjustmentsPanel::reset);
     connect(m_apply, &QPushButton::clicked, this, [this] { emit applyRequested(m_adjustments); });
     layout->addStretch(1);
+    layout->addSpacing(4);
     layout->addWidget(buttons);
 
     connect(&m_watcher, &QFutureWatcher<QImage>::finished, this, &AdjustmentsPanel::previewFinished);
@@ -250,7 +251,8 @@ void AdjustmentsPanel::previewFinished()
 {
     if (m_runningEpoch == m_epoch) {
         const QImage preview = m_watcher.result();
-        emit previewReady(preview, m_running);
+        if (!preview.isNull()) // null only when memory ran out: the last preview stays
+            emit previewReady(preview, m_running);
     }
     if (m_pending && m_running != m_adjustments && !m_adjustments.isNeutral())
         startPreview();
