@@ -84,8 +84,9 @@ private:
 
 // Everything one call needs, computed once from the adjustments; read-only while bands run.
 struct Tables {
-    std::array<std::array<quint16, 256>, 3> channel{}; // step 1 for red, green, blue
-    std::array<qint16, kMax + 1> lumaDelta{};          // step 2: highlights and shadows
+    // 32-bit entries: vector code can gather them.
+    std::array<std::array<qint32, 256>, 3> channel{}; // step 1 for red, green, blue
+    std::array<qint32, kMax + 1> lumaDelta{};          // step 2: highlights and shadows
     int saturation = 256;                               // (1 + saturation) in 1/256
     bool perChannelOnly = true; // no luma-dependent step: one byte-to-byte table per channel
     std::array<std::array<quint8, 256>, 3> direct{};    // the fast path's tables
@@ -123,7 +124,7 @@ Tables makeTables(const PhotoAdjustments &a, const QSize &size)
             // Contrast: a cubic S around mid grey, flat at the ends at +1 and half as steep in
             // the middle at -1; monotonic over the whole range.
             x += contrast * x * (1 - x) * (2 * x - 1);
-            t.channel[c][v] = quint16(std::lround(std::clamp(x, 0.0, 1.0) * kMax));
+            t.channel[c][v] = qint32(std::lround(std::clamp(x, 0.0, 1.0) * kMax));
         }
     }
 
@@ -144,7 +145,7 @@ Tables makeTables(const PhotoAdjustments &a, const QSize &size)
     for (int v = 0; v <= kMax; ++v) {
         const double L = double(v) / kMax;
         const double delta = shadows * shadowGain * bump(L) + highlights * highlightGain * bump(1 - L);
-        t.lumaDelta[v] = qint16(std::lround(delta * kMax));
+        t.lumaDelta[v] = qint32(std::lround(delta * kMax));
         lumaCurve = lumaCurve || t.lumaDelta[v] != 0;
     }
     t.saturation = int(std::lround((1 + clamped(a.saturation, -1, 1)) * 256));
@@ -165,7 +166,7 @@ Tables makeTables(const PhotoAdjustments &a, const QSize &size)
 
 // Steps 1 and 2 on one row; with `luma`, also the row's final luma (12 bits) for sharpening.
 template<bool withLuma>
-void toneRow(const QRgb *in, QRgb *out, quint16 *luma, int width, const Tables &t)
+inline __attribute__((always_inline)) void toneRow(const QRgb *in, QRgb *out, quint16 *luma, int width, const Tables &t)
 {
     if (t.perChannelOnly) {
         for (int x = 0; x < width; ++x) {
@@ -175,24 +176,71 @@ void toneRow(const QRgb *in, QRgb *out, quint16 *luma, int width, const Tables &
         }
         return;
     }
+    // Chunks of a fixed length, the table look-ups apart from the arithmetic, so that the
+    // compiler turns the arithmetic into vector code (the last chunk is padded).
+    constexpr int kChunk = 256;
+    alignas(64) QRgb pixels[kChunk];
+    alignas(64) int R[kChunk], G[kChunk], B[kChunk], Y[kChunk], D[kChunk];
+    alignas(64) QRgb result[kChunk];
+    alignas(64) quint16 lumaOut[kChunk];
     const int sat = t.saturation;
-    for (int x = 0; x < width; ++x) {
-        const QRgb p = in[x];
-        int r = t.channel[0][qRed(p)], g = t.channel[1][qGreen(p)], b = t.channel[2][qBlue(p)];
-        const int y0 = (r * kLumaR + g * kLumaG + b * kLumaB + (1 << 13)) >> 14;
-        const int d = t.lumaDelta[y0];
-        const int y = y0 + d;
-        r = y + (((r + d - y) * sat) >> 8);
-        g = y + (((g + d - y) * sat) >> 8);
-        b = y + (((b + d - y) * sat) >> 8);
-        r = std::clamp(r, 0, kMax);
-        g = std::clamp(g, 0, kMax);
-        b = std::clamp(b, 0, kMax);
-        out[x] = (p & 0xff000000u) | (to8(r) << 16) | (to8(g) << 8) | to8(b);
+    for (int x0 = 0; x0 < width; x0 += kChunk) {
+        const int n = std::min(kChunk, width - x0);
+        const QRgb *src = in + x0;
+        if (n < kChunk) {
+            std::copy(src, src + n, pixels);
+            std::fill(pixels + n, pixels + kChunk, 0u);
+            src = pixels;
+        }
+        for (int i = 0; i < kChunk; ++i) {
+            const QRgb p = src[i];
+            R[i] = t.channel[0][(p >> 16) & 0xff];
+            G[i] = t.channel[1][(p >> 8) & 0xff];
+            B[i] = t.channel[2][p & 0xff];
+        }
+        for (int i = 0; i < kChunk; ++i)
+            Y[i] = (R[i] * kLumaR + G[i] * kLumaG + B[i] * kLumaB + (1 << 13)) >> 14;
+        for (int i = 0; i < kChunk; ++i)
+            D[i] = t.lumaDelta[Y[i]];
+        for (int i = 0; i < kChunk; ++i) {
+            const int y = Y[i] + D[i];
+            const int r = std::clamp(y + (((R[i] - Y[i]) * sat) >> 8), 0, kMax);
+            const int g = std::clamp(y + (((G[i] - Y[i]) * sat) >> 8), 0, kMax);
+            const int b = std::clamp(y + (((B[i] - Y[i]) * sat) >> 8), 0, kMax);
+            result[i] = (src[i] & 0xff000000u) | (to8(r) << 16) | (to8(g) << 8) | to8(b);
+            lumaOut[i] = quint16(std::clamp(y, 0, kMax));
+        }
+        std::copy(result, result + n, out + x0);
         if constexpr (withLuma)
-            luma[x] = quint16(std::clamp(y, 0, kMax));
+            std::copy(lumaOut, lumaOut + n, luma + x0);
     }
 }
+
+// Step 1 and 2 for a row, in AVX2 vector code where the processor has it (gathers make the
+// table look-ups eight at a time), else in the baseline instruction set. Same code, same result.
+#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+template<bool withLuma>
+__attribute__((target("avx2"))) void toneRowAvx2(const QRgb *in, QRgb *out, quint16 *luma, int width, const Tables &t)
+{
+    toneRow<withLuma>(in, out, luma, width, t);
+}
+
+template<bool withLuma>
+void toneRowFastest(const QRgb *in, QRgb *out, quint16 *luma, int width, const Tables &t)
+{
+    static const bool avx2 = __builtin_cpu_supports("avx2");
+    if (avx2)
+        toneRowAvx2<withLuma>(in, out, luma, width, t);
+    else
+        toneRow<withLuma>(in, out, luma, width, t);
+}
+#else
+template<bool withLuma>
+void toneRowFastest(const QRgb *in, QRgb *out, quint16 *luma, int width, const Tables &t)
+{
+    toneRow<withLuma>(in, out, luma, width, t);
+}
+#endif
 
 struct Band {
     int top;
@@ -322,9 +370,9 @@ QImage PhotoAdjustments::applyTo(const QImage &image, QThreadPool &pool) const
             const auto *in = reinterpret_cast<const QRgb *>(inBits + y * inStride);
             auto *out = reinterpret_cast<QRgb *>(outBits + y * outStride);
             if (lumaRow)
-                toneRow<true>(in, out, lumaRow, width, tables);
+                toneRowFastest<true>(in, out, lumaRow, width, tables);
             else
-                toneRow<false>(in, out, nullptr, width, tables);
+                toneRowFastest<false>(in, out, nullptr, width, tables);
         }
     });
     if (tables.sharpenAmount > 0) {
