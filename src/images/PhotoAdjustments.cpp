@@ -13,9 +13,9 @@
 // How the adjustments are applied. Every pixel goes through three steps:
 //  1. per channel, through one 256-entry table each: sRGB decoded to linear light, white
 //     balance gains (temperature, tint) and the exposure gain with a soft shoulder, encoded back
-//     to sRGB, then the brightness and contrast curves. The result has 4 bits more than the input (0..4080) so the
-//     later steps do not band.
-//  2. luma (Rec. 709 weights on the encoded values) through a 4096-entry table of the
+//     to sRGB, then the brightness and contrast curves. The result keeps 4 bits more than the
+//     input (0..4080), so the later steps do not band.
+//  2. luma (Rec. 709 weights on the encoded values) through a table of the
 //     highlights and shadows curves; the change is added to all three channels, so colour
 //     differences are kept. Saturation then scales each channel's distance from that luma.
 //  3. with sharpness, an unsharp mask: the luma plane of step 2 is box-blurred and the
@@ -216,7 +216,7 @@ inline __attribute__((always_inline)) void toneRow(const QRgb *in, QRgb *out, qu
     }
 }
 
-// Step 1 and 2 for a row, in AVX2 vector code where the processor has it (gathers make the
+// Steps 1 and 2 for a row, in AVX2 vector code where the processor has it (gathers make the
 // table look-ups eight at a time), else in the baseline instruction set. Same code, same result.
 #if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
 template<bool withLuma>

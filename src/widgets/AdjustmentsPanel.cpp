@@ -188,6 +188,12 @@ void AdjustmentsPanel::reset()
     setAdjustments(PhotoAdjustments{});
 }
 
+void AdjustmentsPanel::reject()
+{
+    reset();
+    QDialog::reject();
+}
+
 void AdjustmentsPanel::setApplying(bool applying)
 {
     m_applying = applying;

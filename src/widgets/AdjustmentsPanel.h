@@ -18,7 +18,9 @@ class QSlider;
 // previews the adjustments on a screen-sized copy of the photo, computed on a worker; while one
 // preview is being computed, further changes only mark that another is wanted, and when it
 // finishes the latest values are computed next, so a fast drag never builds a backlog.
-// Double-clicking a slider puts it back to neutral.
+// Double-clicking a slider puts it back to neutral. Closing the panel (Escape, the window's
+// close button) drops what was not applied: the sliders go back to neutral and the preview
+// shows the photo again. After an Apply, the editor gives the panel the new photo's proxy.
 class AdjustmentsPanel : public QDialog
 {
     Q_OBJECT
@@ -38,6 +40,8 @@ public:
     void setApplying(bool applying);
     // True while a preview is being computed on a worker.
     bool isPreviewing() const { return m_watcher.isRunning(); }
+
+    void reject() override;
 
 signals:
     // A preview of the source with these adjustments is ready (computed on a worker).
