@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
 #include <limits>
 
 namespace {
@@ -147,37 +146,39 @@ TEST(PhotoAdjustments, EachAdjustmentMovesItsStatisticTheRightWay)
     }
 }
 
-// Values that change nothing visible go through the whole pipeline and come back within one
-// level; neutral is the image itself.
-TEST(PhotoAdjustments, NeutralIsTheIdentityAndTinyValuesStayWithinALevel)
+// Per-pixel guarantees: neutral is the image itself; values too small to see go through the
+// whole pipeline and come back within a level; full desaturation leaves no colour.
+TEST(PhotoAdjustments, PixelGuarantees)
 {
     const QImage source = scene();
-    EXPECT_TRUE(PhotoAdjustments{}.isNeutral());
     EXPECT_EQ(PhotoAdjustments{}.applyTo(source), source);
-    EXPECT_TRUE(PhotoAdjustments{}.applyTo(QImage()).isNull());
-
-    for (double PhotoAdjustments::*field : {&PhotoAdjustments::exposure, &PhotoAdjustments::saturation, &PhotoAdjustments::shadows}) {
-        const PhotoAdjustments tiny = with(field, 1e-6);
-        ASSERT_FALSE(tiny.isNeutral());
-        const QImage out = tiny.applyTo(source);
+    EXPECT_TRUE(with(&PhotoAdjustments::exposure, 1).applyTo(QImage()).isNull());
+    using Metric = int (*)(QRgb out, QRgb in);
+    const Metric offSource = [](QRgb o, QRgb i) {
+        return std::max({std::abs(qRed(o) - qRed(i)), std::abs(qGreen(o) - qGreen(i)), std::abs(qBlue(o) - qBlue(i))});
+    };
+    const Metric chroma = [](QRgb o, QRgb) {
+        return std::max({qRed(o), qGreen(o), qBlue(o)}) - std::min({qRed(o), qGreen(o), qBlue(o)});
+    };
+    const struct {
+        const char *name;
+        PhotoAdjustments adjustments;
+        Metric metric;
+    } cases[] = {
+        {"tiny exposure", with(&PhotoAdjustments::exposure, 1e-6), offSource},
+        {"tiny saturation", with(&PhotoAdjustments::saturation, 1e-6), offSource},
+        {"tiny shadows", with(&PhotoAdjustments::shadows, 1e-6), offSource},
+        {"no saturation", with(&PhotoAdjustments::saturation, -1), chroma},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        const QImage out = c.adjustments.applyTo(source);
         int worst = 0;
         for (int y = 0; y < source.height(); ++y)
-            for (int x = 0; x < source.width(); ++x) {
-                const QRgb a = source.pixel(x, y), b = out.pixel(x, y);
-                worst = std::max({worst, std::abs(qRed(a) - qRed(b)), std::abs(qGreen(a) - qGreen(b)), std::abs(qBlue(a) - qBlue(b))});
-            }
+            for (int x = 0; x < source.width(); ++x)
+                worst = std::max(worst, c.metric(out.pixel(x, y), source.pixel(x, y)));
         EXPECT_LE(worst, 1);
     }
-}
-
-TEST(PhotoAdjustments, FullDesaturationGivesGrey)
-{
-    const QImage out = with(&PhotoAdjustments::saturation, -1).applyTo(scene());
-    for (int y = 0; y < out.height(); ++y)
-        for (int x = 0; x < out.width(); ++x) {
-            const QRgb p = out.pixel(x, y);
-            ASSERT_LE(std::max({qRed(p), qGreen(p), qBlue(p)}) - std::min({qRed(p), qGreen(p), qBlue(p)}), 1) << x << "," << y;
-        }
 }
 
 // Whatever the source format, the result is RGB32, or ARGB32 with the source's alpha exactly.
