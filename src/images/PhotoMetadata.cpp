@@ -81,6 +81,11 @@ struct Carried {
             if (width > 0 && height > 0) {
                 exif["Exif.Photo.PixelXDimension"] = uint32_t(width);
                 exif["Exif.Photo.PixelYDimension"] = uint32_t(height);
+                // Only some writers put the size in the main directory too; keep it true there.
+                if (exif.findKey(Exiv2::ExifKey("Exif.Image.ImageWidth")) != exif.end())
+                    exif["Exif.Image.ImageWidth"] = uint32_t(width);
+                if (exif.findKey(Exiv2::ExifKey("Exif.Image.ImageLength")) != exif.end())
+                    exif["Exif.Image.ImageLength"] = uint32_t(height);
             }
         }
         if (!xmp.empty()) {

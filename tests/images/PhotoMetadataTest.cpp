@@ -64,6 +64,7 @@ QString cameraJpeg(const QTemporaryDir &dir)
     exif["Exif.Image.Orientation"] = uint16_t(6);
     exif["Exif.Photo.PixelXDimension"] = uint32_t(60);
     exif["Exif.Photo.PixelYDimension"] = uint32_t(40);
+    exif["Exif.Image.ImageWidth"] = uint32_t(60);
     QByteArray thumbnail;
     QBuffer buffer(&thumbnail);
     buffer.open(QIODevice::WriteOnly);
@@ -124,6 +125,7 @@ TEST(PhotoMetadata, CopiesTheSourceMetadataIntoEveryFormatThatHoldsIt)
         EXPECT_EQ(r.exifValue("Exif.Image.Orientation"), "1");
         EXPECT_EQ(r.exifValue("Exif.Photo.PixelXDimension"), "40");
         EXPECT_EQ(r.exifValue("Exif.Photo.PixelYDimension"), "60");
+        EXPECT_EQ(r.exifValue("Exif.Image.ImageWidth"), "40");
         EXPECT_EQ(Exiv2::ExifThumbC(r.exif).copy().size_, 0) << "the thumbnail of the unedited photo is dropped";
         EXPECT_EQ(r.icc, iccProfile());
         const auto rating = r.xmp.findKey(Exiv2::XmpKey("Xmp.xmp.Rating"));
