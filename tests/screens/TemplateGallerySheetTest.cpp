@@ -1,6 +1,7 @@
 #include "AppFixture.h"
 
 #include "app/HalvernDesktopController.h"
+#include "app/LoadFileSheet.h"
 #include "app/MainWindow.h"
 #include "app/TemplateGalleryPage.h"
 #include "app/TemplateGallerySheet.h"
@@ -12,9 +13,11 @@
 #include "templates/TemplatesFile.h"
 #include "widgets/TessaryView.h"
 
+#include <QAction>
 #include <QDir>
 #include <QFile>
 #include <QHostAddress>
+#include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QSlider>
@@ -24,6 +27,7 @@
 #include <QWebEngineLoadingInfo>
 #include <QWebEngineView>
 
+#include <functional>
 #include <map>
 
 namespace {
@@ -258,6 +262,32 @@ TEST_F(TemplateGallerySheetTest, FailedLoadsAreLoggedThenAlertedASecondLater)
         EXPECT_EQ(alerts.alerts.first().style, AlertPresenter::Style::Critical);
         EXPECT_EQ(alerts.beeps, 1);
         EXPECT_FALSE(gallery.isVisible());
+    }
+}
+
+// The gallery opens from the File menu and from the load-file sheet (which ends first), and
+// its Close button ends it.
+TEST_F(TemplateGallerySheetTest, ReachedFromTheMenuAndTheLoadFileSheet)
+{
+    MainWindow &w = controller->mainWindow();
+    LoadFileSheet &loadFile = controller->loadFileWindow();
+    const struct {
+        const char *name;
+        std::function<void()> open;
+    } ways[] = {
+        {"menu", [&] { w.action(QStringLiteral("showTemplateWebviewWindow"))->trigger(); }},
+        {"load-file sheet", [&] {
+             loadFile.open();
+             loadFile.findChild<QPushButton *>(QStringLiteral("showTemplateWebviewWindow"))->click();
+         }},
+    };
+    for (const auto &way : ways) {
+        way.open();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return sheet().isVisible(); }, 5000)) << way.name;
+        EXPECT_FALSE(loadFile.isVisible()) << way.name;
+        EXPECT_EQ(sheet().windowModality(), Qt::WindowModal) << way.name;
+        sheet().findChild<QPushButton *>(QStringLiteral("endTemplateWebvieWindow"))->click();
+        EXPECT_FALSE(sheet().isVisible()) << way.name;
     }
 }
 
