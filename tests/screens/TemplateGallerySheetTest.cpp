@@ -65,6 +65,8 @@ private:
         m_pending.remove(socket);
         const QByteArray path = target.split('?').value(0);
         requested.append(target);
+        if (path == "/silent")
+            return; // never answered: the client's time-out ends it
         const auto it = m_routes.find(path);
         const QByteArray status = it != m_routes.end() ? "200 OK" : "404 Not Found";
         const QByteArray type = it != m_routes.end() ? it->second.first : "text/plain";
@@ -231,6 +233,7 @@ TEST_F(TemplateGallerySheetTest, FailedLoadsAreLoggedThenAlertedASecondLater)
     } cases[] = {
         {"a picture of the page is missing", server.url(QStringLiteral("/broken.html"))},
         {"the page itself cannot be read", QUrl::fromLocalFile(dir.filePath(QStringLiteral("no-such-gallery.html")))},
+        {"the server never answers", server.url(QStringLiteral("/silent"))},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -253,12 +256,24 @@ TEST_F(TemplateGallerySheetTest, FailedLoadsAreLoggedThenAlertedASecondLater)
                 alertedAtOnce = !alerts.alerts.isEmpty();
             }
         });
+        // The silent server is given up on after five seconds.
+        const bool silent = c.page.path() == QLatin1String("/silent");
+        if (silent) {
+            QObject::connect(gallery.page(), &QWebEnginePage::loadingChanged, &gallery, [&](const QWebEngineLoadingInfo &info) {
+                if (info.status() == QWebEngineLoadingInfo::LoadStoppedStatus) {
+                    failed = true;
+                    alertedAtOnce = !alerts.alerts.isEmpty();
+                }
+            });
+        }
         ASSERT_TRUE(QTest::qWaitFor([&] { return failed; }, 15000));
         EXPECT_FALSE(alertedAtOnce);
         EXPECT_TRUE(gallery.isVisible());
         ASSERT_TRUE(QTest::qWaitFor([&] { return !alerts.alerts.isEmpty(); }, 5000));
         EXPECT_EQ(alerts.alerts.first().messageText, QStringLiteral("Templates Could No Be Loaded"));
         EXPECT_FALSE(alerts.alerts.first().informativeText.isEmpty());
+        if (silent)
+            EXPECT_EQ(alerts.alerts.first().informativeText, QStringLiteral("The request timed out."));
         EXPECT_EQ(alerts.alerts.first().style, AlertPresenter::Style::Critical);
         EXPECT_EQ(alerts.beeps, 1);
         EXPECT_FALSE(gallery.isVisible());
