@@ -218,8 +218,12 @@ TEST_F(TemplateGallerySheetTest, OnlineGalleryFollowsLinksUnlessTheirPathIsATemp
     EXPECT_EQ(page->url(), server.url(QStringLiteral("/page2.html?file=Tessary-Template-Set-3.plist")));
     EXPECT_EQ(evaluate(page, QStringLiteral("document.querySelector('h1').textContent")).toString(), QStringLiteral("Second page"));
     EXPECT_EQ(store().userTemplates().size(), 7);
-    // Every page is asked for afresh, never from a cache: the gallery page was fetched once per load.
+    // Reloading asks the server again and comes back to the gallery page.
     EXPECT_EQ(server.requested.count("/gallery.html"), 1);
+    sheet().reloadTemplateWebviewWindow();
+    ASSERT_TRUE(loaded.wait(10000));
+    EXPECT_EQ(server.requested.count("/gallery.html"), 2);
+    EXPECT_EQ(page->url(), server.url(QStringLiteral("/gallery.html")));
 }
 
 TEST_F(TemplateGallerySheetTest, FailedLoadsAreLoggedThenAlertedASecondLater)
