@@ -20,7 +20,7 @@ LoadFileSheet::LoadFileSheet(UserDefaults &defaults, QWidget *parent)
     , m_defaults(defaults)
     , m_disclosureButton(new QToolButton)
     , m_disclosureView(new QWidget)
-    , m_disclosureLabel(new QLabel(tr("The templates page, and clearing My Templates")))
+    , m_disclosureLabel(new QLabel(tr("The template gallery, the templates page, and clearing My Templates")))
     , m_dontShowAgain(new QCheckBox(tr("Don't show this again")))
 {
     setObjectName(QStringLiteral("loadFileWindow"));
@@ -76,7 +76,7 @@ LoadFileSheet::LoadFileSheet(UserDefaults &defaults, QWidget *parent)
     disclosureRow->addWidget(m_disclosureLabel);
     disclosureRow->addStretch(1);
 
-    // The part that folds: the templates page and clearing My Templates.
+    // The part that folds: the template gallery, the templates page and clearing My Templates.
     m_disclosureView->setObjectName(QStringLiteral("disclosureView"));
     auto *website = new QPushButton(tr("Templates Page"));
     website->setObjectName(QStringLiteral("downloadWebsiteTemplateFile"));
