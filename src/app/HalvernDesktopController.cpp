@@ -4,6 +4,7 @@
 #include "app/LoadFileSheet.h"
 #include "app/MainWindow.h"
 #include "app/PreferencesWindow.h"
+#include "app/TemplateGallerySheet.h"
 #include "app/WelcomeSheet.h"
 #include "app/TessaryLinks.h"
 #include "foundation/Log.h"
@@ -54,6 +55,9 @@ void HalvernDesktopController::awakeFromNib()
     connect(m_loadFileWindow, &LoadFileSheet::chooseTemplateFile, &templates, &TemplateActions::loadUserTemplates);
     connect(m_loadFileWindow, &LoadFileSheet::clearAllTemplates, &templates, &TemplateActions::clearAllUserTemplates);
     connect(m_loadFileWindow, &LoadFileSheet::downloadWebsiteTemplateFile, this, &HalvernDesktopController::goToWebTemplates);
+    m_templateWebviewWindow = new TemplateGallerySheet(m_defaults, m_resourcesFolder, m_alerts, window);
+    connect(m_loadFileWindow, &LoadFileSheet::showTemplateGallery, this, &HalvernDesktopController::showTemplateWebviewWindow);
+    connect(m_templateWebviewWindow, &TemplateGallerySheet::downloadTemplate, this, &HalvernDesktopController::downloadTemplate);
     m_welcomeWindow = new WelcomeSheet(m_defaults, window);
     connect(m_welcomeWindow, &WelcomeSheet::visitWebsiteRequested, this, &HalvernDesktopController::goToWebsite);
     m_preferencesWindow = new PreferencesWindow(m_defaults, m_resourcesFolder, window);
@@ -129,6 +133,33 @@ void HalvernDesktopController::goToWebTemplates()
     QDesktopServices::openUrl(TessaryLinks::templatesPage());
 }
 
+void HalvernDesktopController::showTemplateWebviewWindow()
+{
+    if (m_loadFileWindow->isVisible())
+        m_loadFileWindow->done(QDialog::Accepted);
+    m_templateWebviewWindow->showTemplateWebviewWindow();
+}
+
+void HalvernDesktopController::reloadTemplateWebviewWindow()
+{
+    m_templateWebviewWindow->reloadTemplateWebviewWindow();
+}
+
+void HalvernDesktopController::zoomTemplateWebviewWindow()
+{
+    m_templateWebviewWindow->zoomTemplateWebviewWindow();
+}
+
+void HalvernDesktopController::endTemplateWebvieWindow()
+{
+    m_templateWebviewWindow->endTemplateWebvieWindow();
+}
+
+void HalvernDesktopController::downloadTemplate(const QUrl &link)
+{
+    m_mainWindow->templateActions().downloadTemplate(link, -1);
+}
+
 void HalvernDesktopController::applicationWillTerminate()
 {
     if (m_terminated)
@@ -188,6 +219,7 @@ void HalvernDesktopController::connectActions()
     ImageBrowserPanel &browser = w.imageBrowserPanel();
     on("addPhotos", [&browser] { browser.addPhotos(); });
     on("importTemplates", [this] { showLoadFileWindow(); });
+    on("showTemplateWebviewWindow", [this] { showTemplateWebviewWindow(); });
     on("paste", [&browser] { browser.paste(); });
     on("removePhoto", [&browser] { browser.removeSelectedPhoto(); });
     on("clearAllImages", [&browser] { browser.clearAllImages(); });

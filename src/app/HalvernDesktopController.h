@@ -6,12 +6,14 @@
 #include <QImage>
 #include <QObject>
 #include <QStringList>
+#include <QUrl>
 
 #include <memory>
 
 class CompletionSound;
 class LoadFileSheet;
 class PreferencesWindow;
+class TemplateGallerySheet;
 class WelcomeSheet;
 class ImageBrowserController;
 class MainWindow;
@@ -43,6 +45,7 @@ public:
     PreferencesWindow &preferencesWindow() const { return *m_preferencesWindow; }
     WelcomeSheet &welcomeWindow() const { return *m_welcomeWindow; }
     LoadFileSheet &loadFileWindow() const { return *m_loadFileWindow; }
+    TemplateGallerySheet &templateWebviewWindow() const { return *m_templateWebviewWindow; }
 
     void showPreferences();
     void showWelcomeWindow();
@@ -50,6 +53,13 @@ public:
     void showLoadFileWindow();
     // The public page of shared templates, in the default browser.
     void goToWebTemplates();
+    // The template gallery sheet (the load-file sheet ends first), its page, zoom and end.
+    void showTemplateWebviewWindow();
+    void reloadTemplateWebviewWindow();
+    void zoomTemplateWebviewWindow();
+    void endTemplateWebvieWindow();
+    // A gallery link's templates, inserted before the selected row of "My Templates".
+    void downloadTemplate(const QUrl &link);
 
     // Beeps, then shows an alert with the message, "OK" and the informative text on the main
     // window.
@@ -79,5 +89,6 @@ private:
     PreferencesWindow *m_preferencesWindow = nullptr;
     WelcomeSheet *m_welcomeWindow = nullptr;
     LoadFileSheet *m_loadFileWindow = nullptr;
+    TemplateGallerySheet *m_templateWebviewWindow = nullptr;
     bool m_terminated = false;
 };

@@ -20,7 +20,7 @@ LoadFileSheet::LoadFileSheet(UserDefaults &defaults, QWidget *parent)
     , m_defaults(defaults)
     , m_disclosureButton(new QToolButton)
     , m_disclosureView(new QWidget)
-    , m_disclosureLabel(new QLabel(tr("The templates page, and clearing My Templates")))
+    , m_disclosureLabel(new QLabel(tr("The template gallery, the templates page, and clearing My Templates")))
     , m_dontShowAgain(new QCheckBox(tr("Don't show this again")))
 {
     setObjectName(QStringLiteral("loadFileWindow"));
@@ -76,11 +76,16 @@ LoadFileSheet::LoadFileSheet(UserDefaults &defaults, QWidget *parent)
     disclosureRow->addWidget(m_disclosureLabel);
     disclosureRow->addStretch(1);
 
-    // The part that folds: the templates page and clearing My Templates.
+    // The part that folds: the template gallery, the templates page and clearing My Templates.
     m_disclosureView->setObjectName(QStringLiteral("disclosureView"));
     auto *website = new QPushButton(tr("Templates Page"));
     website->setObjectName(QStringLiteral("downloadWebsiteTemplateFile"));
     website->setToolTip(tr("Open the page of templates that people share, in your browser"));
+    auto *gallery = new QPushButton(tr("Template Gallery…"));
+    gallery->setObjectName(QStringLiteral("showTemplateWebviewWindow"));
+    gallery->setToolTip(tr("Browse template sets and add them to My Templates with a click"));
+    auto *galleryText = new QLabel(tr("Browse template sets without leaving Tessary."));
+    galleryText->setWordWrap(true);
     auto *clear = new QPushButton(tr("Clear All My Templates…"));
     clear->setObjectName(QStringLiteral("clearAllTemplates"));
     clear->setToolTip(tr("Remove every template from My Templates (you are asked first)"));
@@ -92,10 +97,12 @@ LoadFileSheet::LoadFileSheet(UserDefaults &defaults, QWidget *parent)
     viewGrid->setContentsMargins(24, 0, 0, 0);
     viewGrid->setHorizontalSpacing(12);
     viewGrid->setVerticalSpacing(8);
-    viewGrid->addWidget(website, 0, 0);
-    viewGrid->addWidget(websiteText, 0, 1);
-    viewGrid->addWidget(clear, 1, 0);
-    viewGrid->addWidget(clearText, 1, 1);
+    viewGrid->addWidget(gallery, 0, 0);
+    viewGrid->addWidget(galleryText, 0, 1);
+    viewGrid->addWidget(website, 1, 0);
+    viewGrid->addWidget(websiteText, 1, 1);
+    viewGrid->addWidget(clear, 2, 0);
+    viewGrid->addWidget(clearText, 2, 1);
     viewGrid->setColumnStretch(1, 1);
 
     auto *layout = new QVBoxLayout(this);
@@ -119,6 +126,7 @@ LoadFileSheet::LoadFileSheet(UserDefaults &defaults, QWidget *parent)
     endThen(choose, &LoadFileSheet::chooseTemplateFile);
     endThen(clear, &LoadFileSheet::clearAllTemplates);
     endThen(website, &LoadFileSheet::downloadWebsiteTemplateFile);
+    endThen(gallery, &LoadFileSheet::showTemplateGallery);
     connect(close, &QPushButton::clicked, this, &QDialog::reject);
 
     // The frame as laid out with everything shown, before anything folds, and where the folding

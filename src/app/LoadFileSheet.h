@@ -39,6 +39,8 @@ signals:
     void clearAllTemplates();
     // "Templates Page": open the page of shared templates.
     void downloadWebsiteTemplateFile();
+    // "Template Gallery…": browse the template gallery inside Tessary.
+    void showTemplateGallery();
 
 private:
     UserDefaults &m_defaults;

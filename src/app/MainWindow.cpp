@@ -90,6 +90,7 @@ void MainWindow::buildMenus()
     QMenu *file = menuBar()->addMenu(tr("&File"));
     add(file, "addPhotos", tr("Add Photos…"), QKeySequence(Qt::CTRL | Qt::Key_O));
     add(file, "importTemplates", tr("Import Templates…"), QKeySequence(Qt::CTRL | Qt::Key_I));
+    add(file, "showTemplateWebviewWindow", tr("Template Gallery…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_I));
     add(file, "loadSampleFlowers", tr("Load Sample Flowers"));
     add(file, "loadFactoryPhotos", tr("Load Factory Photos"));
     file->addSeparator();

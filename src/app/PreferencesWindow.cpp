@@ -2,12 +2,14 @@
 
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
+#include "templates/TemplateGallery.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QDir>
 #include <QGridLayout>
 #include <QGroupBox>
+#include <QLineEdit>
 #include <QImageReader>
 #include <QLabel>
 #include <QPushButton>
@@ -108,6 +110,23 @@ PreferencesWindow::PreferencesWindow(UserDefaults &defaults, const QString &reso
     resultsGrid->addWidget(helpPicture(QStringLiteral("xcircle.tiff"), "autoOpenIcon"), 2, 0, Qt::AlignCenter);
     resultsGrid->addWidget(m_autoOpenNote, 2, 1, 1, 3);
 
+    // The template gallery's address: empty shows the gallery shipped with Tessary.
+    auto [templates, templatesGrid] = group(tr("Templates"));
+    m_galleryAddress = new QLineEdit;
+    m_galleryAddress->setObjectName(TemplateGallery::kGalleryUrlKey);
+    m_galleryAddress->setPlaceholderText(tr("The gallery that comes with Tessary"));
+    m_galleryAddress->setToolTip(tr("The address of an online template gallery to show instead"));
+    m_galleryAddress->setClearButtonEnabled(true);
+    templatesGrid->addWidget(new QLabel(tr("Gallery address:")), 0, 1);
+    templatesGrid->addWidget(m_galleryAddress, 0, 2, 1, 2);
+    connect(m_galleryAddress, &QLineEdit::editingFinished, this, [this] {
+        const QString address = m_galleryAddress->text().trimmed();
+        if (address.isEmpty())
+            m_defaults.removeObject(TemplateGallery::kGalleryUrlKey);
+        else
+            m_defaults.setObject(address, TemplateGallery::kGalleryUrlKey);
+    });
+
     // The fit variant only means something while uniform cropping is on.
     m_uniformlyCropFit->setEnabled(m_uniformlyCrop->isChecked());
     connect(m_uniformlyCrop, &QCheckBox::toggled, m_uniformlyCropFit, &QWidget::setEnabled);
@@ -129,6 +148,7 @@ PreferencesWindow::PreferencesWindow(UserDefaults &defaults, const QString &reso
     layout->addWidget(scaling);
     layout->addWidget(cropping);
     layout->addWidget(results);
+    layout->addWidget(templates);
     layout->addStretch(1);
     layout->addWidget(buttons);
 
@@ -198,6 +218,7 @@ void PreferencesWindow::showStoredValues()
     m_autoOpenNote->setText(prefs.autoOpenStitchedImageFile()
                                 ? tr("Saved results are opened in your image viewer.")
                                 : tr("Saved results are not opened in another program; open them from their folder."));
+    m_galleryAddress->setText(m_defaults.objectForKey(TemplateGallery::kGalleryUrlKey).toString());
     m_showing = false;
 }
 

@@ -2,6 +2,8 @@
 
 #include <QWidget>
 
+class QLineEdit;
+
 class QCheckBox;
 class QLabel;
 class QSlider;
@@ -54,5 +56,6 @@ private:
     QCheckBox *m_megapixelLimit;
     QCheckBox *m_insetByCropping;
     QLabel *m_autoOpenNote;
+    QLineEdit *m_galleryAddress;
     bool m_showing = false;
 };

@@ -1,5 +1,6 @@
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
+#include "app/WebEngineEnvironment.h"
 #include "app/WindowProbe.h"
 #include "foundation/Paths.h"
 #include "foundation/UserDefaults.h"
@@ -69,6 +70,7 @@ int main(int argc, char **argv)
     QApplication::setApplicationName(QStringLiteral("Tessary"));
     QApplication::setOrganizationName(QStringLiteral("Tessary"));
     QApplication::setDesktopFileName(QStringLiteral("org.tessary.Tessary"));
+    WebEngineEnvironment::prepare();
     QApplication app(argc, argv);
     app.setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     app.setPalette(app.style()->standardPalette());

@@ -71,17 +71,19 @@ TEST_F(LoadFileSheetTest, Buttons)
     QSignalSpy choose(&sheet, &LoadFileSheet::chooseTemplateFile);
     QSignalSpy clear(&sheet, &LoadFileSheet::clearAllTemplates);
     QSignalSpy website(&sheet, &LoadFileSheet::downloadWebsiteTemplateFile);
+    QSignalSpy gallery(&sheet, &LoadFileSheet::showTemplateGallery);
     const struct {
         const char *button;
         QSignalSpy *spy;
     } cases[] = {{"chooseTemplateFile", &choose}, {"clearAllTemplates", &clear},
-                 {"downloadWebsiteTemplateFile", &website}, {"endLoadFileWindow", nullptr}};
+                 {"downloadWebsiteTemplateFile", &website}, {"showTemplateWebviewWindow", &gallery},
+                 {"endLoadFileWindow", nullptr}};
     for (const auto &c : cases) {
         sheet.open();
         ASSERT_TRUE(sheet.isVisible()) << c.button;
         sheet.findChild<QPushButton *>(QString::fromLatin1(c.button))->click();
         EXPECT_FALSE(sheet.isVisible()) << c.button;
-        for (QSignalSpy *spy : {&choose, &clear, &website}) {
+        for (QSignalSpy *spy : {&choose, &clear, &website, &gallery}) {
             EXPECT_EQ(spy->count(), spy == c.spy ? 1 : 0) << c.button;
             spy->clear();
         }

@@ -6,6 +6,7 @@
 
 #include <QCheckBox>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSlider>
 #include <QTest>
@@ -61,6 +62,18 @@ TEST_F(PreferencesWindowTest, EachControlWritesItsKey)
         QTest::mouseClick(c.box, Qt::LeftButton, {}, QPoint(8, c.box->height() / 2));
         ASSERT_TRUE(defaults->hasObject(c.key)) << qPrintable(c.key);
         EXPECT_EQ(defaults->boolForKey(c.key), !c.startsOn) << qPrintable(c.key);
+    }
+    // The gallery address is typed; an emptied field removes the key (the shipped gallery).
+    auto *address = window.findChild<QLineEdit *>(QStringLiteral("TemplateGalleryURL"));
+    ASSERT_TRUE(address);
+    for (const char *typed : {" https://example.org/gallery/ ", ""}) {
+        address->selectAll();
+        QTest::keyClicks(address, QString::fromLatin1(typed));
+        if (!*typed)
+            QTest::keyClick(address, Qt::Key_Backspace);
+        QTest::keyClick(address, Qt::Key_Return);
+        EXPECT_EQ(defaults->objectForKey(QStringLiteral("TemplateGalleryURL")),
+                  *typed ? QVariant(QStringLiteral("https://example.org/gallery/")) : QVariant()) << typed;
     }
 }
 

@@ -1,3 +1,5 @@
+#include "app/WebEngineEnvironment.h"
+
 #include <QApplication>
 
 #include <gtest/gtest.h>
@@ -6,6 +8,7 @@
 // mapped, composed and grabbed as a person would see them.
 int main(int argc, char **argv)
 {
+    WebEngineEnvironment::prepare();
     QApplication app(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();

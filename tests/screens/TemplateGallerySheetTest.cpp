@@ -1,0 +1,335 @@
+#include "AppFixture.h"
+
+#include "app/HalvernDesktopController.h"
+#include "app/LoadFileSheet.h"
+#include "app/MainWindow.h"
+#include "app/TemplateGalleryPage.h"
+#include "app/TemplateGallerySheet.h"
+#include "foundation/Paths.h"
+#include "foundation/Preferences.h"
+#include "support/RecordingAlertPresenter.h"
+#include "templates/TemplateGallery.h"
+#include "templates/TemplateStore.h"
+#include "templates/TemplatesFile.h"
+#include "widgets/TessaryView.h"
+
+#include <QAction>
+#include <QDir>
+#include <QFile>
+#include <QHostAddress>
+#include <QPushButton>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QSlider>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTest>
+#include <QWebEngineLoadingInfo>
+#include <QWebEngineView>
+
+#include <functional>
+#include <map>
+
+namespace {
+
+// A small HTTP server on 127.0.0.1 with a few routes; everything else is a 404. It runs on the
+// test's event loop.
+class RouteServer
+{
+public:
+    RouteServer()
+    {
+        m_server.listen(QHostAddress::LocalHost, 0);
+        QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] {
+            while (QTcpSocket *socket = m_server.nextPendingConnection()) {
+                QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] { answer(socket); });
+                QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+            }
+        });
+    }
+    QUrl url(const QString &pathAndQuery) const
+    {
+        return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(pathAndQuery));
+    }
+    void route(const QByteArray &path, const QByteArray &type, const QByteArray &body) { m_routes[path] = {type, body}; }
+    QList<QByteArray> requested;
+
+private:
+    void answer(QTcpSocket *socket)
+    {
+        QByteArray &pending = m_pending[socket];
+        pending += socket->readAll();
+        if (!pending.contains("\r\n\r\n"))
+            return;
+        const QByteArray target = pending.split(' ').value(1);
+        m_pending.remove(socket);
+        const QByteArray path = target.split('?').value(0);
+        requested.append(target);
+        if (path == "/silent")
+            return; // never answered: the client's time-out ends it
+        const auto it = m_routes.find(path);
+        const QByteArray status = it != m_routes.end() ? "200 OK" : "404 Not Found";
+        const QByteArray type = it != m_routes.end() ? it->second.first : "text/plain";
+        const QByteArray body = it != m_routes.end() ? it->second.second : "missing";
+        socket->write("HTTP/1.1 " + status + "\r\nContent-Type: " + type + "\r\nContent-Length: "
+                      + QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
+        socket->disconnectFromHost();
+    }
+
+    QTcpServer m_server;
+    std::map<QByteArray, std::pair<QByteArray, QByteArray>> m_routes;
+    QHash<QTcpSocket *, QByteArray> m_pending;
+};
+
+QVariant evaluate(QWebEnginePage *page, const QString &script)
+{
+    QVariant result;
+    bool done = false;
+    page->runJavaScript(script, [&](const QVariant &v) {
+        result = v;
+        done = true;
+    });
+    (void)QTest::qWaitFor([&] { return done; }, 5000);
+    return result;
+}
+
+QByteArray bundledSet(const QString &fileName)
+{
+    QFile f(QDir(Paths::resourcesFolder()).filePath(QStringLiteral("gallery/sets/") + fileName));
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
+}
+
+// The gallery as a person meets it: the sheet on the real main window, under a real X server,
+// with the web engine running the page.
+class TemplateGallerySheetTest : public AppFixture
+{
+protected:
+    void SetUp() override
+    {
+        AppFixture::SetUp();
+        defaults->setBool(true, Preferences::DoNotShowWelcomeWindowAgain);
+        controller = std::make_unique<HalvernDesktopController>(*defaults, Paths::resourcesFolder());
+        controller->mainWindow().resize(1300, 860);
+        controller->launch();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&controller->mainWindow(), 10000));
+    }
+    void TearDown() override
+    {
+        controller.reset();
+        AppFixture::TearDown();
+    }
+
+    TemplateGallerySheet &sheet() const { return controller->templateWebviewWindow(); }
+    TemplateStore &store() const { return controller->mainWindow().tessaryView().templateStore(); }
+
+    // Opens the gallery and waits for its page to finish loading.
+    bool openGallery()
+    {
+        sheet().showTemplateWebviewWindow();
+        QSignalSpy loaded(sheet().page(), &QWebEnginePage::loadFinished);
+        return loaded.wait(20000) && loaded.first().first().toBool();
+    }
+
+    // Three templates of my own, the middle one selected.
+    void threeUserTemplates()
+    {
+        TemplateStore::Templates mine;
+        for (int i = 0; i < 3; ++i)
+            mine.append(TemplateStore::makeTemplate(store().builtInTemplateAt(i) ? *store().builtInTemplateAt(i) : QVariantMap()));
+        ASSERT_TRUE(store().insertTemplates(mine, 0));
+        store().setSelectedUserRow(1);
+    }
+
+    std::unique_ptr<HalvernDesktopController> controller;
+};
+
+TEST_F(TemplateGallerySheetTest, BundledGalleryLoadsZoomsAndAddsASetBeforeTheSelection)
+{
+    ASSERT_TRUE(openGallery());
+    QWebEnginePage *page = sheet().page();
+    EXPECT_EQ(page->url(), TemplateGallery::bundledGalleryUrl(Paths::resourcesFolder()));
+    EXPECT_EQ(evaluate(page, QStringLiteral("document.querySelectorAll('a.card').length")).toInt(), 4);
+    // The zoom of the finished load, then each slider change.
+    EXPECT_EQ(evaluate(page, QStringLiteral("document.documentElement.style.zoom")).toString(), QStringLiteral("1"));
+    for (const auto &[value, zoom] : {std::pair{150, "1.5"}, {75, "0.75"}, {100, "1"}}) {
+        sheet().templateWebviewSlider()->setValue(value);
+        EXPECT_TRUE(QTest::qWaitFor([&] {
+            return evaluate(page, QStringLiteral("document.documentElement.style.zoom")).toString() == QLatin1String(zoom);
+        }, 3000)) << zoom;
+    }
+
+    // A set on the page is a file link: clicking it adds the set's templates before my selected
+    // template, and the page stays where it is.
+    threeUserTemplates();
+    const TemplateStore::Template selected = store().userTemplateAt(1);
+    const QUrl before = page->url();
+    const qsizetype setSize =
+        TemplatesFile::fromFile(QDir(Paths::resourcesFolder()).filePath(QStringLiteral("gallery/sets/Tessary-Template-Big-Hero.plist")))
+            .templates.size();
+    ASSERT_EQ(setSize, 4);
+    evaluate(page, QStringLiteral("document.querySelector('a[href*=\"Big-Hero\"]').click(); true"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return store().userTemplates().size() == 3 + setSize; }, 10000));
+    EXPECT_EQ(store().userTemplateAt(1 + setSize), selected);
+    EXPECT_EQ(store().userTemplateAt(1)->value(QStringLiteral("nbrModules")).toLongLong(), 4);
+    QTest::qWait(200);
+    EXPECT_EQ(page->url(), before);
+    EXPECT_TRUE(sheet().isVisible());
+}
+
+TEST_F(TemplateGallerySheetTest, OnlineGalleryFollowsLinksUnlessTheirPathIsATemplate)
+{
+    RouteServer server;
+    server.route("/gallery.html", "text/html",
+                 "<html><body><h1>Online</h1>"
+                 "<a id='set' href='/files/Tessary-Template-Set-3.plist'>set 3</a>"
+                 "<a id='query' href='/page2.html?file=Tessary-Template-Set-3.plist'>by query</a>"
+                 "</body></html>");
+    server.route("/page2.html", "text/html", "<html><body><h1>Second page</h1></body></html>");
+    server.route("/files/Tessary-Template-Set-3.plist", "application/octet-stream",
+                 bundledSet(QStringLiteral("Tessary-Template-Polaroid-Wall.plist")));
+    ASSERT_TRUE(defaults->setObject(server.url(QStringLiteral("/gallery.html")).toString(), TemplateGallery::kGalleryUrlKey));
+
+    ASSERT_TRUE(openGallery());
+    QWebEnginePage *page = sheet().page();
+    EXPECT_EQ(page->url(), server.url(QStringLiteral("/gallery.html")));
+    threeUserTemplates();
+    const TemplateStore::Template selected = store().userTemplateAt(1);
+
+    // The marker in the path: downloaded, not shown.
+    // The refused navigation ends as stopped, which is no failure: no alert follows.
+    QList<QWebEngineLoadingInfo::LoadStatus> statuses;
+    QObject::connect(page, &QWebEnginePage::loadingChanged, page,
+                     [&](const QWebEngineLoadingInfo &info) { statuses.append(info.status()); });
+    QSignalSpy resourceFailures(sheet().page(), &TemplateGalleryPage::resourceFailed);
+    evaluate(page, QStringLiteral("document.getElementById('set').click(); true"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return store().userTemplates().size() == 7; }, 10000));
+    EXPECT_EQ(store().userTemplateAt(5), selected);
+    EXPECT_EQ(page->url(), server.url(QStringLiteral("/gallery.html")));
+    EXPECT_EQ(evaluate(page, QStringLiteral("document.querySelector('h1').textContent")).toString(), QStringLiteral("Online"));
+    QTest::qWait(200);
+    EXPECT_FALSE(statuses.contains(QWebEngineLoadingInfo::LoadFailedStatus));
+    EXPECT_TRUE(resourceFailures.isEmpty());
+    EXPECT_TRUE(sheet().isVisible());
+
+    // The marker only in the query: followed like any link, nothing downloaded.
+    QSignalSpy loaded(page, &QWebEnginePage::loadFinished);
+    evaluate(page, QStringLiteral("document.getElementById('query').click(); true"));
+    ASSERT_TRUE(loaded.wait(10000));
+    EXPECT_EQ(page->url(), server.url(QStringLiteral("/page2.html?file=Tessary-Template-Set-3.plist")));
+    EXPECT_EQ(evaluate(page, QStringLiteral("document.querySelector('h1').textContent")).toString(), QStringLiteral("Second page"));
+    EXPECT_EQ(store().userTemplates().size(), 7);
+    // Reloading asks the server again and comes back to the gallery page.
+    EXPECT_EQ(server.requested.count("/gallery.html"), 1);
+    sheet().reloadTemplateWebviewWindow();
+    ASSERT_TRUE(loaded.wait(10000));
+    EXPECT_EQ(server.requested.count("/gallery.html"), 2);
+    EXPECT_EQ(page->url(), server.url(QStringLiteral("/gallery.html")));
+}
+
+TEST_F(TemplateGallerySheetTest, FailedLoadsAreLoggedThenAlertedASecondLater)
+{
+    RouteServer server;
+    server.route("/broken.html", "text/html",
+                 "<html><body><img src='/missing.png'><p>a picture is missing</p></body></html>");
+    const struct {
+        const char *name;
+        QUrl page;
+    } cases[] = {
+        {"a picture of the page is missing", server.url(QStringLiteral("/broken.html"))},
+        {"the page itself cannot be read", QUrl::fromLocalFile(dir.filePath(QStringLiteral("no-such-gallery.html")))},
+        {"the server never answers", server.url(QStringLiteral("/silent"))},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        RecordingAlertPresenter alerts;
+        TemplateGallerySheet gallery(*defaults, Paths::resourcesFolder(), alerts, &controller->mainWindow());
+        ASSERT_TRUE(defaults->setObject(c.page.toString(), TemplateGallery::kGalleryUrlKey));
+        gallery.showTemplateWebviewWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&gallery, 5000));
+
+        // The failure is seen and logged; the alert waits a second, with the sheet still up.
+        bool failed = false;
+        bool alertedAtOnce = true;
+        QObject::connect(gallery.page(), &TemplateGalleryPage::resourceFailed, &gallery, [&] {
+            failed = true;
+            alertedAtOnce = !alerts.alerts.isEmpty();
+        });
+        QObject::connect(gallery.page(), &QWebEnginePage::loadingChanged, &gallery, [&](const QWebEngineLoadingInfo &info) {
+            if (info.status() == QWebEngineLoadingInfo::LoadFailedStatus) {
+                failed = true;
+                alertedAtOnce = !alerts.alerts.isEmpty();
+            }
+        });
+        // The silent server is given up on after five seconds.
+        const bool silent = c.page.path() == QLatin1String("/silent");
+        if (silent) {
+            QObject::connect(gallery.page(), &QWebEnginePage::loadingChanged, &gallery, [&](const QWebEngineLoadingInfo &info) {
+                if (info.status() == QWebEngineLoadingInfo::LoadStoppedStatus) {
+                    failed = true;
+                    alertedAtOnce = !alerts.alerts.isEmpty();
+                }
+            });
+        }
+        ASSERT_TRUE(QTest::qWaitFor([&] { return failed; }, 15000));
+        EXPECT_FALSE(alertedAtOnce);
+        EXPECT_TRUE(gallery.isVisible());
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !alerts.alerts.isEmpty(); }, 5000));
+        EXPECT_EQ(alerts.alerts.first().messageText, QStringLiteral("Templates Could No Be Loaded"));
+        EXPECT_FALSE(alerts.alerts.first().informativeText.isEmpty());
+        if (silent)
+            EXPECT_EQ(alerts.alerts.first().informativeText, QStringLiteral("The request timed out."));
+        EXPECT_EQ(alerts.alerts.first().style, AlertPresenter::Style::Critical);
+        EXPECT_EQ(alerts.beeps, 1);
+        EXPECT_FALSE(gallery.isVisible());
+    }
+}
+
+// The gallery opens from the File menu and from the load-file sheet (which ends first), and
+// its Close button ends it.
+TEST_F(TemplateGallerySheetTest, ReachedFromTheMenuAndTheLoadFileSheet)
+{
+    MainWindow &w = controller->mainWindow();
+    LoadFileSheet &loadFile = controller->loadFileWindow();
+    const struct {
+        const char *name;
+        std::function<void()> open;
+    } ways[] = {
+        {"menu", [&] { w.action(QStringLiteral("showTemplateWebviewWindow"))->trigger(); }},
+        {"load-file sheet", [&] {
+             loadFile.open();
+             loadFile.findChild<QPushButton *>(QStringLiteral("showTemplateWebviewWindow"))->click();
+         }},
+    };
+    for (const auto &way : ways) {
+        way.open();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return sheet().isVisible(); }, 5000)) << way.name;
+        EXPECT_FALSE(loadFile.isVisible()) << way.name;
+        EXPECT_EQ(sheet().windowModality(), Qt::WindowModal) << way.name;
+        sheet().findChild<QPushButton *>(QStringLiteral("endTemplateWebvieWindow"))->click();
+        EXPECT_FALSE(sheet().isVisible()) << way.name;
+    }
+}
+
+TEST_F(TemplateGallerySheetTest, Screenshot)
+{
+    ASSERT_TRUE(openGallery());
+    QWebEnginePage *page = sheet().page();
+    // Every set picture decoded and painted.
+    EXPECT_TRUE(QTest::qWaitFor([&] {
+        return evaluate(page, QStringLiteral("Array.from(document.images).every(i => i.complete && i.naturalWidth > 0)")).toBool();
+    }, 5000));
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&sheet(), 5000));
+    QTest::qWait(600);
+    const QRect frame = sheet().frameGeometry();
+    const QImage grab = sheet().screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();
+    const QString folder = qEnvironmentVariable("TESSARY_SCREENSHOTS", QStringLiteral(TESSARY_BINARY_DIR "/screenshots"));
+    QDir().mkpath(folder);
+    EXPECT_TRUE(grab.save(QDir(folder).filePath(QStringLiteral("template-gallery.png"))));
+    // The page is drawn: its warm grey ground shows in the view's top-left corner.
+    const QPoint corner = sheet().templateWebview()->mapToGlobal(QPoint(6, 6)) - frame.topLeft();
+    const QColor ground = grab.pixelColor(corner);
+    EXPECT_LE(std::abs(ground.red() - 0xef) + std::abs(ground.green() - 0xec) + std::abs(ground.blue() - 0xe6), 12)
+        << ground.name().toStdString();
+}
+
+} // namespace
