@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 namespace {
@@ -41,10 +42,19 @@ QString Paths::resourcesFolder()
     if (!env.isEmpty())
         return env;
     const QString appDir = QCoreApplication::instance() ? QCoreApplication::applicationDirPath() : QDir::currentPath();
-    // Built tree: bin/ beside resources/; installed: share/tessary/resources.
-    for (const QString &candidate : {appDir + QStringLiteral("/../resources"), appDir + QStringLiteral("/../share/tessary/resources")}) {
+    return resourcesFolderBeside(appDir);
+}
+
+QString Paths::resourcesFolderBeside(const QString &programFolder)
+{
+    // Installed: bin/ beside share/tessary (any prefix); built: bin/ beside resources/.
+    for (const QString &candidate : {programFolder + QStringLiteral("/../share/tessary"), programFolder + QStringLiteral("/../resources")}) {
+        if (QFileInfo::exists(candidate + QStringLiteral("/templates.plist")))
+            return QDir(candidate).canonicalPath();
+    }
+    for (const QString &candidate : {programFolder + QStringLiteral("/../share/tessary"), programFolder + QStringLiteral("/../resources")}) {
         if (QDir(candidate).exists())
             return QDir(candidate).canonicalPath();
     }
-    return QDir(appDir).filePath(QStringLiteral("../resources"));
+    return QDir::cleanPath(programFolder + QStringLiteral("/../share/tessary"));
 }
