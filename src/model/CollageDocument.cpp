@@ -18,6 +18,8 @@ const QString kRelativePathKey = QStringLiteral("relativePath");
 const QString kAlignmentKey = QStringLiteral("alignment");
 const QString kTransformKey = QStringLiteral("coordinateTransform");
 const QString kSpacingKey = QStringLiteral("spacingType");
+const QString kWidthIncrementKey = QStringLiteral("widthIncrement");
+const QString kHeightIncrementKey = QStringLiteral("heightIncrement");
 const QString kFrameStyleKey = QStringLiteral("imageFrameStyle");
 const QString kBackgroundKey = QStringLiteral("backgroundColor");
 const QString kJumbledKey = QStringLiteral("jumbled");
@@ -27,7 +29,7 @@ const QString kModulesKey = QStringLiteral("savedTessaryDataModules");
 const QStringList &knownKeys()
 {
     static const QStringList keys{kVersionKey,  kTemplateKey,    kPhotosKey, kTransformKey,    kSpacingKey,
-                                  kFrameStyleKey, kBackgroundKey, kJumbledKey, kJumbledFramesKey};
+                                  kWidthIncrementKey, kHeightIncrementKey, kFrameStyleKey, kBackgroundKey, kJumbledKey, kJumbledFramesKey};
     return keys;
 }
 
@@ -107,6 +109,8 @@ QVariantMap CollageDocument::toPropertyList(const QString &documentFolder) const
     root.insert(kPhotosKey, photoList);
     root.insert(kTransformKey, qint64(coordinateTransform));
     root.insert(kSpacingKey, qint64(spacingType));
+    root.insert(kWidthIncrementKey, widthIncrement);
+    root.insert(kHeightIncrementKey, heightIncrement);
     root.insert(kFrameStyleKey, qint64(imageFrameStyle));
     root.insert(kBackgroundKey, backgroundColor.name(QColor::HexArgb));
     root.insert(kJumbledKey, jumbled);
@@ -147,6 +151,15 @@ CollageDocument::ReadResult CollageDocument::fromPropertyList(const QVariant &ro
         || !readInteger(map, kSpacingKey, 0, 1, doc.spacingType, &error)
         || !readInteger(map, kFrameStyleKey, 0, 1000, doc.imageFrameStyle, &error))
         return refuse(error);
+
+    for (const auto &[key, out] : {std::pair{kWidthIncrementKey, &doc.widthIncrement}, std::pair{kHeightIncrementKey, &doc.heightIncrement}}) {
+        if (!map.contains(key))
+            continue;
+        const QVariant v = map.value(key);
+        if (!isReal(v) || !(PlistValue::doubleValue(v) >= 0 && PlistValue::doubleValue(v) <= 1000))
+            return refuse(QStringLiteral("\"%1\" must be a number from 0 to 1000").arg(key));
+        *out = PlistValue::doubleValue(v);
+    }
 
     if (map.contains(kBackgroundKey)) {
         const QVariant v = map.value(kBackgroundKey);

@@ -12,7 +12,7 @@
 // One whole collage kept in a file of its own (".tessary"): the template's layout values, the
 // photo list with one alignment per photo, the coordinate transform, the tile spacing, the
 // image frame style, the background colour and, while the collage is jumbled, where each tile
-// was scattered to. The file is an XML property list (the README describes its keys).
+// was scattered to, with the tile spacing. The file is an XML property list (the README describes its keys).
 //
 // Each photo is written twice: by its absolute path and by its path relative to the
 // document's folder. Reading tries the absolute path first and the relative one when the
@@ -43,6 +43,9 @@ public:
     QList<Photo> photos;
     int coordinateTransform = 0;
     int spacingType = 0;
+    // Tile spacing in percent of a module, across and down.
+    double widthIncrement = 5.0;
+    double heightIncrement = 5.0;
     int imageFrameStyle = 0;
     QColor backgroundColor = QColor(Qt::transparent);
     // While jumbled, the frame of each tile in tile order (in the collage's coordinates).
