@@ -105,8 +105,13 @@ CollageDocument CollageDocumentActions::currentCollage() const
     doc.backgroundColor = view.tessaryBackgroundColor();
     doc.jumbled = view.isJumbled();
     if (doc.jumbled) {
-        for (const TileLayout &tile : view.currentLayout().tiles)
-            doc.jumbledFrames.append(tile.frame);
+        const CollageLayout &layout = view.currentLayout();
+        const QSizeF size = layout.contentSize;
+        for (const TileLayout &tile : layout.tiles) {
+            if (size.width() > 0 && size.height() > 0)
+                doc.jumbledFrames.append(QRectF(tile.frame.x() / size.width(), tile.frame.y() / size.height(),
+                                                tile.frame.width() / size.width(), tile.frame.height() / size.height()));
+        }
     }
     return doc;
 }
@@ -186,8 +191,14 @@ void CollageDocumentActions::apply(const CollageDocument &doc)
     view.setup();
     m_browser.reloadData();
     view.reloadData();
-    if (doc.jumbled && qsizetype(view.currentLayout().tiles.size()) == doc.jumbledFrames.size())
-        view.jumbleTo(doc.jumbledFrames);
+    const CollageLayout &layout = view.currentLayout();
+    if (doc.jumbled && qsizetype(layout.tiles.size()) == doc.jumbledFrames.size()) {
+        const QSizeF size = layout.contentSize;
+        QList<QRectF> frames;
+        for (const QRectF &f : doc.jumbledFrames)
+            frames.append(QRectF(f.x() * size.width(), f.y() * size.height(), f.width() * size.width(), f.height() * size.height()));
+        view.jumbleTo(frames);
+    }
     m_applying = false;
 }
 

@@ -7,7 +7,6 @@
 #include <QJsonDocument>
 #include <QLocalServer>
 #include <QLocalSocket>
-#include <QStandardPaths>
 
 #include <unistd.h>
 
@@ -26,8 +25,10 @@ SingleInstance::~SingleInstance() = default;
 
 QString SingleInstance::serverNameForStore(const QString &storePath)
 {
-    QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    if (folder.isEmpty())
+    // The user's runtime folder; the temporary folder where a session has none (the user id
+    // in the name keeps users apart there).
+    QString folder = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    if (folder.isEmpty() || !QFileInfo(folder).isDir())
         folder = QDir::tempPath();
     const QByteArray store = QFileInfo(storePath).absoluteFilePath().toUtf8();
     const QByteArray tag = QCryptographicHash::hash(store, QCryptographicHash::Sha1).toHex().left(12);

@@ -48,7 +48,8 @@ public:
     double heightIncrement = 5.0;
     int imageFrameStyle = 0;
     QColor backgroundColor = QColor(Qt::transparent);
-    // While jumbled, the frame of each tile in tile order (in the collage's coordinates).
+    // While jumbled, the frame of each tile in tile order, in fractions of the collage's width
+    // and height (so it fits the collage at any size it is shown or rendered at).
     bool jumbled = false;
     QList<QRectF> jumbledFrames;
     // Top-level keys this version does not know, written back as they were read.
