@@ -59,18 +59,19 @@ bool SingleInstance::listen()
 {
     if (isListening())
         return true;
-    m_server = new QLocalServer(this);
-    m_server->setSocketOptions(QLocalServer::UserAccessOption);
-    if (!m_server->listen(m_serverName)) {
-        // A socket file nobody answers on is what a program that died leaves behind.
+    // Qt's listen replaces whatever file has the name, so a live instance is asked first; a
+    // socket file nobody answers on is what a program that died leaves behind.
+    {
         QLocalSocket probe;
         probe.connectToServer(m_serverName);
         if (probe.waitForConnected(500))
-            return false; // someone is there after all
-        QLocalServer::removeServer(m_serverName);
-        if (!m_server->listen(m_serverName))
             return false;
     }
+    QLocalServer::removeServer(m_serverName);
+    m_server = new QLocalServer(this);
+    m_server->setSocketOptions(QLocalServer::UserAccessOption);
+    if (!m_server->listen(m_serverName))
+        return false;
     connect(m_server, &QLocalServer::newConnection, this, &SingleInstance::acceptConnection);
     return true;
 }

@@ -43,6 +43,8 @@ CollageDocument fullDocument(const QString &folder)
                   {1, 3, 2});
     doc.coordinateTransform = 3;
     doc.spacingType = 1;
+    doc.widthIncrement = 12;
+    doc.heightIncrement = 7.5;
     doc.imageFrameStyle = 2;
     doc.backgroundColor = QColor(10, 20, 30, 128);
     doc.jumbled = true;
@@ -69,6 +71,8 @@ TEST(CollageDocument, EveryFieldSurvivesWritingAndReading)
     EXPECT_EQ(back.coordinateTransform, 3);
     EXPECT_EQ(back.spacingType, 1);
     EXPECT_EQ(back.imageFrameStyle, 2);
+    EXPECT_EQ(back.widthIncrement, 12);
+    EXPECT_EQ(back.heightIncrement, 7.5);
     EXPECT_EQ(back.backgroundColor, doc.backgroundColor);
     EXPECT_TRUE(back.jumbled);
     EXPECT_EQ(back.jumbledFrames, doc.jumbledFrames);
@@ -184,6 +188,7 @@ INSTANTIATE_TEST_SUITE_P(
         MalformedCase{"TemplateWithoutModules", [](QVariantMap &m) { m[QStringLiteral("template")] = QVariantMap(); }, "savedTessaryDataModules"},
         MalformedCase{"TransformOutOfRange", [](QVariantMap &m) { m[QStringLiteral("coordinateTransform")] = qint64(5); }, "coordinateTransform"},
         MalformedCase{"SpacingIsReal", [](QVariantMap &m) { m[QStringLiteral("spacingType")] = 0.5; }, "spacingType"},
+        MalformedCase{"NegativeIncrement", [](QVariantMap &m) { m[QStringLiteral("widthIncrement")] = -1.0; }, "widthIncrement"},
         MalformedCase{"BadColour", [](QVariantMap &m) { m[QStringLiteral("backgroundColor")] = QStringLiteral("#zz"); }, "backgroundColor"},
         MalformedCase{"PhotosNotArray", [](QVariantMap &m) { m[QStringLiteral("photos")] = QStringLiteral("a.jpg"); }, "photos"},
         MalformedCase{"PhotoNotDictionary", [](QVariantMap &m) { m[QStringLiteral("photos")] = QVariantList{QStringLiteral("a.jpg")}; }, "photo 1"},
