@@ -11,6 +11,7 @@
 #include "widgets/TemplateActions.h"
 #include "widgets/TessaryView.h"
 #include "AppFixture.h"
+#include "ScreenshotFolder.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -18,6 +19,7 @@
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QPointer>
 #include <QSpinBox>
@@ -185,6 +187,14 @@ TEST_F(CollageDocumentWindowTest, SaveAndOpenRestoresEveryField)
     ASSERT_NE(recent, nullptr);
     ASSERT_FALSE(recent->actions().isEmpty());
     EXPECT_EQ(recent->actions().first()->data().toString(), file);
+
+    ASSERT_TRUE(QTest::qWaitFor([this] { return view().allTilesFilled(); }, 10000));
+    saveScreenshot(window, "collage-document-opened");
+    QMenu *fileMenu = window.menuBar()->actions().first()->menu();
+    fileMenu->popup(window.mapToGlobal(QPoint(0, 0)));
+    ASSERT_TRUE(QTest::qWaitFor([fileMenu] { return fileMenu->isVisible(); }, 2000));
+    saveScreenshot(*fileMenu, "file-menu-collage-documents");
+    fileMenu->hide();
 }
 
 // The folder of photos and document moved together: the photos are found by their relative
