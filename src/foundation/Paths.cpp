@@ -47,14 +47,14 @@ QString Paths::resourcesFolder()
 
 QString Paths::resourcesFolderBeside(const QString &programFolder)
 {
-    // Installed: bin/ beside share/tessary (any prefix); built: bin/ beside resources/.
-    for (const QString &candidate : {programFolder + QStringLiteral("/../share/tessary"), programFolder + QStringLiteral("/../resources")}) {
-        if (QFileInfo::exists(candidate + QStringLiteral("/templates.plist")))
-            return QDir(candidate).canonicalPath();
+    // Installed: bin/ beside share/tessary (any prefix); built: bin/ beside resources/. A folder
+    // holding the built-in templates wins over one that merely exists.
+    const QStringList candidates{programFolder + QStringLiteral("/../share/tessary"), programFolder + QStringLiteral("/../resources")};
+    for (const auto &holds : {QStringLiteral("/templates.plist"), QString()}) {
+        for (const QString &candidate : candidates) {
+            if (QFileInfo::exists(candidate + holds))
+                return QDir(candidate).canonicalPath();
+        }
     }
-    for (const QString &candidate : {programFolder + QStringLiteral("/../share/tessary"), programFolder + QStringLiteral("/../resources")}) {
-        if (QDir(candidate).exists())
-            return QDir(candidate).canonicalPath();
-    }
-    return QDir::cleanPath(programFolder + QStringLiteral("/../share/tessary"));
+    return QDir::cleanPath(candidates.first());
 }
