@@ -22,7 +22,8 @@ root=$work/root
 dpkg-deb -x "$deb" "$root"
 usr=$root/usr
 
-# --- Every installed file, against the list of what must be there.
+# --- Every installed file, against the list of what must be there: the programs, the desktop
+# files, and the build's resources folder, whole (other parts of the program add resources there).
 expected=(
   bin/tessary bin/tessary-cli
   share/applications/org.tessary.Tessary.desktop
@@ -31,26 +32,24 @@ expected=(
   share/icons/hicolor/scalable/apps/org.tessary.Tessary.svg
   share/man/man1/tessary.1 share/man/man1/tessary-cli.1
   share/bash-completion/completions/tessary-cli
-  share/tessary/templates.plist share/tessary/templates_additional.plist
-  share/tessary/Templates/Columns.plist share/tessary/Templates/Rows.plist
-  share/tessary/Templates/Mosaics.plist share/tessary/Templates/Large.plist
-  share/tessary/blank.png share/tessary/defaultImage.png share/tessary/ximage.png
-  share/tessary/xcircle.tiff share/tessary/harp.aif share/tessary/UniformlyCrop.png
-  share/tessary/MatchingMarginWidth.tif share/tessary/BlendingMarginWidth.tif
-  share/tessary/InputImageScaling.tif share/tessary/HomographyScaling.tif share/tessary/CropResult.tif
 )
 for size in 16 22 24 32 48 64 128 256 512; do
   expected+=("share/icons/hicolor/${size}x${size}/apps/org.tessary.Tessary.png")
 done
-for i in $(seq 0 48); do expected+=("share/tessary/images-$i.jpg"); done
-for i in $(seq 0 8); do expected+=("share/tessary/flower-$i.jpg"); done
-for f in resources/help/*; do expected+=("share/tessary/help/$(basename "$f")"); done
+while IFS= read -r f; do expected+=("share/tessary/$f"); done < <(cd "$build/resources" && find . -type f -printf '%P\n')
+# What the programs need in any case.
+required=(templates.plist templates_additional.plist Templates/Columns.plist blank.png defaultImage.png
+          harp.aif help/index.html)
+for i in $(seq 0 48); do required+=("images-$i.jpg"); done
+for i in $(seq 0 8); do required+=("flower-$i.jpg"); done
+for f in "${required[@]}"; do [ -s "$usr/share/tessary/$f" ] || fail "share/tessary/$f is missing"; done
 printf '%s\n' "${expected[@]}" | sort >"$work/expected"
 (cd "$usr" && find . -type f -printf '%P\n' | sort) >"$work/installed"
 if ! diff -u "$work/expected" "$work/installed" >"$work/files.diff"; then
   cat "$work/files.diff"; fail "installed files differ from the list (- missing, + unexpected)"
 fi
 (cd "$usr" && find . -type f -empty -printf '%P\n') | grep . && fail "empty files installed"
+diff -r -q "$build/resources" "$usr/share/tessary" || fail "share/tessary differs from the build's resources"
 for b in tessary tessary-cli; do
   [ -x "$usr/bin/$b" ] || fail "bin/$b is not executable"
   file "$usr/bin/$b" | grep -q 'ELF 64-bit' || fail "bin/$b is not a program"
