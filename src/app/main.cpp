@@ -8,6 +8,7 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QIcon>
 #include <QGuiApplication>
 #include <QSocketNotifier>
 #include <QStyle>
@@ -73,6 +74,8 @@ int main(int argc, char **argv)
     QApplication app(argc, argv);
     app.setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     app.setPalette(app.style()->standardPalette());
+    // The installed icon (hicolor theme), for window decorations that do not read the desktop entry.
+    app.setWindowIcon(QIcon::fromTheme(QStringLiteral("org.tessary.Tessary")));
     quitOnTerminationSignals(app);
 
     // Files to open: photos, templates files and collage documents (options are not files).
