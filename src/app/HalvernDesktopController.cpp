@@ -1,5 +1,6 @@
 #include "app/HalvernDesktopController.h"
 
+#include "app/CollageDocumentActions.h"
 #include "app/CompletionSound.h"
 #include "app/LoadFileSheet.h"
 #include "app/MainWindow.h"
@@ -8,12 +9,14 @@
 #include "app/WelcomeSheet.h"
 #include "app/TessaryLinks.h"
 #include "foundation/Log.h"
+#include "foundation/OpenedFiles.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "images/ImageBrowserController.h"
 #include "templates/TemplateStore.h"
 #include "widgets/ImageBrowserPanel.h"
+#include "templates/TemplateEditor.h"
 #include "widgets/TemplateActions.h"
 #include "widgets/TemplateTabView.h"
 #include "widgets/TessaryView.h"
@@ -61,6 +64,7 @@ void HalvernDesktopController::awakeFromNib()
     m_welcomeWindow = new WelcomeSheet(m_defaults, window);
     connect(m_welcomeWindow, &WelcomeSheet::visitWebsiteRequested, this, &HalvernDesktopController::goToWebsite);
     m_preferencesWindow = new PreferencesWindow(m_defaults, m_resourcesFolder, window);
+    m_collageDocuments = new CollageDocumentActions(*window, *m_imageBrowserController, m_defaults, m_alerts, this);
 
     // A template change that could not be stored is said on the window, as the photo list's is.
     connect(&m_mainWindow->tessaryView().templateStore(), &TemplateStore::writeFailed, this,
@@ -78,7 +82,25 @@ void HalvernDesktopController::launch(const QStringList &imageFiles)
     applicationWillFinishLaunching();
     applicationDidFinishLaunching();
     if (!imageFiles.isEmpty())
-        m_imageBrowserController->addImagesWithPaths(imageFiles);
+        openFiles(imageFiles);
+}
+
+void HalvernDesktopController::openFiles(const QStringList &files)
+{
+    const OpenedFiles sorted = OpenedFiles::sort(files);
+    if (!sorted.collages.isEmpty())
+        m_collageDocuments->openCollage(sorted.collages.first());
+    if (!sorted.templateFiles.isEmpty()) {
+        QStringList skipped;
+        m_mainWindow->templateActions().editor().importTemplateFiles(sorted.templateFiles, false, &skipped);
+        for (const QString &line : std::as_const(skipped))
+            qCInfo(lcTessary, "Not imported: %s", qUtf8Printable(line));
+    }
+    if (!sorted.photos.isEmpty())
+        m_imageBrowserController->addImagesWithPaths(sorted.photos);
+    m_mainWindow->show();
+    m_mainWindow->raise();
+    m_mainWindow->activateWindow();
 }
 
 void HalvernDesktopController::applicationWillFinishLaunching()

@@ -10,6 +10,7 @@
 
 #include <memory>
 
+class CollageDocumentActions;
 class CompletionSound;
 class LoadFileSheet;
 class PreferencesWindow;
@@ -30,9 +31,14 @@ public:
     HalvernDesktopController(UserDefaults &defaults, const QString &resourcesFolder, QObject *parent = nullptr);
     ~HalvernDesktopController() override;
 
-    // Shows the main window and runs the launch steps; image files given are added to the
-    // photo list.
+    // Shows the main window and runs the launch steps, then opens the files given (openFiles).
     void launch(const QStringList &imageFiles = {});
+    // Files opened with Tessary (at start or handed over by a later start): photos are added to
+    // the photo list, templates files imported into "My Templates", the first collage document
+    // opened; the window comes forward.
+    void openFiles(const QStringList &files);
+    // Save Collage As…, Open Collage… and Open Recent.
+    CollageDocumentActions &collageDocuments() const { return *m_collageDocuments; }
     // Saves what must survive the run. Safe to call more than once; the first call does it.
     void applicationWillTerminate();
 
@@ -90,5 +96,6 @@ private:
     WelcomeSheet *m_welcomeWindow = nullptr;
     LoadFileSheet *m_loadFileWindow = nullptr;
     TemplateGallerySheet *m_templateWebviewWindow = nullptr;
+    CollageDocumentActions *m_collageDocuments = nullptr;
     bool m_terminated = false;
 };

@@ -94,6 +94,10 @@ void MainWindow::buildMenus()
     add(file, "loadSampleFlowers", tr("Load Sample Flowers"));
     add(file, "loadFactoryPhotos", tr("Load Factory Photos"));
     file->addSeparator();
+    add(file, "openCollage", tr("Open Collage…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+    file->addMenu(tr("Open Recent"))->setObjectName(QStringLiteral("openRecentMenu"));
+    add(file, "saveCollageAs", tr("Save Collage As…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
+    file->addSeparator();
     add(file, "quit", tr("Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q))->setMenuRole(QAction::QuitRole);
 
     QMenu *edit = menuBar()->addMenu(tr("&Edit"));

@@ -1,6 +1,7 @@
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
 #include "app/WebEngineEnvironment.h"
+#include "app/SingleInstance.h"
 #include "app/WindowProbe.h"
 #include "foundation/Paths.h"
 #include "foundation/UserDefaults.h"
@@ -8,6 +9,7 @@
 
 #include <QApplication>
 #include <QFileInfo>
+#include <QIcon>
 #include <QGuiApplication>
 #include <QSocketNotifier>
 #include <QStyle>
@@ -74,19 +76,29 @@ int main(int argc, char **argv)
     QApplication app(argc, argv);
     app.setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     app.setPalette(app.style()->standardPalette());
+    // The installed icon (hicolor theme), for window decorations that do not read the desktop entry.
+    app.setWindowIcon(QIcon::fromTheme(QStringLiteral("org.tessary.Tessary")));
     quitOnTerminationSignals(app);
+
+    // Files to open: photos, templates files and collage documents (options are not files).
+    QStringList files;
+    for (const QString &argument : app.arguments().mid(1)) {
+        if (!argument.startsWith(QLatin1Char('-')) && QFileInfo(argument).isFile())
+            files.append(QFileInfo(argument).absoluteFilePath());
+    }
+    // One window per user and store: a later start hands its files to the running window.
+    SingleInstance instance(SingleInstance::serverNameForStore(UserDefaults::defaultFilePath()));
+    if (instance.sendToRunningInstance(files))
+        return 0;
+    instance.listen();
 
     UserDefaults defaults;
     if (!defaults.isOpen()) {
         std::fprintf(stderr, "tessary: %s\n", qUtf8Printable(defaults.errorString()));
         return 1;
     }
-    QStringList files;
-    for (const QString &argument : app.arguments().mid(1)) {
-        if (QFileInfo(argument).isFile())
-            files.append(QFileInfo(argument).absoluteFilePath());
-    }
     HalvernDesktopController controller(defaults, Paths::resourcesFolder());
+    QObject::connect(&instance, &SingleInstance::filesReceived, &controller, &HalvernDesktopController::openFiles);
     WindowProbe::createIfRequested(&controller.mainWindow(), &controller.mainWindow().tessaryView(), &app);
     controller.launch(files);
     return app.exec();

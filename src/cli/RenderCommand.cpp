@@ -10,6 +10,7 @@
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "images/ImageBookmarks.h"
+#include "model/CollageDocument.h"
 #include "model/CollageRenderer.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
@@ -20,6 +21,7 @@
 #include "templates/TemplatesFile.h"
 
 #include <QBuffer>
+#include <QDir>
 #include <QFileInfo>
 #include <QImageWriter>
 #include <QPainter>
@@ -40,6 +42,9 @@ const char *kHelp =
     "without a photo show nothing (or the placeholder with --render-empty-tiles).\n"
     "\n"
     "Collage:\n"
+    "  --collage FILE.tessary   a saved collage document: its template, photos, alignments,\n"
+    "                           transform, spacing, background and jumbled tiles (photos that\n"
+    "                           are missing are named and their tiles left empty: status 3)\n"
     "  --template FILE[:INDEX]  a template of a templates file (INDEX from 0, default 0)\n"
     "  --builtin N              the built-in template at row N (297: the one shown at first start)\n"
     "  --align A                fit every photo by A: 0 center, 1 start, 2 end, 3 fit\n"
@@ -73,6 +78,7 @@ const char *kHelp =
     "3 written, but some photos could not be read (their tiles are left empty).\n";
 
 struct Request {
+    std::optional<QString> collage;
     std::optional<QString> templateFile;
     int templateIndex = 0;
     std::optional<qint64> builtin;
@@ -181,7 +187,12 @@ QString parse(const QStringList &args, Request &r)
             return v;
         };
         const auto missing = [&]() { return QStringLiteral("%1 needs a value").arg(a); };
-        if (a == QLatin1String("--template")) {
+        if (a == QLatin1String("--collage")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            r.collage = v->first();
+        } else if (a == QLatin1String("--template")) {
             const auto v = value();
             if (!v)
                 return missing();
@@ -314,6 +325,8 @@ QString parse(const QStringList &args, Request &r)
     }
     if (r.templateFile && r.builtin)
         return QStringLiteral("give either --template or --builtin, not both");
+    if (r.collage && (r.templateFile || r.builtin || !r.photos.isEmpty()))
+        return QStringLiteral("--collage brings its own template and photos: give no --template, --builtin or PHOTO");
     if (r.unscaled && r.scale > 0)
         return QStringLiteral("--unscaled and --scale exclude each other");
     if (!r.layoutOnly) {
@@ -343,6 +356,8 @@ public:
             if (!info.isFile())
                 return m_context.fail(QStringLiteral("render: photo '%1' is not a file").arg(p), 2);
         }
+        if (m_request.collage)
+            return runCollage();
         UserDefaults defaults;
         QVariantMap templateData;
         if (const QString error = chooseTemplate(defaults, templateData); !error.isEmpty())
@@ -379,10 +394,58 @@ public:
                                       .arg(layout.contentSizeWidth)
                                       .arg(layout.contentSizeHeight)
                                       .arg(layout.moduleSizeInPoints));
-        return render(layout, prefs);
+        return render(layout, prefs, m_request.background.value_or(prefs.tessaryBackgroundColor()));
     }
 
 private:
+    // A saved collage document: everything comes from it but the picture's options.
+    int runCollage()
+    {
+        const CollageDocument::ReadResult read = CollageDocument::read(*m_request.collage);
+        if (!read.ok())
+            return m_context.fail(QStringLiteral("render: %1").arg(read.error));
+        const CollageDocument &doc = *read.document;
+        const QString resources = Paths::resourcesFolder();
+        // A missing photo leaves its tile empty, as the window does.
+        QStringList paths = doc.photoPaths();
+        for (QString &p : paths) {
+            if (p.isEmpty())
+                p = QDir(resources).filePath(QStringLiteral("blank.png"));
+        }
+        for (const QString &missing : read.missingPhotos)
+            m_context.err << "tessary-cli: warning: photo '" << missing << "' of the collage was not found (its tile is left empty)\n";
+        RenderPhotoList photos(paths, doc.photoAlignments(), -1);
+        if (m_request.align)
+            photos.setAllAlignments(*m_request.align);
+
+        LayoutEngine engine(LayoutEngine::defaultImagePathInFolder(resources));
+        engine.setCoordinateTransform(doc.coordinateTransform);
+        engine.setSpacingType(doc.spacingType);
+        engine.setImageFrameStyle(doc.imageFrameStyle);
+        engine.setIncrements(doc.widthIncrement, doc.heightIncrement);
+        const QSizeF own(PlistValue::floatValue(doc.templateData.value(Preferences::ContentSizeWidth)),
+                         PlistValue::floatValue(doc.templateData.value(Preferences::ContentSizeHeight)));
+        CollageLayout layout = engine.layoutTemplate(doc.templateData, m_request.size.value_or(own), &photos);
+        CoordinateTransform::applyCoordinateTransform(layout);
+        if (doc.jumbled && qsizetype(layout.tiles.size()) == doc.jumbledFrames.size()) {
+            const QSizeF size = layout.contentSize;
+            for (size_t k = 0; k < layout.tiles.size(); ++k) {
+                const QRectF &f = doc.jumbledFrames[qsizetype(k)];
+                layout.tiles[k].frame = QRectF(f.x() * size.width(), f.y() * size.height(), f.width() * size.width(),
+                                               f.height() * size.height());
+            }
+        }
+        if (m_request.layoutOnly)
+            return printLayout(layout);
+        if (layout.tiles.empty() || layout.contentSize.isEmpty())
+            return m_context.fail(QStringLiteral("render: the collage's template places no tiles"));
+        UserDefaults defaults;
+        const Preferences prefs(defaults);
+        const QColor background = m_request.background.value_or(doc.backgroundColor);
+        const int status = render(layout, prefs, background);
+        return status == 0 && !read.missingPhotos.isEmpty() ? 3 : status;
+    }
+
     // The template to lay out: from a file, the built-in library, or the store's current values.
     QString chooseTemplate(UserDefaults &defaults, QVariantMap &templateData)
     {
@@ -462,10 +525,10 @@ private:
         return 0;
     }
 
-    int render(const CollageLayout &layout, const Preferences &prefs)
+    int render(const CollageLayout &layout, const Preferences &prefs, const QColor &background)
     {
         CollageRenderer::Options options;
-        options.background = m_request.background.value_or(prefs.tessaryBackgroundColor());
+        options.background = background;
         options.renderEmptyTiles = m_request.renderEmptyTiles || prefs.renderEmptyTiles();
         options.threads = m_request.threads;
         // A progress line only for a person watching a terminal.

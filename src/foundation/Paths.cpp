@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 namespace {
@@ -41,10 +42,19 @@ QString Paths::resourcesFolder()
     if (!env.isEmpty())
         return env;
     const QString appDir = QCoreApplication::instance() ? QCoreApplication::applicationDirPath() : QDir::currentPath();
-    // Built tree: bin/ beside resources/; installed: share/tessary/resources.
-    for (const QString &candidate : {appDir + QStringLiteral("/../resources"), appDir + QStringLiteral("/../share/tessary/resources")}) {
-        if (QDir(candidate).exists())
-            return QDir(candidate).canonicalPath();
+    return resourcesFolderBeside(appDir);
+}
+
+QString Paths::resourcesFolderBeside(const QString &programFolder)
+{
+    // Installed: bin/ beside share/tessary (any prefix); built: bin/ beside resources/. A folder
+    // holding the built-in templates wins over one that merely exists.
+    const QStringList candidates{programFolder + QStringLiteral("/../share/tessary"), programFolder + QStringLiteral("/../resources")};
+    for (const auto &holds : {QStringLiteral("/templates.plist"), QString()}) {
+        for (const QString &candidate : candidates) {
+            if (QFileInfo::exists(candidate + holds))
+                return QDir(candidate).canonicalPath();
+        }
     }
-    return QDir(appDir).filePath(QStringLiteral("../resources"));
+    return QDir::cleanPath(candidates.first());
 }

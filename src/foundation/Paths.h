@@ -15,6 +15,9 @@ public:
     static bool ensureImagesFolder();
     // A file name appended to the Documents folder.
     static QString documentsPathForFileName(const QString &fileName);
-    // $TESSARY_RESOURCES, else the "resources" folder installed beside the program.
+    // $TESSARY_RESOURCES, else the resources found from the running program's folder.
     static QString resourcesFolder();
+    // The resources of a program in programFolder: "../share/tessary" when installed under a
+    // prefix, "../resources" in a build folder; the one holding the built-in templates wins.
+    static QString resourcesFolderBeside(const QString &programFolder);
 };

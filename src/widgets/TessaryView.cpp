@@ -424,6 +424,14 @@ void TessaryView::jumble()
     emit jumbledChanged(true);
 }
 
+void TessaryView::jumbleTo(const QList<QRectF> &frames)
+{
+    std::vector<QRectF> current = tileFrames();
+    d->jumble.jumble(current, QSizeF(d->document->size()));
+    moveTiles(std::vector<QRectF>(frames.begin(), frames.end()));
+    emit jumbledChanged(true);
+}
+
 void TessaryView::undojumble()
 {
     if (!d->jumble.isJumbled())

@@ -98,6 +98,9 @@ public slots:
     void jumble();
     void undojumble();
     void unjumble();
+    // Enters the jumbled state with the tiles at the given frames (tile order), as a saved
+    // collage left them; Undo Jumble then returns them to their laid-out places.
+    void jumbleTo(const QList<QRectF> &frames);
     // The view's frame changed: a new size is laid out, an unchanged one is not.
     void frameDidChangeNotification();
 

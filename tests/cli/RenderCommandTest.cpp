@@ -5,6 +5,7 @@
 #include "foundation/Preferences.h"
 #include "foundation/PropertyList.h"
 #include "foundation/UserDefaults.h"
+#include "model/CollageDocument.h"
 
 #include <QFile>
 #include <QImage>
@@ -108,6 +109,9 @@ INSTANTIATE_TEST_SUITE_P(
         BadArgs{"noBuiltInLibrary", {"--builtin", "297", "-o", "DIR/x.png"}, 1, "no built-in templates"},
         BadArgs{"noCurrentCollage", {"-o", "DIR/x.png"}, 1, "holds no collage"},
         BadArgs{"tooLarge", {"--template", "TEMPLATES", "--scale", "1000", "-o", "DIR/x.png"}, 1, "too large"},
+        BadArgs{"collageAndTemplate", {"--collage", "DIR/c.tessary", "--template", "TEMPLATES", "-o", "DIR/x.png"}, 2, "--collage brings"},
+        BadArgs{"collageMissing", {"--collage", "DIR/none.tessary", "-o", "DIR/x.png"}, 1, "none.tessary"},
+        BadArgs{"collageNotADocument", {"--collage", "TEMPLATES", "-o", "DIR/x.png"}, 1, "not a collage document"},
         BadArgs{"unwritableOutput", {"--template", "TEMPLATES", "-o", "DIR/no/such/folder/x.png"}, 1, "cannot write"}));
 
 TEST_F(RenderCommandTest, WritesEveryFormatAtTheRequestedScale)
@@ -239,6 +243,29 @@ TEST_F(RenderCommandTest, RendersTheCurrentCollageOfTheStore)
     EXPECT_GT(image.pixelColor(40, 40).blue(), 200);  // the first stored photo
     EXPECT_GT(image.pixelColor(120, 40).red(), 200);  // the second
     EXPECT_EQ(image.pixelColor(200, 40), QColor(Qt::black)); // no third photo: background
+}
+
+// A saved collage document: its template, photos with alignments, transform and background;
+// a photo that is gone is named and its tile left empty.
+TEST_F(RenderCommandTest, RendersACollageDocument)
+{
+    CollageDocument doc;
+    doc.templateData = gridTemplate(3, 1, 40);
+    doc.setPhotos({photos[0], path("gone.jpg"), photos[2]}, {0, 0, 3});
+    doc.coordinateTransform = 1; // flipped horizontally: the first photo ends up on the right
+    doc.backgroundColor = Qt::black;
+    const QString file = path("c.tessary");
+    ASSERT_TRUE(doc.write(file));
+    const QString out = path("collage.png");
+    const CliRun r = run({"--collage", file, "--scale", "2", "-o", out});
+    EXPECT_EQ(r.code, 3) << r.err.toStdString();
+    EXPECT_TRUE(r.err.contains(QStringLiteral("gone.jpg"))) << r.err.toStdString();
+    const QImage image(out);
+    ASSERT_EQ(image.size(), QSize(240, 80));
+    EXPECT_GT(image.pixelColor(200, 40).red(), 200);  // photo 0, flipped to the right
+    EXPECT_GT(image.pixelColor(40, 40).blue(), 200);  // photo 2, on the left
+    EXPECT_EQ(image.pixelColor(120, 40).rgb(), QColor(Qt::black).rgb()); // the gone photo's tile
+    EXPECT_EQ(image.pixelColor(1, 1).rgb(), QColor(Qt::black).rgb());     // the document's background
 }
 
 } // namespace

@@ -1,0 +1,312 @@
+#include "app/CollageDocumentActions.h"
+
+#include "app/HalvernDesktopController.h"
+#include "app/MainWindow.h"
+#include "foundation/Paths.h"
+#include "foundation/Preferences.h"
+#include "images/ImageBookmarks.h"
+#include "images/ImageBrowserController.h"
+#include "templates/TemplateStore.h"
+#include "widgets/CollageControlBar.h"
+#include "widgets/TemplateActions.h"
+#include "widgets/TessaryView.h"
+#include "AppFixture.h"
+#include "ScreenshotFolder.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QComboBox>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPointer>
+#include <QSpinBox>
+#include <QTest>
+
+#include <memory>
+
+namespace {
+
+// The visible top-level dialogs of a kind.
+template <typename Dialog>
+QList<Dialog *> visibleDialogs()
+{
+    QList<Dialog *> found;
+    for (QWidget *w : QApplication::topLevelWidgets())
+        if (auto *d = qobject_cast<Dialog *>(w); d && d->isVisible())
+            found.append(d);
+    return found;
+}
+
+template <typename Dialog>
+Dialog *waitForDialog()
+{
+    Dialog *found = nullptr;
+    (void)QTest::qWaitFor([&] {
+        const QList<Dialog *> all = visibleDialogs<Dialog>();
+        found = all.isEmpty() ? nullptr : all.first();
+        return found != nullptr;
+    }, 5000);
+    return found;
+}
+
+// Answers the open message box with OK; its texts.
+std::pair<QString, QString> dismissAlert()
+{
+    QMessageBox *box = waitForDialog<QMessageBox>();
+    if (!box) {
+        ADD_FAILURE() << "no message box";
+        return {};
+    }
+    const std::pair<QString, QString> texts{box->text(), box->informativeText()};
+    box->buttons().first()->click();
+    const QPointer<QMessageBox> open(box);
+    EXPECT_TRUE(QTest::qWaitFor([open] { return !open || !open->isVisible(); }, 2000));
+    return texts;
+}
+
+class CollageDocumentWindowTest : public AppFixture
+{
+protected:
+    void SetUp() override
+    {
+        AppFixture::SetUp();
+        defaults->setBool(true, Preferences::DoNotShowWelcomeWindowAgain);
+        album = dir.filePath(QStringLiteral("album"));
+        QDir().mkpath(album);
+        for (int i = 0; i < 3; ++i) {
+            QImage image(60 + 10 * i, 40, QImage::Format_RGB32);
+            image.fill(QColor::fromHsv(100 * i, 200, 200));
+            photos << QDir(album).filePath(QStringLiteral("photo %1.png").arg(i));
+            ASSERT_TRUE(image.save(photos.last()));
+        }
+        controller = std::make_unique<HalvernDesktopController>(*defaults, Paths::resourcesFolder());
+        controller->launch();
+        ASSERT_TRUE(QTest::qWaitFor([this] { return !view().currentLayout().tiles.empty(); }, 30000));
+    }
+    void TearDown() override
+    {
+        controller.reset();
+        AppFixture::TearDown();
+    }
+
+    TessaryView &view() const { return controller->mainWindow().tessaryView(); }
+    CollageControlBar &bar() const { return controller->mainWindow().controlBar(); }
+    CollageDocumentActions &documents() const { return controller->collageDocuments(); }
+    ImageBrowserController &browser() const { return controller->imageBrowserController(); }
+
+    // Sets every field of the collage away from the first start's values.
+    void makeCollage()
+    {
+        view().doChooseTemplate(TemplateTable::BuiltIn, 12);
+        browser().removeItemsAtIndexes([this] {
+            QList<qsizetype> all;
+            for (qsizetype i = 0; i < browser().count(); ++i)
+                all << i;
+            return all;
+        }());
+        browser().addImagesWithPaths(photos);
+        browser().imageBookmarks().setAligment(ImageBookmarks::ResizeScale, 1);
+        browser().imageBookmarks().setAligment(ImageBookmarks::ResizeCropEnd, 2);
+        bar().spacingTypePopUp()->setCurrentIndex(1);
+        bar().imageFrameStylePopUp()->setCurrentIndex(2);
+        bar().widthSpacing()->setValue(12);
+        bar().heightSpacing()->setValue(8);
+        view().setCoordinateTransform(2);
+        view().setTessaryBackgroundColor(QColor(10, 20, 30, 200));
+        view().jumble();
+    }
+
+    // Sets everything back to other values, so an open has something to restore.
+    void changeCollage()
+    {
+        view().unjumble();
+        view().doChooseTemplate(TemplateTable::BuiltIn, 40);
+        browser().loadFactoryImages();
+        bar().spacingTypePopUp()->setCurrentIndex(0);
+        bar().imageFrameStylePopUp()->setCurrentIndex(0);
+        bar().widthSpacing()->setValue(3);
+        view().setCoordinateTransform(0);
+        view().setTessaryBackgroundColor(Qt::transparent);
+    }
+
+    QString album;
+    QStringList photos;
+    std::unique_ptr<HalvernDesktopController> controller;
+};
+
+void expectSameCollage(const CollageDocument &a, const CollageDocument &b)
+{
+    EXPECT_EQ(a.templateData, b.templateData);
+    EXPECT_EQ(a.photoPaths(), b.photoPaths());
+    EXPECT_EQ(a.photoAlignments(), b.photoAlignments());
+    EXPECT_EQ(a.coordinateTransform, b.coordinateTransform);
+    EXPECT_EQ(a.spacingType, b.spacingType);
+    EXPECT_EQ(a.imageFrameStyle, b.imageFrameStyle);
+    EXPECT_EQ(a.widthIncrement, b.widthIncrement);
+    EXPECT_EQ(a.heightIncrement, b.heightIncrement);
+    EXPECT_EQ(a.backgroundColor, b.backgroundColor);
+    EXPECT_EQ(a.jumbled, b.jumbled);
+    ASSERT_EQ(a.jumbledFrames.size(), b.jumbledFrames.size());
+    for (qsizetype i = 0; i < a.jumbledFrames.size(); ++i) {
+        EXPECT_NEAR(a.jumbledFrames[i].x(), b.jumbledFrames[i].x(), 1e-9) << i;
+        EXPECT_NEAR(a.jumbledFrames[i].y(), b.jumbledFrames[i].y(), 1e-9) << i;
+        EXPECT_NEAR(a.jumbledFrames[i].width(), b.jumbledFrames[i].width(), 1e-9) << i;
+    }
+}
+
+// Save, change everything, open: every field is back, the title names the document and the
+// unsaved-changes mark follows the changes.
+TEST_F(CollageDocumentWindowTest, SaveAndOpenRestoresEveryField)
+{
+    makeCollage();
+    const CollageDocument saved = documents().currentCollage();
+    ASSERT_TRUE(saved.jumbled);
+    ASSERT_EQ(saved.photos.size(), 3);
+    const QString file = QDir(album).filePath(QStringLiteral("Summer.tessary"));
+    ASSERT_TRUE(documents().saveCollage(file));
+    MainWindow &window = controller->mainWindow();
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("Summer[*] — Tessary"));
+    EXPECT_FALSE(window.isWindowModified());
+
+    changeCollage();
+    EXPECT_TRUE(window.isWindowModified());
+
+    ASSERT_TRUE(documents().openCollage(file));
+    expectSameCollage(documents().currentCollage(), saved);
+    EXPECT_FALSE(window.isWindowModified());
+    EXPECT_TRUE(view().isJumbled());
+    EXPECT_EQ(bar().spacingTypePopUp()->currentIndex(), 1);
+    EXPECT_EQ(bar().imageFrameStylePopUp()->currentIndex(), 2);
+    EXPECT_EQ(bar().widthSpacing()->value(), 12);
+    EXPECT_TRUE(visibleDialogs<QMessageBox>().isEmpty());
+    // Recent documents, newest first, in the Open Recent menu.
+    auto *recent = window.findChild<QMenu *>(QStringLiteral("openRecentMenu"));
+    ASSERT_NE(recent, nullptr);
+    ASSERT_FALSE(recent->actions().isEmpty());
+    EXPECT_EQ(recent->actions().first()->data().toString(), file);
+
+    ASSERT_TRUE(QTest::qWaitFor([this] { return view().allTilesFilled(); }, 10000));
+    saveScreenshot(window, "collage-document-opened");
+    QMenu *fileMenu = window.menuBar()->actions().first()->menu();
+    fileMenu->popup(window.mapToGlobal(QPoint(0, 0)));
+    ASSERT_TRUE(QTest::qWaitFor([fileMenu] { return fileMenu->isVisible(); }, 2000));
+    saveScreenshot(*fileMenu, "file-menu-collage-documents");
+    fileMenu->hide();
+}
+
+// The folder of photos and document moved together: the photos are found by their relative
+// paths, and nothing is reported. Missing photos instead are named in one message and left as
+// blank modules in their places.
+TEST_F(CollageDocumentWindowTest, MovedFolderIsFoundMissingPhotosReportedOnce)
+{
+    makeCollage();
+    ASSERT_TRUE(documents().saveCollage(QDir(album).filePath(QStringLiteral("c.tessary"))));
+    const QString moved = dir.filePath(QStringLiteral("moved album"));
+    ASSERT_TRUE(QDir().rename(album, moved));
+
+    ASSERT_TRUE(documents().openCollage(QDir(moved).filePath(QStringLiteral("c.tessary"))));
+    QTest::qWait(50);
+    EXPECT_TRUE(visibleDialogs<QMessageBox>().isEmpty());
+    EXPECT_EQ(browser().images(), QStringList({QDir(moved).filePath(QStringLiteral("photo 0.png")),
+                                               QDir(moved).filePath(QStringLiteral("photo 1.png")),
+                                               QDir(moved).filePath(QStringLiteral("photo 2.png"))}));
+
+    changeCollage();
+    ASSERT_TRUE(QFile::remove(QDir(moved).filePath(QStringLiteral("photo 0.png"))));
+    ASSERT_TRUE(QFile::remove(QDir(moved).filePath(QStringLiteral("photo 2.png"))));
+    ASSERT_TRUE(documents().openCollage(QDir(moved).filePath(QStringLiteral("c.tessary"))));
+    const auto [message, informative] = dismissAlert();
+    EXPECT_EQ(message, QStringLiteral("2 photos of the collage were not found."));
+    EXPECT_TRUE(informative.contains(QStringLiteral("photo 0.png")) && informative.contains(QStringLiteral("photo 2.png")))
+        << informative.toStdString();
+    QTest::qWait(50);
+    EXPECT_TRUE(visibleDialogs<QMessageBox>().isEmpty()) << "reported more than once";
+    ASSERT_EQ(browser().count(), 3);
+    EXPECT_EQ(browser().images()[0], browser().blankImage());
+    EXPECT_EQ(browser().images()[1], QDir(moved).filePath(QStringLiteral("photo 1.png")));
+    EXPECT_EQ(browser().images()[2], browser().blankImage());
+}
+
+// A file that is not a collage is refused with its reason; the collage stays as it was.
+TEST_F(CollageDocumentWindowTest, AMalformedDocumentIsRefused)
+{
+    const struct {
+        const char *name;
+        QByteArray bytes;
+    } cases[] = {
+        {"text.tessary", "just some text"},
+        {"array.tessary", "<?xml version=\"1.0\"?><plist version=\"1.0\"><array/></plist>"},
+        {"no template.tessary", "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>TessaryDocumentVersion</key>"
+                                "<integer>1</integer></dict></plist>"},
+    };
+    const QStringList before = browser().images();
+    for (const auto &c : cases) {
+        const QString path = dir.filePath(QString::fromLatin1(c.name));
+        QFile f(path);
+        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(c.bytes);
+        f.close();
+        EXPECT_FALSE(documents().openCollage(path)) << c.name;
+        const auto [message, informative] = dismissAlert();
+        EXPECT_EQ(message, QStringLiteral("The collage could not be opened.")) << c.name;
+        EXPECT_TRUE(informative.contains(path)) << informative.toStdString();
+        EXPECT_EQ(browser().images(), before) << c.name;
+        EXPECT_EQ(controller->mainWindow().windowTitle(), QStringLiteral("Tessary"));
+    }
+}
+
+// File > Save Collage As… and Open Collage… through Qt's own dialogs, as a person types.
+TEST_F(CollageDocumentWindowTest, TheMenuItemsUseTheFileDialogs)
+{
+    makeCollage();
+    MainWindow &window = controller->mainWindow();
+    window.action(QStringLiteral("saveCollageAs"))->trigger();
+    QFileDialog *save = waitForDialog<QFileDialog>();
+    ASSERT_NE(save, nullptr);
+    EXPECT_TRUE(save->testOption(QFileDialog::DontUseNativeDialog));
+    EXPECT_EQ(save->windowModality(), Qt::WindowModal);
+    save->setDirectory(album);
+    save->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(QStringLiteral("typed"));
+    QTest::keyClick(save, Qt::Key_Return);
+    const QString file = QDir(album).filePath(QStringLiteral("typed.tessary"));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return QFileInfo::exists(file); }, 5000));
+    EXPECT_EQ(documents().documentPath(), file);
+
+    changeCollage();
+    window.action(QStringLiteral("openCollage"))->trigger();
+    QFileDialog *open = waitForDialog<QFileDialog>();
+    ASSERT_NE(open, nullptr);
+    open->setDirectory(album);
+    open->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(QStringLiteral("typed.tessary"));
+    QTest::keyClick(open, Qt::Key_Return);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return browser().images() == photos; }, 5000));
+    EXPECT_TRUE(view().isJumbled());
+}
+
+// Files opened with Tessary: photos join the photo list, a templates file is imported into My
+// Templates, a collage document is opened; anything else is passed over.
+TEST_F(CollageDocumentWindowTest, OpenWithSortsPhotosTemplatesAndCollages)
+{
+    const QString templates = QDir(Paths::resourcesFolder()).filePath(QStringLiteral("Templates/Columns.plist"));
+    ASSERT_TRUE(QFileInfo::exists(templates));
+    const qsizetype userTemplates = controller->mainWindow().tessaryView().templateStore().userTemplates().size();
+    const qsizetype photoCount = browser().count();
+
+    controller->openFiles({photos[0], templates, dir.filePath(QStringLiteral("no such file.jpg")), album, photos[2]});
+    EXPECT_EQ(browser().count(), photoCount + 2);
+    EXPECT_EQ(browser().images().mid(photoCount), QStringList({photos[0], photos[2]}));
+    EXPECT_GT(controller->mainWindow().tessaryView().templateStore().userTemplates().size(), userTemplates);
+
+    makeCollage();
+    const QString file = QDir(album).filePath(QStringLiteral("opened.tessary"));
+    ASSERT_TRUE(documents().saveCollage(file));
+    changeCollage();
+    controller->openFiles({file});
+    EXPECT_EQ(browser().images(), photos);
+    EXPECT_EQ(controller->mainWindow().windowTitle(), QStringLiteral("opened[*] — Tessary"));
+}
+
+} // namespace
