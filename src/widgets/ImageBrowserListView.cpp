@@ -2,6 +2,7 @@
 
 #include "widgets/ImageBrowserDelegate.h"
 #include "widgets/ImageBrowserModel.h"
+#include "widgets/TemplateTableView.h"
 
 #include <QCoreApplication>
 #include <QDrag>
@@ -57,7 +58,8 @@ int ImageBrowserListView::draggedRow(const QMimeData *data)
 
 bool ImageBrowserListView::accepts(const QMimeData *data) const
 {
-    if (!data)
+    // A template row dragged from the template tables carries its templates file, not a photo.
+    if (!data || data->hasFormat(TemplateTableView::kRowMimeType))
         return false;
     if (draggedRow(data) >= 0 || data->hasImage())
         return true;

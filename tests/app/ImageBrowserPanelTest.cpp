@@ -12,6 +12,7 @@
 #include "widgets/ImageBrowserListView.h"
 #include "widgets/ImageBrowserModel.h"
 #include "widgets/ImageBrowserPanel.h"
+#include "widgets/TemplateTableView.h"
 #include "widgets/PhotoPreview.h"
 
 #include <QApplication>
@@ -342,6 +343,12 @@ TEST_F(ImageBrowserPanelTest, ImageDataFromAWebBrowser)
     QMimeData text;
     text.setText(QStringLiteral("just words"));
     EXPECT_FALSE(dragAndDrop(text, onItem(0)));
+    // A template row dragged from the template tables offers its templates file as a local
+    // file URL; it is not a photo.
+    QMimeData templateRow;
+    templateRow.setData(TemplateTableView::kRowMimeType, QByteArrayLiteral("1 0 3"));
+    templateRow.setUrls({QUrl::fromLocalFile(imagesFolder() + QStringLiteral("/Tessary-Template-1.plist"))});
+    EXPECT_FALSE(dragAndDrop(templateRow, onItem(0)));
     EXPECT_EQ(controller->count(), 4);
 }
 
