@@ -1,0 +1,414 @@
+// libvips (through glib) uses the word "signals", which Qt defines as a macro: it comes first.
+#include <vips/vips8>
+
+#include "PhotoBlender.h"
+
+#include <QtConcurrent/QtConcurrentRun>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <mutex>
+#include <vector>
+
+using vips::VError;
+using vips::VImage;
+
+namespace {
+
+// A correlation peak counts as a join only when it is this good, stands this far above every
+// place more than a few pixels away (a smooth ramp or a flat field correlates about as well
+// everywhere, so it cannot place a join), and the matched strip has this much texture.
+constexpr double kMinScore = 0.92;
+constexpr double kMinDistinct = 0.02;
+constexpr int kDistinctRadius = 3;
+constexpr double kMinTexture = 4.0;
+// The first search runs on copies this many pixels across; the join is then refined at full
+// size near the place found.
+constexpr int kCoarseSide = 192;
+
+void ensureVips()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        VIPS_INIT("tessary");
+        // Every blend works on new pictures: keeping finished operations around only holds
+        // memory.
+        vips_cache_set_max(0);
+    });
+}
+
+VImage fromQImage(const QImage &image)
+{
+    const QImage rgb = image.convertToFormat(QImage::Format_RGB888);
+    const int w = rgb.width(), h = rgb.height();
+    const qsizetype row = qsizetype(w) * 3;
+    QByteArray packed(row * h, Qt::Uninitialized);
+    for (int y = 0; y < h; ++y)
+        memcpy(packed.data() + y * row, rgb.constScanLine(y), size_t(row));
+    VipsImage *copy = vips_image_new_from_memory_copy(packed.constData(), size_t(packed.size()), w, h, 3, VIPS_FORMAT_UCHAR);
+    if (!copy)
+        throw VError();
+    return VImage(copy).copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+}
+
+QImage toQImage(const VImage &image)
+{
+    size_t size = 0;
+    void *data = image.write_to_memory(&size);
+    if (!data)
+        return {};
+    return QImage(static_cast<uchar *>(data), image.width(), image.height(), qsizetype(image.width()) * 3,
+                  QImage::Format_RGB888, [](void *p) { g_free(p); }, data);
+}
+
+// Three 8-bit bands of sRGB, upright, transparency flattened on white.
+VImage normalised(VImage in)
+{
+    in = in.autorot();
+    if (in.interpretation() != VIPS_INTERPRETATION_sRGB || in.format() != VIPS_FORMAT_UCHAR)
+        in = in.colourspace(VIPS_INTERPRETATION_sRGB);
+    if (in.has_alpha())
+        in = in.flatten(VImage::option()->set("background", std::vector<double>{255, 255, 255}));
+    if (in.bands() > 3)
+        in = in.extract_band(0, VImage::option()->set("n", 3));
+    if (in.format() != VIPS_FORMAT_UCHAR)
+        in = in.cast(VIPS_FORMAT_UCHAR);
+    return in;
+}
+
+VImage scaled(const VImage &in, int percent)
+{
+    const int p = std::clamp(percent, 1, 400);
+    return p == 100 ? in : in.resize(p / 100.0);
+}
+
+VImage grey(const VImage &in)
+{
+    return in.colourspace(VIPS_INTERPRETATION_B_W);
+}
+
+// Rows become columns: a join below becomes a join to the right.
+VImage transposed(const VImage &in)
+{
+    return in.rot(VIPS_ANGLE_D90).flip(VIPS_DIRECTION_HORIZONTAL);
+}
+
+QImage preview(const VImage &in)
+{
+    return toQImage(in.thumbnail_image(320, VImage::option()->set("height", 320)));
+}
+
+// Where `patch` fits best inside `region`: its top-left corner, the correlation there and
+// the best correlation farther than a few pixels from it.
+struct Peak {
+    int x = 0, y = 0;
+    double score = -1, runnerUp = -1;
+};
+
+Peak bestPlace(const VImage &region, const VImage &patch)
+{
+    const int pw = patch.width(), ph = patch.height();
+    const int vw = region.width() - pw + 1, vh = region.height() - ph + 1;
+    Peak peak;
+    if (vw <= 0 || vh <= 0)
+        return peak;
+    // The correlation image is centred on the patch; keep the places where all of it lies
+    // inside the region.
+    const VImage corr = region.spcor(patch).extract_area(pw / 2, ph / 2, vw, vh).cast(VIPS_FORMAT_FLOAT);
+    size_t size = 0;
+    auto *c = static_cast<float *>(corr.write_to_memory(&size));
+    const auto at = [&](int x, int y) {
+        const float v = c[size_t(y) * vw + x];
+        return std::isfinite(v) ? double(v) : -1.0;
+    };
+    for (int y = 0; y < vh; ++y)
+        for (int x = 0; x < vw; ++x)
+            if (at(x, y) > peak.score)
+                peak = {x, y, at(x, y), -1};
+    for (int y = 0; y < vh; ++y)
+        for (int x = 0; x < vw; ++x)
+            if (std::abs(x - peak.x) > kDistinctRadius || std::abs(y - peak.y) > kDistinctRadius)
+                peak.runnerUp = std::max(peak.runnerUp, at(x, y));
+    g_free(c);
+    return peak;
+}
+
+// Where `b` (grey) shows the right-hand part of `a` (grey): b's top-left in a's coordinates.
+bool matchToTheRight(const VImage &a, const VImage &b, QPoint *offset)
+{
+    const int wa = a.width(), ha = a.height(), wb = b.width(), hb = b.height();
+    if (std::min({wa, ha, wb, hb}) < 32)
+        return false;
+    // Coarse: a strip of b's left edge searched in the right three quarters of a.
+    const double s = std::min(1.0, double(kCoarseSide) / std::max(ha, hb));
+    const VImage as = (s < 1 ? a.resize(s) : a).copy_memory();
+    const VImage bs = (s < 1 ? b.resize(s) : b).copy_memory();
+    const int was = as.width(), has = as.height(), wbs = bs.width(), hbs = bs.height();
+    const int pw = std::clamp(wbs / 8, 6, 32), ph = std::max(8, hbs * 3 / 5), py = (hbs - ph) / 2;
+    if (pw > wbs || ph > hbs || ph > has || was < 8)
+        return false;
+    const VImage patch = bs.extract_area(0, py, pw, ph);
+    if (patch.deviate() < kMinTexture)
+        return false;
+    const int rx = was / 4;
+    const Peak coarse = bestPlace(as.extract_area(rx, 0, was - rx, has), patch);
+    if (coarse.score < kMinScore || coarse.score - coarse.runnerUp < kMinDistinct)
+        return false;
+    const int cx = int(std::lround((rx + coarse.x) / s));
+    const int cy = int(std::lround((coarse.y - py) / s));
+    *offset = QPoint(cx, cy);
+
+    // Fine: a strip of b at full size, searched around the coarse place.
+    const int fpw = std::min(wb, std::clamp(wb / 8, 16, 96));
+    const int fph = std::min(hb, std::clamp(hb * 3 / 5, 16, 256));
+    const int fpy = (hb - fph) / 2;
+    const int reach = int(std::ceil(1.0 / s)) + 2;
+    const int x0 = std::max(0, cx - reach), y0 = std::max(0, cy + fpy - reach);
+    const int x1 = std::min(wa - fpw, cx + reach), y1 = std::min(ha - fph, cy + fpy + reach);
+    if (x1 >= x0 && y1 >= y0) {
+        const Peak fine = bestPlace(a.extract_area(x0, y0, x1 - x0 + fpw, y1 - y0 + fph),
+                                    b.extract_area(0, fpy, fpw, fph).copy_memory());
+        if (fine.score >= kMinScore)
+            *offset = QPoint(x0 + fine.x, y0 + fine.y - fpy);
+    }
+    return true;
+}
+
+PhotoBlender::Join joinOf(const VImage &first, const VImage &second, bool vertical, int margin, bool find)
+{
+    PhotoBlender::Join join;
+    if (find) {
+        QPoint found;
+        const bool matched = vertical ? matchToTheRight(transposed(grey(first)), transposed(grey(second)), &found)
+                                      : matchToTheRight(grey(first), grey(second), &found);
+        if (matched) {
+            join.offset = vertical ? QPoint(found.y(), found.x()) : found;
+            join.matched = true;
+            return join;
+        }
+    }
+    if (vertical) {
+        const int m = std::clamp(margin, 0, std::min(first.height(), second.height()) - 1);
+        join.offset = QPoint((first.width() - second.width()) / 2, first.height() - m);
+    } else {
+        const int m = std::clamp(margin, 0, std::min(first.width(), second.width()) - 1);
+        join.offset = QPoint(first.width() - m, (first.height() - second.height()) / 2);
+    }
+    return join;
+}
+
+// The photos placed at their positions (top-left corners, in one coordinate space, each to the
+// right of or below the one before), feathered over at most `blend` pixels where they overlap.
+VImage assemble(const std::vector<VImage> &photos, const std::vector<QPoint> &positions, bool vertical, int blend)
+{
+    VImage mosaic = photos[0];
+    QPoint origin = positions[0];
+    for (size_t i = 1; i < photos.size(); ++i) {
+        const QPoint at = positions[i] - origin;
+        const int overlap = vertical ? mosaic.height() - at.y() : mosaic.width() - at.x();
+        if (overlap > 0) {
+            mosaic = mosaic.merge(photos[i], vertical ? VIPS_DIRECTION_VERTICAL : VIPS_DIRECTION_HORIZONTAL,
+                                  -at.x(), -at.y(), VImage::option()->set("mblend", std::max(blend, 1)));
+        } else {
+            // Side by side without overlap: a canvas holding both.
+            const int left = std::min(0, at.x()), top = std::min(0, at.y());
+            const int w = std::max(mosaic.width(), at.x() + photos[i].width()) - left;
+            const int h = std::max(mosaic.height(), at.y() + photos[i].height()) - top;
+            mosaic = mosaic.embed(-left, -top, w, h).insert(photos[i], at.x() - left, at.y() - top);
+        }
+        origin = QPoint(std::min(origin.x(), positions[i].x()), std::min(origin.y(), positions[i].y()));
+    }
+    return mosaic;
+}
+
+struct Stages {
+    const PhotoBlender::Progress &progress;
+    void message(const QString &m) const
+    {
+        if (progress.message)
+            progress.message(m);
+    }
+    void fraction(double f) const
+    {
+        if (progress.fraction)
+            progress.fraction(f);
+    }
+    void image(const VImage &in) const
+    {
+        if (progress.image)
+            progress.image(preview(in));
+    }
+};
+
+// One chain of photos joined in order, each to the right of (or below) the one before.
+VImage chain(const std::vector<VImage> &photos, bool vertical, const PhotoBlender::Options &options,
+             const Stages &stages, int *pairsDone, int pairs)
+{
+    std::vector<QPoint> positions{QPoint(0, 0)};
+    for (size_t i = 1; i < photos.size(); ++i) {
+        stages.message(QObject::tr("Matching photo %1 of %2…").arg(*pairsDone + 2).arg(pairs + 1));
+        const PhotoBlender::Join join =
+            joinOf(photos[i - 1], photos[i], vertical, options.blendingMarginWidth, options.findJoins);
+        positions.push_back(positions.back() + join.offset);
+        ++*pairsDone;
+        stages.fraction(0.25 + 0.15 * *pairsDone / std::max(1, pairs));
+    }
+    return assemble(photos, positions, vertical, options.blendingMarginWidth);
+}
+
+struct EvalState {
+    const Stages *stages;
+    std::atomic<int> last{-1};
+};
+
+void onEval(VipsImage *, VipsProgress *progress, void *user)
+{
+    auto *state = static_cast<EvalState *>(user);
+    if (state->last.exchange(progress->percent) != progress->percent)
+        state->stages->fraction(0.4 + 0.59 * progress->percent / 100.0);
+}
+
+QImage blendLoaded(std::vector<VImage> photos, PhotoBlender::Arrangement arrangement,
+                   const PhotoBlender::Options &options, const Stages &stages)
+{
+    using A = PhotoBlender::Arrangement;
+    VImage mosaic;
+    int done = 0;
+    if (arrangement == A::Square) {
+        const int side = PhotoBlender::squareSide(qsizetype(photos.size()));
+        if (side == 0)
+            return {};
+        const int pairs = side * (side - 1) + (side - 1);
+        std::vector<VImage> rows;
+        for (int r = 0; r < side; ++r) {
+            const std::vector<VImage> row(photos.begin() + r * side, photos.begin() + (r + 1) * side);
+            // Each row is made once, then searched and joined with its neighbours.
+            rows.push_back(chain(row, false, options, stages, &done, pairs).copy_memory());
+        }
+        photos.clear();
+        mosaic = chain(rows, true, options, stages, &done, pairs);
+    } else {
+        const bool vertical = arrangement == A::BottomToTop;
+        // Bottom to top: the first photo is the lowest, so the chain runs from the last down.
+        if (vertical)
+            std::reverse(photos.begin(), photos.end());
+        mosaic = chain(photos, vertical, options, stages, &done, int(photos.size()) - 1);
+    }
+
+    stages.message(QObject::tr("Blending…"));
+    VImage out = mosaic.format() == VIPS_FORMAT_UCHAR ? mosaic.copy() : mosaic.cast(VIPS_FORMAT_UCHAR);
+    EvalState state{&stages};
+    vips_image_set_progress(out.get_image(), TRUE);
+    g_signal_connect(out.get_image(), "eval", G_CALLBACK(onEval), &state);
+    QImage picture = toQImage(out);
+    stages.fraction(1.0);
+    stages.message(QObject::tr("Done."));
+    if (stages.progress.image && !picture.isNull())
+        stages.progress.image(picture.scaled(320, 320, Qt::KeepAspectRatio, Qt::SmoothTransformation));
+    return picture;
+}
+
+} // namespace
+
+qsizetype PhotoBlender::photosUsed(Arrangement arrangement, qsizetype count)
+{
+    if (arrangement != Arrangement::Square)
+        return count;
+    const int side = squareSide(count);
+    return qsizetype(side) * side;
+}
+
+int PhotoBlender::squareSide(qsizetype count)
+{
+    return count >= 16 ? 4 : count >= 9 ? 3 : count >= 4 ? 2 : 0;
+}
+
+QImage PhotoBlender::blend(const QStringList &files, Arrangement arrangement, const Options &options,
+                           const Progress &progress)
+{
+    ensureVips();
+    const Stages stages{progress};
+    const qsizetype used = photosUsed(arrangement, files.size());
+    std::vector<VImage> photos;
+    try {
+        for (qsizetype i = 0; i < used; ++i) {
+            stages.message(QObject::tr("Reading photo %1 of %2…").arg(i + 1).arg(used));
+            try {
+                const VImage loaded = VImage::new_from_file(files[i].toUtf8().constData(),
+                                                            VImage::option()->set("access", VIPS_ACCESS_RANDOM));
+                photos.push_back(scaled(normalised(loaded), options.inputImageScaling).copy_memory());
+                stages.image(photos.back());
+            } catch (const VError &) {
+                // A photo that cannot be read is left out.
+            }
+            stages.fraction(0.25 * double(i + 1) / double(used));
+        }
+        if (photos.empty() || photosUsed(arrangement, qsizetype(photos.size())) == 0)
+            return {};
+        photos.resize(size_t(photosUsed(arrangement, qsizetype(photos.size()))));
+        return blendLoaded(std::move(photos), arrangement, options, stages);
+    } catch (const VError &) {
+        return {};
+    }
+}
+
+QImage PhotoBlender::blendImages(const QList<QImage> &pictures, Arrangement arrangement, const Options &options,
+                                 const Progress &progress)
+{
+    ensureVips();
+    const Stages stages{progress};
+    try {
+        std::vector<VImage> photos;
+        for (const QImage &picture : pictures) {
+            if (!picture.isNull())
+                photos.push_back(scaled(fromQImage(picture), options.inputImageScaling).copy_memory());
+        }
+        const qsizetype used = photosUsed(arrangement, qsizetype(photos.size()));
+        if (used == 0)
+            return {};
+        photos.resize(size_t(used));
+        return blendLoaded(std::move(photos), arrangement, options, stages);
+    } catch (const VError &) {
+        return {};
+    }
+}
+
+PhotoBlender::Join PhotoBlender::findJoin(const QImage &first, const QImage &second, bool vertical, int margin)
+{
+    ensureVips();
+    try {
+        return joinOf(fromQImage(first), fromQImage(second), vertical, margin, true);
+    } catch (const VError &) {
+        return {};
+    }
+}
+
+PhotoBlender::PhotoBlender(QObject *parent)
+    : QObject(parent)
+{
+    m_pool.setMaxThreadCount(1);
+}
+
+PhotoBlender::~PhotoBlender()
+{
+    waitForFinished();
+}
+
+void PhotoBlender::start(const QStringList &files, Arrangement arrangement, const Options &options,
+                         std::function<QStringList(const QStringList &)> prepare)
+{
+    m_running = QtConcurrent::run(&m_pool, [this, files, arrangement, options, prepare] {
+        const Progress progress{
+            [this](const QString &m) { emit progressMessage(m); },
+            [this](double f) { emit progressFraction(f); },
+            [this](const QImage &i) { emit progressImage(i); },
+        };
+        QStringList toBlend = files;
+        if (prepare) {
+            emit progressMessage(tr("Bringing the photos to one size…"));
+            toBlend = prepare(files);
+        }
+        emit finished(blend(toBlend, arrangement, options, progress));
+    });
+}
