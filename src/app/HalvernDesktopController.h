@@ -12,6 +12,7 @@
 class CompletionSound;
 class LoadFileSheet;
 class PreferencesWindow;
+class TileAndBlendActions;
 class WelcomeSheet;
 class ImageBrowserController;
 class MainWindow;
@@ -58,6 +59,10 @@ public:
     // Puts a rendered or blended picture into the result window, bringing the window forward
     // first when isButton is set.
     void displayResult(const QImage &image, bool isButton);
+    // A blend's picture: framed by the matching margin, the progress sheet ended, then shown.
+    void displayResultForBlender(const QImage &image);
+    // Tiling and the blend commands, with their sheets.
+    TileAndBlendActions &tileAndBlendActions() const { return *m_tileAndBlend; }
 
     void loadFlowerImages();
     void goHome();
@@ -79,5 +84,6 @@ private:
     PreferencesWindow *m_preferencesWindow = nullptr;
     WelcomeSheet *m_welcomeWindow = nullptr;
     LoadFileSheet *m_loadFileWindow = nullptr;
+    TileAndBlendActions *m_tileAndBlend = nullptr;
     bool m_terminated = false;
 };
