@@ -26,7 +26,9 @@ TileAndBlendActions::TileAndBlendActions(UserDefaults &defaults, ImageBrowserCon
     , m_tilingProgress(tilingProgress)
     , m_progressSheet(new ProgressSheet(window))
     , m_tileSheet(new TileSheet(window))
-    , m_temporaryFolder(QDir::tempPath())
+    // The copies keep their photos' file names: a folder of Tessary's own in the temporary
+    // folder, so that a photo kept in the temporary folder itself is never written over.
+    , m_temporaryFolder(QDir::temp().filePath(QStringLiteral("Tessary-%1").arg(qEnvironmentVariable("USER", QStringLiteral("user")))))
 {
     connect(m_tileSheet, &TileSheet::tilePhotoFiles, this, &TileAndBlendActions::tilePhotoFiles);
     connect(m_tileSheet, &TileSheet::endTilePhotosWindow, this, &TileAndBlendActions::endTilePhotosWindow);
@@ -130,6 +132,7 @@ void TileAndBlendActions::startStitch(PhotoBlender::Arrangement arrangement)
         ? int(prefs.inputImageScaling()) : 100;
     const bool crop = prefs.uniformlyCrop(), fit = prefs.uniformlyCropFit();
     const QString temp = m_temporaryFolder;
+    QDir().mkpath(temp);
     m_blender.start(files, arrangement, options, [crop, fit, temp](const QStringList &in) {
         return UniformCropper::uniformlyCropImages(in, crop, fit, temp);
     });

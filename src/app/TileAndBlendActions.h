@@ -35,7 +35,8 @@ public:
     bool tilingInProgress() const { return m_tiler.tilingInProgress(); }
     // The photos of the last blend command, as the command took them from the list.
     QStringList filesToStitch() const { return m_filesToStitch; }
-    // Where uniformly cropped copies go (the temporary folder unless a test says otherwise).
+    // Where uniformly cropped copies go: a folder of Tessary's own in the temporary folder,
+    // unless a test says otherwise.
     void setTemporaryFolder(const QString &folder) { m_temporaryFolder = folder; }
 
     // --- Tiling

@@ -6,6 +6,7 @@
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
+#include <functional>
 #include <atomic>
 #include <cmath>
 #include <mutex>
@@ -100,13 +101,13 @@ QImage preview(const VImage &in)
 }
 
 // Where `patch` fits best inside `region`: its top-left corner, the correlation there and
-// the best correlation farther than a few pixels from it.
+// the best correlation farther than `distinctRadius` pixels from it.
 struct Peak {
     int x = 0, y = 0;
     double score = -1, runnerUp = -1;
 };
 
-Peak bestPlace(const VImage &region, const VImage &patch)
+Peak bestPlace(const VImage &region, const VImage &patch, int distinctRadius)
 {
     const int pw = patch.width(), ph = patch.height();
     const int vw = region.width() - pw + 1, vh = region.height() - ph + 1;
@@ -128,66 +129,127 @@ Peak bestPlace(const VImage &region, const VImage &patch)
                 peak = {x, y, at(x, y), -1};
     for (int y = 0; y < vh; ++y)
         for (int x = 0; x < vw; ++x)
-            if (std::abs(x - peak.x) > kDistinctRadius || std::abs(y - peak.y) > kDistinctRadius)
+            if (std::abs(x - peak.x) > distinctRadius || std::abs(y - peak.y) > distinctRadius)
                 peak.runnerUp = std::max(peak.runnerUp, at(x, y));
     g_free(c);
     return peak;
 }
 
-// Where `b` (grey) shows the right-hand part of `a` (grey): b's top-left in a's coordinates.
-bool matchToTheRight(const VImage &a, const VImage &b, QPoint *offset)
+// A part of one of the two photos, grey: whether of the first, then x, y, width, height.
+using AreaOf = std::function<VImage(bool first, int x, int y, int w, int h)>;
+
+// Moves `guess` (the second photo's top-left in the first's coordinates, good to within
+// `reach` pixels) to where the most textured strip along the second's left edge fits best in
+// the first. False, and the guess left, when there is nothing to fit or the fit is poor.
+bool refineJoin(const AreaOf &area, QSize first, QSize second, QPoint *guess, int reach)
 {
-    const int wa = a.width(), ha = a.height(), wb = b.width(), hb = b.height();
-    if (std::min({wa, ha, wb, hb}) < 32)
+    const int wb = second.width(), hb = second.height();
+    const int pw = std::min(wb, std::clamp(wb / 8, 16, 64));
+    const int ph = std::min(hb, std::clamp(hb / 4, 16, 128));
+    int py = -1;
+    double texture = kMinTexture;
+    for (int k = 1; k <= 9; ++k) {
+        const int y = std::clamp(hb * k / 10 - ph / 2, 0, hb - ph);
+        if (guess->y() + y - reach < 0 || guess->y() + y + ph + reach > first.height())
+            continue;
+        const double d = area(false, 0, y, pw, ph).deviate();
+        if (d > texture) {
+            texture = d;
+            py = y;
+        }
+    }
+    if (py < 0)
         return false;
+    const int x0 = std::max(0, guess->x() - reach), y0 = std::max(0, guess->y() + py - reach);
+    const int x1 = std::min(first.width() - pw, guess->x() + reach);
+    const int y1 = std::min(first.height() - ph, guess->y() + py + reach);
+    if (x1 < x0 || y1 < y0)
+        return false;
+    const Peak fit = bestPlace(area(true, x0, y0, x1 - x0 + pw, y1 - y0 + ph), area(false, 0, py, pw, ph), kDistinctRadius);
+    if (fit.score < kMinScore)
+        return false;
+    *guess = QPoint(x0 + fit.x, y0 + fit.y - py);
+    return true;
+}
+
+// A photo as the join search sees it: the photo itself and a grey copy shrunk by a whole
+// factor (rows as columns when the search runs downward), made once however many joins the
+// photo takes part in.
+struct SearchCopy {
+    VImage full;
+    VImage medium;
+    int shrink = 1;
+    bool transpose = false;
+    QSize size() const { return transpose ? QSize(full.height(), full.width()) : QSize(full.width(), full.height()); }
+    // A part of the full photo, grey, in the search's orientation.
+    VImage cut(int x, int y, int w, int h) const
+    {
+        return grey(transpose ? transposed(full.extract_area(y, x, h, w)) : full.extract_area(x, y, w, h)).copy_memory();
+    }
+};
+
+SearchCopy searchCopy(const VImage &photo, int shrink, bool transpose)
+{
+    const VImage shrunk = shrink > 1 ? photo.shrink(shrink, shrink) : photo;
+    return {photo, grey(transpose ? transposed(shrunk) : shrunk).copy_memory(), shrink, transpose};
+}
+
+// The whole factor that brings the longest side across a chain of photos (their heights, or
+// their widths when the chain runs downward) to about eight times the coarse search's size.
+int searchShrink(const std::vector<VImage> &photos, bool vertical)
+{
+    int across = 1;
+    for (const VImage &p : photos)
+        across = std::max(across, vertical ? p.width() : p.height());
+    return std::max(1, int(std::lround(double(across) / (8 * kCoarseSide))));
+}
+
+// Where `b` shows the right-hand part of `a` (in the search's orientation): b's top-left in
+// a's coordinates. Looked for on copies eight times smaller than the medium ones, then
+// refined on the medium copies and at full size near the place found.
+bool matchToTheRight(const SearchCopy &a, const SearchCopy &b, QPoint *offset)
+{
+    const QSize sa = a.size(), sb = b.size();
+    if (std::min({sa.width(), sa.height(), sb.width(), sb.height()}) < 32)
+        return false;
+    const int coarseShrink = std::max(1, std::min(8, std::min(a.medium.height(), b.medium.height()) / 32));
+    const VImage as = coarseShrink > 1 ? a.medium.shrink(coarseShrink, coarseShrink).copy_memory() : a.medium;
+    const VImage bs = coarseShrink > 1 ? b.medium.shrink(coarseShrink, coarseShrink).copy_memory() : b.medium;
+
     // Coarse: a strip of b's left edge searched in the right three quarters of a.
-    const double s = std::min(1.0, double(kCoarseSide) / std::max(ha, hb));
-    const VImage as = (s < 1 ? a.resize(s) : a).copy_memory();
-    const VImage bs = (s < 1 ? b.resize(s) : b).copy_memory();
     const int was = as.width(), has = as.height(), wbs = bs.width(), hbs = bs.height();
-    const int pw = std::clamp(wbs / 8, 6, 32), ph = std::max(8, hbs * 3 / 5), py = (hbs - ph) / 2;
+    const int pw = std::clamp(wbs / 5, 6, 64), ph = std::max(8, hbs * 4 / 5), py = (hbs - ph) / 2;
     if (pw > wbs || ph > hbs || ph > has || was < 8)
         return false;
     const VImage patch = bs.extract_area(0, py, pw, ph);
     if (patch.deviate() < kMinTexture)
         return false;
     const int rx = was / 4;
-    const Peak coarse = bestPlace(as.extract_area(rx, 0, was - rx, has), patch);
+    const Peak coarse = bestPlace(as.extract_area(rx, 0, was - rx, has), patch, std::max(kDistinctRadius, pw / 4));
     if (coarse.score < kMinScore || coarse.score - coarse.runnerUp < kMinDistinct)
         return false;
-    const int cx = int(std::lround((rx + coarse.x) / s));
-    const int cy = int(std::lround((coarse.y - py) / s));
-    *offset = QPoint(cx, cy);
 
-    // Fine: a strip of b at full size, searched around the coarse place.
-    const int fpw = std::min(wb, std::clamp(wb / 8, 16, 96));
-    const int fph = std::min(hb, std::clamp(hb * 3 / 5, 16, 256));
-    const int fpy = (hb - fph) / 2;
-    const int reach = int(std::ceil(1.0 / s)) + 2;
-    const int x0 = std::max(0, cx - reach), y0 = std::max(0, cy + fpy - reach);
-    const int x1 = std::min(wa - fpw, cx + reach), y1 = std::min(ha - fph, cy + fpy + reach);
-    if (x1 >= x0 && y1 >= y0) {
-        const Peak fine = bestPlace(a.extract_area(x0, y0, x1 - x0 + fpw, y1 - y0 + fph),
-                                    b.extract_area(0, fpy, fpw, fph).copy_memory());
-        if (fine.score >= kMinScore)
-            *offset = QPoint(x0 + fine.x, y0 + fine.y - fpy);
+    // On the medium copies, then at full size.
+    QPoint place((rx + coarse.x) * coarseShrink, (coarse.y - py) * coarseShrink);
+    if (coarseShrink > 1) {
+        const AreaOf area = [&](bool first, int x, int y, int w, int h) {
+            return (first ? a.medium : b.medium).extract_area(x, y, w, h);
+        };
+        refineJoin(area, QSize(a.medium.width(), a.medium.height()), QSize(b.medium.width(), b.medium.height()), &place,
+                   coarseShrink + 2);
     }
+    place *= a.shrink;
+    if (a.shrink > 1) {
+        const AreaOf area = [&](bool first, int x, int y, int w, int h) { return (first ? a : b).cut(x, y, w, h); };
+        refineJoin(area, sa, sb, &place, a.shrink + 2);
+    }
+    *offset = place;
     return true;
 }
 
-PhotoBlender::Join joinOf(const VImage &first, const VImage &second, bool vertical, int margin, bool find)
+PhotoBlender::Join fixedJoin(const VImage &first, const VImage &second, bool vertical, int margin)
 {
     PhotoBlender::Join join;
-    if (find) {
-        QPoint found;
-        const bool matched = vertical ? matchToTheRight(transposed(grey(first)), transposed(grey(second)), &found)
-                                      : matchToTheRight(grey(first), grey(second), &found);
-        if (matched) {
-            join.offset = vertical ? QPoint(found.y(), found.x()) : found;
-            join.matched = true;
-            return join;
-        }
-    }
     if (vertical) {
         const int m = std::clamp(margin, 0, std::min(first.height(), second.height()) - 1);
         join.offset = QPoint((first.width() - second.width()) / 2, first.height() - m);
@@ -196,6 +258,15 @@ PhotoBlender::Join joinOf(const VImage &first, const VImage &second, bool vertic
         join.offset = QPoint(first.width() - m, (first.height() - second.height()) / 2);
     }
     return join;
+}
+
+PhotoBlender::Join joinOf(const SearchCopy *first, const SearchCopy *second, const VImage &a, const VImage &b,
+                          bool vertical, int margin)
+{
+    QPoint found;
+    if (first && second && matchToTheRight(*first, *second, &found))
+        return {vertical ? QPoint(found.y(), found.x()) : found, true};
+    return fixedJoin(a, b, vertical, margin);
 }
 
 // The photos placed at their positions (top-left corners, in one coordinate space, each to the
@@ -246,10 +317,17 @@ VImage chain(const std::vector<VImage> &photos, bool vertical, const PhotoBlende
              const Stages &stages, int *pairsDone, int pairs)
 {
     std::vector<QPoint> positions{QPoint(0, 0)};
+    std::vector<SearchCopy> copies;
+    if (options.findJoins && photos.size() > 1) {
+        const int shrink = searchShrink(photos, vertical);
+        for (const VImage &p : photos)
+            copies.push_back(searchCopy(p, shrink, vertical));
+    }
     for (size_t i = 1; i < photos.size(); ++i) {
         stages.message(QObject::tr("Matching photo %1 of %2…").arg(*pairsDone + 2).arg(pairs + 1));
-        const PhotoBlender::Join join =
-            joinOf(photos[i - 1], photos[i], vertical, options.blendingMarginWidth, options.findJoins);
+        const bool search = !copies.empty();
+        const PhotoBlender::Join join = joinOf(search ? &copies[i - 1] : nullptr, search ? &copies[i] : nullptr,
+                                               photos[i - 1], photos[i], vertical, options.blendingMarginWidth);
         positions.push_back(positions.back() + join.offset);
         ++*pairsDone;
         stages.fraction(0.25 + 0.15 * *pairsDone / std::max(1, pairs));
@@ -378,7 +456,10 @@ PhotoBlender::Join PhotoBlender::findJoin(const QImage &first, const QImage &sec
 {
     ensureVips();
     try {
-        return joinOf(fromQImage(first), fromQImage(second), vertical, margin, true);
+        const std::vector<VImage> pair{fromQImage(first), fromQImage(second)};
+        const int shrink = searchShrink(pair, vertical);
+        const SearchCopy a = searchCopy(pair[0], shrink, vertical), b = searchCopy(pair[1], shrink, vertical);
+        return joinOf(&a, &b, pair[0], pair[1], vertical, margin);
     } catch (const VError &) {
         return {};
     }
