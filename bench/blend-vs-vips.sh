@@ -37,9 +37,9 @@ timed() {
 # One vips run: the sum of the three steps' times and the largest of their peaks.
 vips_run() {
     rm -f "$out"/t*.v
-    set -- $(timed vips merge "$1" "$2" "$out/t1.v" horizontal -- -3950 0 --mblend 50) \
-           $(timed vips merge "$out/t1.v" "$3" "$out/t2.v" horizontal -- -7900 0 --mblend 50) \
-           $(timed vips merge "$out/t2.v" "$4" "$out/t3.v" horizontal -- -11850 0 --mblend 50)
+    set -- $(timed vips merge "$1" "$2" "$out/t1.v" horizontal --mblend 50 -- -3950 0) \
+           $(timed vips merge "$out/t1.v" "$3" "$out/t2.v" horizontal --mblend 50 -- -7900 0) \
+           $(timed vips merge "$out/t2.v" "$4" "$out/t3.v" horizontal --mblend 50 -- -11850 0)
     echo "$(( $1 + $3 + $5 )) $(printf '%s\n' "$2" "$4" "$6" | sort -n | tail -n1)"
 }
 

@@ -10,6 +10,8 @@
 #include <atomic>
 #include <cmath>
 #include <mutex>
+#include <optional>
+#include <thread>
 #include <vector>
 
 using vips::VError;
@@ -39,15 +41,19 @@ void ensureVips()
     });
 }
 
+// Pictures with transparency travel as four bands (RGBA, not premultiplied), others as three.
+// Transparent pixels are all zero, which the feathered join treats as no picture: where a
+// photo is transparent its neighbour shows, and what no photo covers stays transparent.
 VImage fromQImage(const QImage &image)
 {
-    const QImage rgb = image.convertToFormat(QImage::Format_RGB888);
-    const int w = rgb.width(), h = rgb.height();
-    const qsizetype row = qsizetype(w) * 3;
+    const bool alpha = image.hasAlphaChannel();
+    const QImage rgb = image.convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
+    const int w = rgb.width(), h = rgb.height(), bands = alpha ? 4 : 3;
+    const qsizetype row = qsizetype(w) * bands;
     QByteArray packed(row * h, Qt::Uninitialized);
     for (int y = 0; y < h; ++y)
         memcpy(packed.data() + y * row, rgb.constScanLine(y), size_t(row));
-    VipsImage *copy = vips_image_new_from_memory_copy(packed.constData(), size_t(packed.size()), w, h, 3, VIPS_FORMAT_UCHAR);
+    VipsImage *copy = vips_image_new_from_memory_copy(packed.constData(), size_t(packed.size()), w, h, bands, VIPS_FORMAT_UCHAR);
     if (!copy)
         throw VError();
     return VImage(copy).copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
@@ -59,23 +65,35 @@ QImage toQImage(const VImage &image)
     void *data = image.write_to_memory(&size);
     if (!data)
         return {};
-    return QImage(static_cast<uchar *>(data), image.width(), image.height(), qsizetype(image.width()) * 3,
-                  QImage::Format_RGB888, [](void *p) { g_free(p); }, data);
+    const bool alpha = image.bands() == 4;
+    return QImage(static_cast<uchar *>(data), image.width(), image.height(), qsizetype(image.width()) * image.bands(),
+                  alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888, [](void *p) { g_free(p); }, data);
 }
 
-// Three 8-bit bands of sRGB, upright, transparency flattened on white.
+// Three 8-bit bands of sRGB, upright, plus the alpha band when the picture has one.
 VImage normalised(VImage in)
 {
     in = in.autorot();
     if (in.interpretation() != VIPS_INTERPRETATION_sRGB || in.format() != VIPS_FORMAT_UCHAR)
         in = in.colourspace(VIPS_INTERPRETATION_sRGB);
-    if (in.has_alpha())
-        in = in.flatten(VImage::option()->set("background", std::vector<double>{255, 255, 255}));
-    if (in.bands() > 3)
-        in = in.extract_band(0, VImage::option()->set("n", 3));
+    const int bands = in.has_alpha() ? 4 : 3;
+    if (in.bands() > bands)
+        in = in.extract_band(0, VImage::option()->set("n", bands));
     if (in.format() != VIPS_FORMAT_UCHAR)
         in = in.cast(VIPS_FORMAT_UCHAR);
     return in;
+}
+
+// When any photo has transparency, every photo gets an alpha band (opaque where it had none).
+void matchBands(std::vector<VImage> &photos)
+{
+    const bool alpha = std::any_of(photos.begin(), photos.end(), [](const VImage &p) { return p.bands() == 4; });
+    if (!alpha)
+        return;
+    for (VImage &p : photos) {
+        if (p.bands() == 3)
+            p = p.bandjoin_const({255}).copy_memory();
+    }
 }
 
 VImage scaled(const VImage &in, int percent)
@@ -84,9 +102,10 @@ VImage scaled(const VImage &in, int percent)
     return p == 100 ? in : in.resize(p / 100.0);
 }
 
+// The green band stands for brightness in the search: close to it, and free to take.
 VImage grey(const VImage &in)
 {
-    return in.colourspace(VIPS_INTERPRETATION_B_W);
+    return in.bands() >= 3 ? in.extract_band(1) : in;
 }
 
 // Rows become columns: a join below becomes a join to the right.
@@ -173,14 +192,32 @@ bool refineJoin(const AreaOf &area, QSize first, QSize second, QPoint *guess, in
 }
 
 // A photo as the join search sees it: the photo itself and a grey copy shrunk by a whole
-// factor (rows as columns when the search runs downward), made once however many joins the
-// photo takes part in.
+// factor to the coarse search's size (rows as columns when the search runs downward), made
+// once however many joins the photo takes part in; a copy eight times larger is made only
+// when the coarse search found a join to refine.
 struct SearchCopy {
     VImage full;
-    VImage medium;
+    VImage coarse;
     int shrink = 1;
     bool transpose = false;
+    mutable VImage medium;
+    mutable int mediumShrink = 0;
+
     QSize size() const { return transpose ? QSize(full.height(), full.width()) : QSize(full.width(), full.height()); }
+    VImage shrunk(int factor) const
+    {
+        const VImage g = grey(full);
+        const VImage small = factor > 1 ? g.shrink(factor, factor) : g;
+        return (transpose ? transposed(small) : small).copy_memory();
+    }
+    const VImage &mediumCopy() const
+    {
+        if (mediumShrink == 0) {
+            mediumShrink = std::max(1, shrink / 8);
+            medium = shrunk(mediumShrink);
+        }
+        return medium;
+    }
     // A part of the full photo, grey, in the search's orientation.
     VImage cut(int x, int y, int w, int h) const
     {
@@ -190,33 +227,32 @@ struct SearchCopy {
 
 SearchCopy searchCopy(const VImage &photo, int shrink, bool transpose)
 {
-    const VImage shrunk = shrink > 1 ? photo.shrink(shrink, shrink) : photo;
-    return {photo, grey(transpose ? transposed(shrunk) : shrunk).copy_memory(), shrink, transpose};
+    SearchCopy copy{photo, VImage(), shrink, transpose, VImage(), 0};
+    copy.coarse = copy.shrunk(shrink);
+    return copy;
 }
 
 // The whole factor that brings the longest side across a chain of photos (their heights, or
-// their widths when the chain runs downward) to about eight times the coarse search's size.
+// their widths when the chain runs downward) to about the coarse search's size.
 int searchShrink(const std::vector<VImage> &photos, bool vertical)
 {
     int across = 1;
     for (const VImage &p : photos)
         across = std::max(across, vertical ? p.width() : p.height());
-    return std::max(1, int(std::lround(double(across) / (8 * kCoarseSide))));
+    return std::max(1, int(std::lround(double(across) / kCoarseSide)));
 }
 
 // Where `b` shows the right-hand part of `a` (in the search's orientation): b's top-left in
-// a's coordinates. Looked for on copies eight times smaller than the medium ones, then
-// refined on the medium copies and at full size near the place found.
+// a's coordinates. Looked for on the coarse copies, then refined on copies eight times larger
+// and at full size near the place found.
 bool matchToTheRight(const SearchCopy &a, const SearchCopy &b, QPoint *offset)
 {
     const QSize sa = a.size(), sb = b.size();
     if (std::min({sa.width(), sa.height(), sb.width(), sb.height()}) < 32)
         return false;
-    const int coarseShrink = std::max(1, std::min(8, std::min(a.medium.height(), b.medium.height()) / 32));
-    const VImage as = coarseShrink > 1 ? a.medium.shrink(coarseShrink, coarseShrink).copy_memory() : a.medium;
-    const VImage bs = coarseShrink > 1 ? b.medium.shrink(coarseShrink, coarseShrink).copy_memory() : b.medium;
 
     // Coarse: a strip of b's left edge searched in the right three quarters of a.
+    const VImage &as = a.coarse, &bs = b.coarse;
     const int was = as.width(), has = as.height(), wbs = bs.width(), hbs = bs.height();
     const int pw = std::clamp(wbs / 5, 6, 64), ph = std::max(8, hbs * 4 / 5), py = (hbs - ph) / 2;
     if (pw > wbs || ph > hbs || ph > has || was < 8)
@@ -229,19 +265,20 @@ bool matchToTheRight(const SearchCopy &a, const SearchCopy &b, QPoint *offset)
     if (coarse.score < kMinScore || coarse.score - coarse.runnerUp < kMinDistinct)
         return false;
 
-    // On the medium copies, then at full size.
-    QPoint place((rx + coarse.x) * coarseShrink, (coarse.y - py) * coarseShrink);
-    if (coarseShrink > 1) {
-        const AreaOf area = [&](bool first, int x, int y, int w, int h) {
-            return (first ? a.medium : b.medium).extract_area(x, y, w, h);
-        };
-        refineJoin(area, QSize(a.medium.width(), a.medium.height()), QSize(b.medium.width(), b.medium.height()), &place,
-                   coarseShrink + 2);
+    QPoint place(rx + coarse.x, coarse.y - py);
+    int scale = a.shrink; // full-size pixels per pixel of `place`
+    const int medium = std::max(1, a.shrink / 8);
+    if (medium < scale) {
+        const VImage &am = a.mediumCopy(), &bm = b.mediumCopy();
+        const AreaOf area = [&](bool first, int x, int y, int w, int h) { return (first ? am : bm).extract_area(x, y, w, h); };
+        place = place * scale / medium;
+        refineJoin(area, QSize(am.width(), am.height()), QSize(bm.width(), bm.height()), &place, scale / medium + 2);
+        scale = medium;
     }
-    place *= a.shrink;
-    if (a.shrink > 1) {
+    if (scale > 1) {
         const AreaOf area = [&](bool first, int x, int y, int w, int h) { return (first ? a : b).cut(x, y, w, h); };
-        refineJoin(area, sa, sb, &place, a.shrink + 2);
+        place *= scale;
+        refineJoin(area, sa, sb, &place, scale + 2);
     }
     *offset = place;
     return true;
@@ -408,23 +445,44 @@ QImage PhotoBlender::blend(const QStringList &files, Arrangement arrangement, co
     ensureVips();
     const Stages stages{progress};
     const qsizetype used = photosUsed(arrangement, files.size());
-    std::vector<VImage> photos;
-    try {
-        for (qsizetype i = 0; i < used; ++i) {
-            stages.message(QObject::tr("Reading photo %1 of %2…").arg(i + 1).arg(used));
-            try {
-                const VImage loaded = VImage::new_from_file(files[i].toUtf8().constData(),
-                                                            VImage::option()->set("access", VIPS_ACCESS_RANDOM));
-                photos.push_back(scaled(normalised(loaded), options.inputImageScaling).copy_memory());
-                stages.image(photos.back());
-            } catch (const VError &) {
-                // A photo that cannot be read is left out.
-            }
-            stages.fraction(0.25 * double(i + 1) / double(used));
+    // Two photos are decoded at a time; each is read whole into memory, upright and scaled.
+    std::vector<std::optional<VImage>> loaded(size_t(std::max<qsizetype>(used, 0)));
+    std::atomic<int> read{0};
+    std::mutex reporting;
+    const auto load = [&](size_t i) {
+        try {
+            const VImage file = VImage::new_from_file(files[qsizetype(i)].toUtf8().constData(),
+                                                      VImage::option()->set("access", VIPS_ACCESS_RANDOM));
+            loaded[i] = scaled(normalised(file), options.inputImageScaling).copy_memory();
+        } catch (const VError &) {
+            // A photo that cannot be read is left out.
         }
-        if (photos.empty() || photosUsed(arrangement, qsizetype(photos.size())) == 0)
+        const std::lock_guard<std::mutex> lock(reporting);
+        const int n = ++read;
+        stages.message(QObject::tr("Reading photo %1 of %2…").arg(n).arg(used));
+        if (loaded[i])
+            stages.image(*loaded[i]);
+        stages.fraction(0.25 * n / double(used));
+    };
+    std::atomic<size_t> next{0};
+    const auto worker = [&] {
+        for (size_t i = next++; i < loaded.size(); i = next++)
+            load(i);
+    };
+    std::thread helper(worker);
+    worker();
+    helper.join();
+    try {
+        std::vector<VImage> photos;
+        for (const auto &p : loaded) {
+            if (p)
+                photos.push_back(*p);
+        }
+        const qsizetype usable = photosUsed(arrangement, qsizetype(photos.size()));
+        if (usable == 0)
             return {};
-        photos.resize(size_t(photosUsed(arrangement, qsizetype(photos.size()))));
+        photos.resize(size_t(usable));
+        matchBands(photos);
         return blendLoaded(std::move(photos), arrangement, options, stages);
     } catch (const VError &) {
         return {};
@@ -446,6 +504,7 @@ QImage PhotoBlender::blendImages(const QList<QImage> &pictures, Arrangement arra
         if (used == 0)
             return {};
         photos.resize(size_t(used));
+        matchBands(photos);
         return blendLoaded(std::move(photos), arrangement, options, stages);
     } catch (const VError &) {
         return {};

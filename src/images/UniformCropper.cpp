@@ -3,18 +3,53 @@
 #include "ImageFileReader.h"
 #include "ImageOperations.h"
 #include "UIImage.h"
-#include "foundation/AtomicFileWriter.h"
 #include "foundation/Log.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QImageWriter>
 #include <QThreadPool>
+#include <QUuid>
 #include <QtConcurrent/QtConcurrentMap>
 
+#include <filesystem>
 #include <limits>
 #include <numeric>
 #include <vector>
+
+namespace {
+
+// Writes the picture as TIFF, whole or not at all: into a file of its own beside the target,
+// renamed over it. Encoded straight into the file and not forced to the disk: the copies only
+// live until the blend has read them. A picture without transparency is written as plain RGB.
+bool writeTiffReplacing(const QString &target, const UIImage &image)
+{
+    QImage frame = image.bestRepresentation();
+    if (frame.isNull())
+        return false;
+    if (!frame.hasAlphaChannel())
+        frame.convertTo(QImage::Format_RGB888);
+    const QString part = target + QStringLiteral(".%1.part").arg(QUuid::createUuid().toString(QUuid::Id128));
+    QFile file(part);
+    bool written = false;
+    if (file.open(QIODevice::WriteOnly)) {
+        QImageWriter writer(&file, "tiff");
+        written = writer.write(frame);
+        file.close();
+        written = written && file.error() == QFileDevice::NoError;
+    }
+    std::error_code error;
+    if (written) {
+        std::filesystem::rename(QFile::encodeName(part).toStdString(), QFile::encodeName(target).toStdString(), error);
+        if (!error)
+            return true;
+    }
+    QFile::remove(part);
+    return false;
+}
+
+} // namespace
 
 QSizeF UniformCropper::commonSize(const QStringList &files)
 {
@@ -65,7 +100,7 @@ QStringList UniformCropper::uniformlyCropImages(const QStringList &files, bool u
             if (!old.remove())
                 qCInfo(lcTessary, "Error removing file at path: %s", qUtf8Printable(old.errorString()));
         }
-        AtomicFileWriter::write(target, fitted.TIFFRepresentation());
+        writeTiffReplacing(target, fitted);
     });
     return out;
 }

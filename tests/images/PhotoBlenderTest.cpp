@@ -144,6 +144,22 @@ TEST(PhotoBlender, PanoramaPiecesAreJoinedWhereTheyOverlap)
     }
 }
 
+// A photo's transparent part (the empty bands of a photo scaled to fit) lets its neighbour show
+// through the overlap, and stays transparent where nothing covers it.
+TEST(PhotoBlender, TransparentPartsShowTheNeighbour)
+{
+    QImage banded(100, 80, QImage::Format_ARGB32);
+    banded.fill(Qt::transparent);
+    QPainter(&banded).fillRect(0, 40, 100, 40, Qt::blue);
+    const QImage out = PhotoBlender::blendImages({flat(100, 80, 200), banded}, PhotoBlender::Arrangement::LeftToRight, fixedJoins(20));
+    ASSERT_EQ(out.size(), QSize(180, 80));
+    ASSERT_TRUE(out.hasAlphaChannel());
+    EXPECT_EQ(out.pixelColor(90, 10), QColor(200, 200, 200)) << "the first photo through the overlap";
+    EXPECT_EQ(out.pixelColor(150, 10).alpha(), 0) << "nothing there";
+    EXPECT_EQ(out.pixelColor(150, 60), QColor(Qt::blue));
+    EXPECT_EQ(out.pixelColor(10, 60), QColor(200, 200, 200));
+}
+
 TEST(PhotoBlender, UnrelatedOrFeaturelessNeighboursGetTheFixedOverlap)
 {
     struct Case {
