@@ -3,6 +3,10 @@
 
 #include "PhotoBlender.h"
 
+#include "ImageFileReader.h"
+
+#include <QFile>
+
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
@@ -451,9 +455,12 @@ QImage PhotoBlender::blend(const QStringList &files, Arrangement arrangement, co
     std::mutex reporting;
     const auto load = [&](size_t i) {
         try {
-            const VImage file = VImage::new_from_file(files[qsizetype(i)].toUtf8().constData(),
+            const VImage file = VImage::new_from_file(QFile::encodeName(files[qsizetype(i)]).constData(),
                                                       VImage::option()->set("access", VIPS_ACCESS_RANDOM));
-            loaded[i] = scaled(normalised(file), options.inputImageScaling).copy_memory();
+            // Only the header is read so far: pictures claiming more pixels than any photo are
+            // refused before a pixel is decoded, as everywhere else.
+            if (qint64(file.width()) * file.height() <= ImageFileReader::MaxPixels)
+                loaded[i] = scaled(normalised(file), options.inputImageScaling).copy_memory();
         } catch (const VError &) {
             // A photo that cannot be read is left out.
         }
