@@ -96,7 +96,7 @@ void matchBands(std::vector<VImage> &photos)
         return;
     for (VImage &p : photos) {
         if (p.bands() == 3)
-            p = p.bandjoin_const({255}).copy_memory();
+            p = p.bandjoin_const({255});
     }
 }
 
@@ -195,24 +195,42 @@ bool refineJoin(const AreaOf &area, QSize first, QSize second, QPoint *guess, in
     return true;
 }
 
-// A photo as the join search sees it: the photo itself and a grey copy shrunk by a whole
-// factor to the coarse search's size (rows as columns when the search runs downward), made
-// once however many joins the photo takes part in; a copy eight times larger is made only
-// when the coarse search found a join to refine.
+// How the search reaches a photo that is being read as a stream (once, in order, while the
+// picture is made): a copy in memory, and a small copy of about a given size (decoded at a
+// reduced scale where the format allows). Empty functions: the photo itself is in memory.
+struct Source {
+    std::function<VImage()> full;
+    std::function<VImage(QSize)> shrunk;
+};
+
+// A photo as the join search sees it: a grey copy shrunk by a whole factor to the coarse
+// search's size (rows as columns when the search runs downward), made once however many joins
+// the photo takes part in; a copy eight times larger and the full photo are reached only when
+// the coarse search found a join to refine.
 struct SearchCopy {
-    VImage full;
+    VImage photo;
+    const Source *source = nullptr;
     VImage coarse;
     int shrink = 1;
     bool transpose = false;
+    mutable VImage full;
     mutable VImage medium;
     mutable int mediumShrink = 0;
 
-    QSize size() const { return transpose ? QSize(full.height(), full.width()) : QSize(full.width(), full.height()); }
+    QSize size() const { return transpose ? QSize(photo.height(), photo.width()) : QSize(photo.width(), photo.height()); }
+    const VImage &fullPhoto() const
+    {
+        if (full.is_null())
+            full = source && source->full ? source->full() : photo;
+        return full;
+    }
+    VImage turned(const VImage &in) const { return transpose ? transposed(in) : in; }
     VImage shrunk(int factor) const
     {
-        const VImage g = grey(full);
-        const VImage small = factor > 1 ? g.shrink(factor, factor) : g;
-        return (transpose ? transposed(small) : small).copy_memory();
+        if (factor > 1 && source && source->shrunk)
+            return turned(grey(source->shrunk(QSize(photo.width() / factor, photo.height() / factor)))).copy_memory();
+        const VImage g = grey(fullPhoto());
+        return turned(factor > 1 ? g.shrink(factor, factor) : g).copy_memory();
     }
     const VImage &mediumCopy() const
     {
@@ -225,13 +243,14 @@ struct SearchCopy {
     // A part of the full photo, grey, in the search's orientation.
     VImage cut(int x, int y, int w, int h) const
     {
-        return grey(transpose ? transposed(full.extract_area(y, x, h, w)) : full.extract_area(x, y, w, h)).copy_memory();
+        const VImage &f = fullPhoto();
+        return grey(transpose ? transposed(f.extract_area(y, x, h, w)) : f.extract_area(x, y, w, h)).copy_memory();
     }
 };
 
-SearchCopy searchCopy(const VImage &photo, int shrink, bool transpose)
+SearchCopy searchCopy(const VImage &photo, const Source *source, int shrink, bool transpose)
 {
-    SearchCopy copy{photo, VImage(), shrink, transpose, VImage(), 0};
+    SearchCopy copy{photo, source, VImage(), shrink, transpose, VImage(), VImage(), 0};
     copy.coarse = copy.shrunk(shrink);
     return copy;
 }
@@ -354,15 +373,15 @@ struct Stages {
 };
 
 // One chain of photos joined in order, each to the right of (or below) the one before.
-VImage chain(const std::vector<VImage> &photos, bool vertical, const PhotoBlender::Options &options,
-             const Stages &stages, int *pairsDone, int pairs)
+VImage chain(const std::vector<VImage> &photos, const std::vector<Source> *sources, bool vertical,
+             const PhotoBlender::Options &options, const Stages &stages, int *pairsDone, int pairs)
 {
     std::vector<QPoint> positions{QPoint(0, 0)};
     std::vector<SearchCopy> copies;
     if (options.findJoins && photos.size() > 1) {
         const int shrink = searchShrink(photos, vertical);
-        for (const VImage &p : photos)
-            copies.push_back(searchCopy(p, shrink, vertical));
+        for (size_t i = 0; i < photos.size(); ++i)
+            copies.push_back(searchCopy(photos[i], sources ? &(*sources)[i] : nullptr, shrink, vertical));
     }
     for (size_t i = 1; i < photos.size(); ++i) {
         stages.message(QObject::tr("Matching photo %1 of %2…").arg(*pairsDone + 2).arg(pairs + 1));
@@ -388,9 +407,10 @@ void onEval(VipsImage *, VipsProgress *progress, void *user)
         state->stages->fraction(0.4 + 0.59 * progress->percent / 100.0);
 }
 
-QImage blendLoaded(std::vector<VImage> photos, PhotoBlender::Arrangement arrangement,
+QImage blendLoaded(std::vector<VImage> photos, std::vector<Source> sources, PhotoBlender::Arrangement arrangement,
                    const PhotoBlender::Options &options, const Stages &stages)
 {
+    const std::vector<Source> *reach = sources.empty() ? nullptr : &sources;
     using A = PhotoBlender::Arrangement;
     VImage mosaic;
     int done = 0;
@@ -402,17 +422,22 @@ QImage blendLoaded(std::vector<VImage> photos, PhotoBlender::Arrangement arrange
         std::vector<VImage> rows;
         for (int r = 0; r < side; ++r) {
             const std::vector<VImage> row(photos.begin() + r * side, photos.begin() + (r + 1) * side);
+            std::vector<Source> rowSources;
+            if (reach)
+                rowSources.assign(sources.begin() + r * side, sources.begin() + (r + 1) * side);
             // Each row is made once, then searched and joined with its neighbours.
-            rows.push_back(chain(row, false, options, stages, &done, pairs).copy_memory());
+            rows.push_back(chain(row, reach ? &rowSources : nullptr, false, options, stages, &done, pairs).copy_memory());
         }
         photos.clear();
-        mosaic = chain(rows, true, options, stages, &done, pairs);
+        mosaic = chain(rows, nullptr, true, options, stages, &done, pairs);
     } else {
         const bool vertical = arrangement == A::BottomToTop;
         // Bottom to top: the first photo is the lowest, so the chain runs from the last down.
-        if (vertical)
+        if (vertical) {
             std::reverse(photos.begin(), photos.end());
-        mosaic = chain(photos, vertical, options, stages, &done, int(photos.size()) - 1);
+            std::reverse(sources.begin(), sources.end());
+        }
+        mosaic = chain(photos, reach, vertical, options, stages, &done, int(photos.size()) - 1);
     }
 
     stages.message(QObject::tr("Blending…"));
@@ -448,49 +473,64 @@ QImage PhotoBlender::blend(const QStringList &files, Arrangement arrangement, co
 {
     ensureVips();
     const Stages stages{progress};
+    const int percent = options.inputImageScaling;
+    const auto open = [percent](const QString &path, VipsAccess access) {
+        const VImage file = VImage::new_from_file(QFile::encodeName(path).constData(), VImage::option()->set("access", access));
+        // Only the header is read so far: pictures claiming more pixels than any photo are
+        // refused before a pixel is decoded, as everywhere else.
+        if (qint64(file.width()) * file.height() > ImageFileReader::MaxPixels)
+            throw VError("too many pixels");
+        return scaled(normalised(file), percent);
+    };
+    const auto shrunkCopy = [](const QString &path, QSize size) {
+        return normalised(VImage::thumbnail(QFile::encodeName(path).constData(), std::max(1, size.width()),
+                                            VImage::option()->set("height", std::max(1, size.height()))->set("size", VIPS_SIZE_FORCE)));
+    };
+
+    // Each photo is opened as a stream: it is decoded while the picture is made, all of them
+    // at once on libvips' threads, and never held whole in memory. A photo that must be turned
+    // upright cannot be streamed and is read whole. The search reaches the photos through
+    // reduced copies and, only when it refines a join, a whole copy.
+    std::vector<VImage> photos;
+    std::vector<Source> sources;
+    QStringList paths;
     const qsizetype used = photosUsed(arrangement, files.size());
-    // Two photos are decoded at a time; each is read whole into memory, upright and scaled.
-    std::vector<std::optional<VImage>> loaded(size_t(std::max<qsizetype>(used, 0)));
-    std::atomic<int> read{0};
-    std::mutex reporting;
-    const auto load = [&](size_t i) {
+    for (qsizetype i = 0; i < used; ++i) {
+        const QString path = files[i];
+        stages.message(QObject::tr("Reading photo %1 of %2…").arg(i + 1).arg(used));
         try {
-            const VImage file = VImage::new_from_file(QFile::encodeName(files[qsizetype(i)]).constData(),
-                                                      VImage::option()->set("access", VIPS_ACCESS_RANDOM));
-            // Only the header is read so far: pictures claiming more pixels than any photo are
-            // refused before a pixel is decoded, as everywhere else.
-            if (qint64(file.width()) * file.height() <= ImageFileReader::MaxPixels)
-                loaded[i] = scaled(normalised(file), options.inputImageScaling).copy_memory();
+            VImage photo = open(path, VIPS_ACCESS_SEQUENTIAL);
+            const VImage header = VImage::new_from_file(QFile::encodeName(path).constData());
+            if (vips_image_get_orientation(header.get_image()) > 1)
+                photo = open(path, VIPS_ACCESS_RANDOM).copy_memory();
+            photos.push_back(photo);
+            paths.append(path);
+            sources.push_back({[open, path] { return open(path, VIPS_ACCESS_RANDOM).copy_memory(); },
+                               [shrunkCopy, path](QSize size) { return shrunkCopy(path, size); }});
+            if (progress.image)
+                progress.image(toQImage(shrunkCopy(path, QSize(photo.width(), photo.height()) * (320.0 / std::max(photo.width(), photo.height())))));
         } catch (const VError &) {
             // A photo that cannot be read is left out.
         }
-        const std::lock_guard<std::mutex> lock(reporting);
-        const int n = ++read;
-        stages.message(QObject::tr("Reading photo %1 of %2…").arg(n).arg(used));
-        if (loaded[i])
-            stages.image(*loaded[i]);
-        stages.fraction(0.25 * n / double(used));
-    };
-    std::atomic<size_t> next{0};
-    const auto worker = [&] {
-        for (size_t i = next++; i < loaded.size(); i = next++)
-            load(i);
-    };
-    std::thread helper(worker);
-    worker();
-    helper.join();
+        stages.fraction(0.25 * double(i + 1) / double(used));
+    }
+    const qsizetype usable = photosUsed(arrangement, qsizetype(photos.size()));
+    if (usable == 0)
+        return {};
+    photos.resize(size_t(usable));
+    sources.resize(size_t(usable));
     try {
-        std::vector<VImage> photos;
-        for (const auto &p : loaded) {
-            if (p)
-                photos.push_back(*p);
-        }
-        const qsizetype usable = photosUsed(arrangement, qsizetype(photos.size()));
-        if (usable == 0)
-            return {};
-        photos.resize(size_t(usable));
         matchBands(photos);
-        return blendLoaded(std::move(photos), arrangement, options, stages);
+        return blendLoaded(photos, sources, arrangement, options, stages);
+    } catch (const VError &) {
+        // A stream read out of order: read every photo whole and blend again.
+    }
+    try {
+        std::vector<VImage> whole;
+        for (qsizetype i = 0; i < usable; ++i)
+            whole.push_back(open(paths[i], VIPS_ACCESS_RANDOM).copy_memory());
+        matchBands(whole);
+        return blendLoaded(std::move(whole), {}, arrangement, options, stages);
     } catch (const VError &) {
         return {};
     }
@@ -512,7 +552,7 @@ QImage PhotoBlender::blendImages(const QList<QImage> &pictures, Arrangement arra
             return {};
         photos.resize(size_t(used));
         matchBands(photos);
-        return blendLoaded(std::move(photos), arrangement, options, stages);
+        return blendLoaded(std::move(photos), {}, arrangement, options, stages);
     } catch (const VError &) {
         return {};
     }
@@ -524,7 +564,7 @@ PhotoBlender::Join PhotoBlender::findJoin(const QImage &first, const QImage &sec
     try {
         const std::vector<VImage> pair{fromQImage(first), fromQImage(second)};
         const int shrink = searchShrink(pair, vertical);
-        const SearchCopy a = searchCopy(pair[0], shrink, vertical), b = searchCopy(pair[1], shrink, vertical);
+        const SearchCopy a = searchCopy(pair[0], nullptr, shrink, vertical), b = searchCopy(pair[1], nullptr, shrink, vertical);
         return joinOf(&a, &b, pair[0], pair[1], vertical, margin);
     } catch (const VError &) {
         return {};
