@@ -32,7 +32,7 @@ constexpr int kDistinctRadius = 3;
 constexpr double kMinTexture = 4.0;
 // The first search runs on copies this many pixels across; the join is then refined at full
 // size near the place found.
-constexpr int kCoarseSide = 192;
+constexpr int kCoarseSide = 128;
 
 void ensureVips()
 {
