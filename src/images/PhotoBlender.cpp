@@ -6,16 +6,13 @@
 #include "ImageFileReader.h"
 
 #include <QFile>
-
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
-#include <functional>
 #include <atomic>
 #include <cmath>
+#include <functional>
 #include <mutex>
-#include <optional>
-#include <thread>
 #include <vector>
 
 using vips::VError;
@@ -26,6 +23,7 @@ namespace {
 // A correlation peak counts as a join only when it is this good, stands this far above every
 // place more than a few pixels away (a smooth ramp or a flat field correlates about as well
 // everywhere, so it cannot place a join), and the matched strip has this much texture.
+// Thresholds found on synthetic panoramas and on unrelated photos (see the tests).
 constexpr double kMinScore = 0.92;
 constexpr double kMinDistinct = 0.02;
 constexpr int kDistinctRadius = 3;

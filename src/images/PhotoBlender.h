@@ -18,6 +18,11 @@
 // join is found by correlation of their overlapping parts instead; when the correlation is
 // poor, the fixed overlap is used.
 //
+// Photos read from files are streamed: each is decoded while the picture is made and never held
+// whole, so the memory needed is about the picture's own. Transparent parts of a photo (the
+// empty bands of photos scaled to one size) let the neighbour show and stay transparent where
+// nothing covers them; the picture then has an alpha channel.
+//
 // The pixel work is done by libvips; this class is the only place that talks to it. blend()
 // works on the calling thread; start() runs it on a thread of the blender's own and reports
 // progress and the picture by signal.
