@@ -6,6 +6,8 @@
 #include "app/MainWindow.h"
 #include "app/PreferencesWindow.h"
 #include "app/TemplateGallerySheet.h"
+#include "app/ProgressSheet.h"
+#include "app/TileAndBlendActions.h"
 #include "app/WelcomeSheet.h"
 #include "app/TessaryLinks.h"
 #include "foundation/Log.h"
@@ -15,6 +17,8 @@
 #include "foundation/UserDefaults.h"
 #include "images/ImageBrowserController.h"
 #include "templates/TemplateStore.h"
+#include "widgets/CollageControlBar.h"
+#include "widgets/DelayedPopupMenuButton.h"
 #include "widgets/ImageBrowserPanel.h"
 #include "templates/TemplateEditor.h"
 #include "widgets/TemplateActions.h"
@@ -75,6 +79,16 @@ void HalvernDesktopController::awakeFromNib()
     Preferences prefs(m_defaults);
     m_mainWindow->tessaryView().setTessaryBackgroundColor(prefs.tessaryBackgroundColor());
     m_harpSound = new CompletionSound(QDir(m_resourcesFolder).filePath(QStringLiteral("harp.aif")), this);
+
+    m_tileAndBlend = new TileAndBlendActions(m_defaults, *m_imageBrowserController, m_alerts, window,
+                                             window->tilingProgress(), this);
+    connect(m_tileAndBlend, &TileAndBlendActions::blendFinished, this, &HalvernDesktopController::displayResultForBlender);
+    DelayedPopupMenuButton *blend = window->controlBar().blendButton();
+    connect(blend, &DelayedPopupMenuButton::stitchLeftToRight, m_tileAndBlend, &TileAndBlendActions::stitchLeftToRight);
+    connect(blend, &DelayedPopupMenuButton::stitchBottomToTop, m_tileAndBlend, &TileAndBlendActions::stitchBottomToTop);
+    connect(blend, &DelayedPopupMenuButton::stitchSquare, m_tileAndBlend, &TileAndBlendActions::stitchSquare);
+    if (QAction *tile = window->action(QStringLiteral("tilePhoto")))
+        connect(tile, &QAction::triggered, m_tileAndBlend, &TileAndBlendActions::showTilePhotosWindow);
 }
 
 void HalvernDesktopController::launch(const QStringList &imageFiles)
@@ -203,6 +217,17 @@ void HalvernDesktopController::displayResult(const QImage &image, bool isButton)
     // The result window is not built yet.
     Q_UNUSED(image);
     Q_UNUSED(isButton);
+}
+
+void HalvernDesktopController::displayResultForBlender(const QImage &image)
+{
+    const QImage framed = m_tileAndBlend->insetForBlender(image);
+    m_tileAndBlend->progressSheet().endSheet();
+    if (framed.isNull()) {
+        m_alerts.beep(); // no photo could be read
+        return;
+    }
+    displayResult(framed, true);
 }
 
 void HalvernDesktopController::loadFlowerImages()

@@ -15,6 +15,7 @@ class CompletionSound;
 class LoadFileSheet;
 class PreferencesWindow;
 class TemplateGallerySheet;
+class TileAndBlendActions;
 class WelcomeSheet;
 class ImageBrowserController;
 class MainWindow;
@@ -74,6 +75,10 @@ public:
     // Puts a rendered or blended picture into the result window, bringing the window forward
     // first when isButton is set.
     void displayResult(const QImage &image, bool isButton);
+    // A blend's picture: framed by the matching margin, the progress sheet ended, then shown.
+    void displayResultForBlender(const QImage &image);
+    // Tiling and the blend commands, with their sheets.
+    TileAndBlendActions &tileAndBlendActions() const { return *m_tileAndBlend; }
 
     void loadFlowerImages();
     void goHome();
@@ -97,5 +102,6 @@ private:
     LoadFileSheet *m_loadFileWindow = nullptr;
     TemplateGallerySheet *m_templateWebviewWindow = nullptr;
     CollageDocumentActions *m_collageDocuments = nullptr;
+    TileAndBlendActions *m_tileAndBlend = nullptr;
     bool m_terminated = false;
 };

@@ -7,11 +7,13 @@
 #include "widgets/TemplateActions.h"
 #include "widgets/TemplateTabView.h"
 #include "widgets/TessaryView.h"
+#include "widgets/TilingProgressIndicator.h"
 
 #include <QAction>
 #include <QCloseEvent>
 #include <QMenuBar>
 #include <QSplitter>
+#include <QStatusBar>
 #include <QVBoxLayout>
 
 MainWindow::MainWindow(UserDefaults &defaults, ImageBrowserController &browser, MessageBoxAlertPresenter &alerts,
@@ -54,6 +56,11 @@ MainWindow::MainWindow(UserDefaults &defaults, ImageBrowserController &browser, 
         const TemplateTable table = m_templateTabs->currentTable();
         return std::make_pair(table, m_templateTabs->selectedRow(table));
     });
+
+    m_tilingProgress = new TilingProgressIndicator;
+    statusBar()->addPermanentWidget(m_tilingProgress);
+    statusBar()->hide();
+    connect(m_tilingProgress, &TilingProgressIndicator::activeChanged, statusBar(), &QWidget::setVisible);
 
     buildMenus();
     // The collage's jumble actions, enabled as its buttons are: Undo Jumble and Unjumble only
@@ -104,6 +111,7 @@ void MainWindow::buildMenus()
     add(edit, "paste", tr("Paste"), QKeySequence(Qt::CTRL | Qt::Key_V));
     add(edit, "insertBlankImage", tr("Insert Blank Image"));
     add(edit, "removePhoto", tr("Remove Photo"), QKeySequence(Qt::Key_Delete));
+    add(edit, "tilePhoto", tr("Cut Photo into Tiles…"), QKeySequence(Qt::CTRL | Qt::Key_T));
     edit->addSeparator();
     add(edit, "clearAllImages", tr("Clear All Images…"));
 

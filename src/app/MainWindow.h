@@ -10,6 +10,7 @@ class QAction;
 class TemplateActions;
 class TemplateTabView;
 class TessaryView;
+class TilingProgressIndicator;
 class UserDefaults;
 
 // The main window: the image browser, the collage view with its control bar, and the template
@@ -29,6 +30,8 @@ public:
     CollageControlBar &controlBar() const { return *m_controlBar; }
     // Importing, clearing and the template tables' contextual menus.
     TemplateActions &templateActions() const { return *m_templateActions; }
+    // The tiling bar and spinner, in the status bar while a photo is cut into tiles.
+    TilingProgressIndicator &tilingProgress() const { return *m_tilingProgress; }
 
     // The menu actions by their object name ("addPhotos", "quit", ...), for the controller
     // and for tests.
@@ -51,4 +54,5 @@ private:
     TemplateTabView *m_templateTabs;
     CollageControlBar *m_controlBar;
     TemplateActions *m_templateActions;
+    TilingProgressIndicator *m_tilingProgress;
 };

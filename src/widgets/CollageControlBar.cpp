@@ -3,6 +3,7 @@
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "model/CoordinateTransform.h"
+#include "widgets/DelayedPopupMenuButton.h"
 #include "widgets/TessaryView.h"
 
 #include <QButtonGroup>
@@ -57,6 +58,7 @@ struct CollageControlBar::Private {
     QPushButton *unjumble = nullptr;
     QToolButton *colorWell = nullptr;
     QToolButton *clearColor = nullptr;
+    DelayedPopupMenuButton *blend = nullptr;
 };
 
 CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, QWidget *parent)
@@ -161,6 +163,12 @@ CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, 
     showJumbled(view.isJumbled());
     connect(&view, &TessaryView::jumbledChanged, this, showJumbled);
 
+    actions->addSpacing(10);
+    d->blend = new DelayedPopupMenuButton(tr("Blend"));
+    d->blend->setObjectName(QStringLiteral("blendButton"));
+    d->blend->setToolTip(tr("Press for the blend commands: join the photos into one seamless picture"));
+    actions->addWidget(d->blend);
+
     actions->addStretch(1);
     auto *background = new QLabel(tr("Background:"));
     actions->addWidget(background);
@@ -191,6 +199,7 @@ QAbstractButton *CollageControlBar::undoJumbleButton() const { return d->undoJum
 QAbstractButton *CollageControlBar::unjumbleButton() const { return d->unjumble; }
 QAbstractButton *CollageControlBar::backgroundColorWell() const { return d->colorWell; }
 QAbstractButton *CollageControlBar::clearBackgroundButton() const { return d->clearColor; }
+DelayedPopupMenuButton *CollageControlBar::blendButton() const { return d->blend; }
 
 void CollageControlBar::jumble() { d->view.jumble(); }
 void CollageControlBar::undoJumble() { d->view.undojumble(); }

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+class DelayedPopupMenuButton;
 class QAbstractButton;
 class QButtonGroup;
 class QComboBox;
@@ -34,6 +35,8 @@ public:
     QAbstractButton *unjumbleButton() const;
     QAbstractButton *backgroundColorWell() const;
     QAbstractButton *clearBackgroundButton() const;
+    // Press and hold: the menu of the three blend commands.
+    DelayedPopupMenuButton *blendButton() const;
 
 public slots:
     void jumble();

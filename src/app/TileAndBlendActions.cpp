@@ -1,0 +1,159 @@
+#include "app/TileAndBlendActions.h"
+
+#include "app/ProgressSheet.h"
+#include "app/TileSheet.h"
+#include "foundation/AlertPresenter.h"
+#include "foundation/Preferences.h"
+#include "images/ImageBookmarks.h"
+#include "images/ImageBrowserController.h"
+#include "images/ImageBrowserSelection.h"
+#include "images/UIImage.h"
+#include "images/UniformCropper.h"
+#include "foundation/UserDefaults.h"
+#include "widgets/TilingProgressIndicator.h"
+
+#include <QDir>
+
+#include <cmath>
+
+TileAndBlendActions::TileAndBlendActions(UserDefaults &defaults, ImageBrowserController &browser,
+                                         AlertPresenter &alerts, QWidget *window,
+                                         TilingProgressIndicator &tilingProgress, QObject *parent)
+    : QObject(parent)
+    , m_defaults(defaults)
+    , m_browser(browser)
+    , m_alerts(alerts)
+    , m_tilingProgress(tilingProgress)
+    , m_progressSheet(new ProgressSheet(window))
+    , m_tileSheet(new TileSheet(window))
+    // The copies keep their photos' file names: a folder of Tessary's own in the temporary
+    // folder, so that a photo kept in the temporary folder itself is never written over.
+    , m_temporaryFolder(QDir::temp().filePath(QStringLiteral("Tessary-%1").arg(qEnvironmentVariable("USER", QStringLiteral("user")))))
+{
+    connect(m_tileSheet, &TileSheet::tilePhotoFiles, this, &TileAndBlendActions::tilePhotoFiles);
+    connect(m_tileSheet, &TileSheet::endTilePhotosWindow, this, &TileAndBlendActions::endTilePhotosWindow);
+    connect(&m_tiler, &PhotoTiler::tileWritten, this, [this](const QString &path, int done, int total) {
+        m_tilingProgress.begin();
+        m_tilingProgress.setPercent(double(done) / double(total) * 100.0);
+        m_browser.insertImage(path);
+    });
+    connect(&m_tiler, &PhotoTiler::tilingFinished, &m_tilingProgress, &TilingProgressIndicator::end);
+
+    ProgressSheet *sheet = m_progressSheet;
+    connect(&m_blender, &PhotoBlender::progressMessage, sheet, &ProgressSheet::updateProgressMessage);
+    connect(&m_blender, &PhotoBlender::progressFraction, sheet, &ProgressSheet::updateProgressBar);
+    connect(&m_blender, &PhotoBlender::progressImage, sheet, &ProgressSheet::displayImage);
+    connect(&m_blender, &PhotoBlender::finished, this, &TileAndBlendActions::blendFinished);
+}
+
+TileAndBlendActions::~TileAndBlendActions() = default;
+
+void TileAndBlendActions::showTilePhotosWindow()
+{
+    if (tilingInProgress()) {
+        m_alerts.beep();
+        return;
+    }
+    m_tileSheet->open();
+}
+
+void TileAndBlendActions::endTilePhotosWindow()
+{
+    if (m_tileSheet->isVisible())
+        m_tileSheet->reject();
+    m_tilingProgress.end();
+}
+
+void TileAndBlendActions::tilePhotoFiles()
+{
+    if (m_tileSheet->isVisible())
+        m_tileSheet->accept();
+    m_tilingProgress.begin();
+    // The selection and its file are read here, on the window's thread; the cut runs on the
+    // tiler's.
+    const qsizetype selected = m_browser.selection().selectedIndex();
+    QString photo;
+    if (selected >= 0 && selected < m_browser.count())
+        photo = m_browser.imageBookmarks().pathAtIndex(selected);
+    m_tiler.tilePhotoFiles(ImageBrowserController::imagesPath(), photo, m_tileSheet->cellRows(),
+                           m_tileSheet->cellColumns());
+}
+
+void TileAndBlendActions::stitchLeftToRight()
+{
+    if (!m_browser.hasImages()) {
+        m_alerts.beep();
+        return;
+    }
+    startStitch(PhotoBlender::Arrangement::LeftToRight);
+}
+
+void TileAndBlendActions::stitchBottomToTop()
+{
+    if (!m_browser.hasImages()) {
+        m_alerts.beep();
+        return;
+    }
+    startStitch(PhotoBlender::Arrangement::BottomToTop);
+}
+
+void TileAndBlendActions::stitchSquare()
+{
+    const qsizetype n = std::min<qsizetype>(m_browser.count(), 16);
+    if (n == 0) {
+        m_alerts.beep();
+        return;
+    }
+    if (n < 4) {
+        AlertPresenter::Alert alert;
+        alert.messageText = QStringLiteral("There must be enough images to make a perfect square.");
+        alert.informativeText = QStringLiteral("4 = 2x2, 9 = 3x3 or 16 = 4x4");
+        alert.style = AlertPresenter::Style::Critical;
+        m_alerts.presentAlert(alert, {});
+        return;
+    }
+    startStitch(PhotoBlender::Arrangement::Square);
+}
+
+void TileAndBlendActions::startStitch(PhotoBlender::Arrangement arrangement)
+{
+    QStringList files = m_browser.images();
+    if (arrangement == PhotoBlender::Arrangement::Square)
+        files = files.mid(0, 16);
+    m_filesToStitch = files;
+    m_progressSheet->prepareForStitch();
+    m_progressSheet->open();
+
+    const Preferences prefs(m_defaults);
+    PhotoBlender::Options options;
+    options.blendingMarginWidth = m_defaults.hasObject(Preferences::BlendingMarginWidth)
+        ? int(prefs.blendingMarginWidth()) : 50;
+    options.inputImageScaling = m_defaults.hasObject(Preferences::InputImageScaling)
+        ? int(prefs.inputImageScaling()) : 100;
+    const bool crop = prefs.uniformlyCrop(), fit = prefs.uniformlyCropFit();
+    const QString temp = m_temporaryFolder;
+    QDir().mkpath(temp);
+    m_blender.start(files, arrangement, options, [crop, fit, temp](const QStringList &in) {
+        return UniformCropper::uniformlyCropImages(in, crop, fit, temp);
+    });
+}
+
+void TileAndBlendActions::uniformlyCropImages()
+{
+    const Preferences prefs(m_defaults);
+    m_filesToStitch = UniformCropper::uniformlyCropImages(m_filesToStitch, prefs.uniformlyCrop(),
+                                                          prefs.uniformlyCropFit(), m_temporaryFolder);
+}
+
+QImage TileAndBlendActions::insetForBlender(const QImage &image)
+{
+    const Preferences prefs(m_defaults);
+    m_blendMatchingMargin = int(std::trunc(prefs.matchingMarginWidth()));
+    m_blendBackgroundColor = m_backgroundColor;
+    if (m_blendMatchingMargin < 2 || image.isNull())
+        return image;
+    return UIImage(image)
+        .imageWithInsetContent(m_blendMatchingMargin / 2, prefs.megapixelLimit(), m_blendBackgroundColor,
+                               prefs.insetByCropping())
+        .bestRepresentation();
+}

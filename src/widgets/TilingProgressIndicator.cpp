@@ -1,0 +1,55 @@
+#include "widgets/TilingProgressIndicator.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QProgressBar>
+
+TilingProgressIndicator::TilingProgressIndicator(QWidget *parent)
+    : QWidget(parent)
+    , m_label(new QLabel(tr("Cutting into tiles…")))
+    , m_bar(new QProgressBar)
+    , m_spinner(new QProgressBar)
+{
+    setObjectName(QStringLiteral("tilingProgress"));
+    m_bar->setObjectName(QStringLiteral("tilingProgressIndicator"));
+    m_bar->setRange(0, 100);
+    m_bar->setFixedWidth(200);
+    m_spinner->setObjectName(QStringLiteral("tilingProgressIndicator2"));
+    m_spinner->setTextVisible(false);
+    m_spinner->setFixedWidth(40);
+    m_spinner->setRange(0, 1);
+    auto *layout = new QHBoxLayout(this);
+    layout->setContentsMargins(6, 0, 6, 0);
+    layout->addWidget(m_label);
+    layout->addWidget(m_bar);
+    layout->addWidget(m_spinner);
+    hide();
+}
+
+void TilingProgressIndicator::begin()
+{
+    setPercent(0);
+    m_spinner->setRange(0, 0);
+    show();
+    if (!m_active) {
+        m_active = true;
+        emit activeChanged(true);
+    }
+}
+
+void TilingProgressIndicator::setPercent(double percent)
+{
+    m_percent = percent;
+    m_bar->setValue(int(qBound(0.0, percent, 100.0)));
+}
+
+void TilingProgressIndicator::end()
+{
+    setPercent(0);
+    m_spinner->setRange(0, 1);
+    hide();
+    if (m_active) {
+        m_active = false;
+        emit activeChanged(false);
+    }
+}

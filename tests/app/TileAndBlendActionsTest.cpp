@@ -1,0 +1,259 @@
+#include "AppFixture.h"
+#include "support/RecordingAlertPresenter.h"
+
+#include "app/HalvernDesktopController.h"
+#include "app/MainWindow.h"
+#include "app/ProgressSheet.h"
+#include "app/TileAndBlendActions.h"
+#include "app/TileSheet.h"
+#include "foundation/Paths.h"
+#include "foundation/Preferences.h"
+#include "images/ImageBrowserController.h"
+#include "images/ImageBrowserSelection.h"
+#include "widgets/CollageControlBar.h"
+#include "widgets/DelayedPopupMenuButton.h"
+#include "widgets/TilingProgressIndicator.h"
+
+#include <QComboBox>
+#include <QFileInfo>
+#include <QMenu>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <memory>
+
+namespace {
+
+// The actions over a photo list of the test's own (no factory photos), under a window of
+// their own, with an alert presenter that records.
+class TileAndBlendActionsTest : public AppFixture
+{
+protected:
+    void SetUp() override
+    {
+        AppFixture::SetUp();
+        defaults->setBool(false, Preferences::FirstRunLoadFactoryImages);
+        defaults->setInteger(10, Preferences::BlendingMarginWidth);
+        browser = std::make_unique<ImageBrowserController>(*defaults, Paths::resourcesFolder(), alerts);
+        window = std::make_unique<QWidget>();
+        window->resize(600, 400);
+        progress = new TilingProgressIndicator(window.get());
+        actions = std::make_unique<TileAndBlendActions>(*defaults, *browser, alerts, window.get(), *progress);
+        actions->setTemporaryFolder(dir.filePath(QStringLiteral("tmp")));
+        actions->tiler().setPauseBeforeEachTile(std::chrono::milliseconds(0));
+        window->show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(window.get()));
+    }
+    void TearDown() override
+    {
+        actions.reset();
+        window.reset();
+        browser.reset();
+        AppFixture::TearDown();
+    }
+    // n photos of w x h, flat greys, added to the list.
+    void addPhotos(int n, int w = 40, int h = 30)
+    {
+        QStringList paths;
+        for (int i = 0; i < n; ++i) {
+            QImage photo(w, h, QImage::Format_RGB32);
+            photo.fill(QColor(60 + 8 * i, 90, 200 - 6 * i));
+            paths.append(dir.filePath(QStringLiteral("photo-%1.png").arg(i)));
+            ASSERT_TRUE(photo.save(paths.last()));
+        }
+        browser->addImagesWithPaths(paths);
+    }
+
+    RecordingAlertPresenter alerts;
+    std::unique_ptr<ImageBrowserController> browser;
+    std::unique_ptr<QWidget> window;
+    TilingProgressIndicator *progress = nullptr;
+    std::unique_ptr<TileAndBlendActions> actions;
+};
+
+TEST_F(TileAndBlendActionsTest, TilingAddsEveryTileToThePhotoList)
+{
+    addPhotos(1, 60, 40);
+    browser->selection().select(0);
+    actions->showTilePhotosWindow();
+    TileSheet &sheet = actions->tilePhotosWindow();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.isVisible(); }, 2000));
+    EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
+    ASSERT_EQ(sheet.rowsPopUpButton()->count(), 10);
+    EXPECT_EQ(sheet.columnsPopUpButton()->itemText(9), QStringLiteral("10"));
+    sheet.rowsPopUpButton()->setCurrentIndex(1);
+    sheet.columnsPopUpButton()->setCurrentIndex(2);
+    QTest::mouseClick(sheet.tilingButton(), Qt::LeftButton);
+    EXPECT_FALSE(sheet.isVisible());
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !actions->tilingInProgress(); }, 10000));
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(progress->isActive());
+    ASSERT_EQ(browser->count(), 7);
+    QStringList rowColumns;
+    const QRegularExpression name(QStringLiteral("^[0-9A-F-]{36}_(\\d)_(\\d)\\.tiff$"));
+    for (const QString &path : browser->images()) {
+        const QFileInfo info(path);
+        if (info.fileName() == QStringLiteral("photo-0.png"))
+            continue;
+        EXPECT_EQ(info.absolutePath(), QFileInfo(ImageBrowserController::imagesPath()).absoluteFilePath());
+        const auto m = name.match(info.fileName());
+        ASSERT_TRUE(m.hasMatch()) << qPrintable(info.fileName());
+        rowColumns.append(m.captured(1) + m.captured(2));
+        EXPECT_EQ(QImage(path).size(), QSize(20, 20));
+    }
+    rowColumns.sort();
+    EXPECT_EQ(rowColumns, (QStringList{"00", "01", "02", "10", "11", "12"}));
+}
+
+// A cut asked for with nothing selected never ends: the sheet only beeps from then on. Cancel
+// closes the sheet and leaves the bar hidden.
+TEST_F(TileAndBlendActionsTest, TileSheetRefusedWhileACutIsRunning)
+{
+    addPhotos(1);
+    actions->showTilePhotosWindow();
+    TileSheet &sheet = actions->tilePhotosWindow();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.isVisible(); }, 2000));
+    QTest::mouseClick(sheet.cancelButton(), Qt::LeftButton);
+    EXPECT_FALSE(sheet.isVisible());
+    EXPECT_FALSE(progress->isActive());
+    EXPECT_FALSE(actions->tilingInProgress());
+
+    browser->selection().clear();
+    actions->tilePhotoFiles();
+    EXPECT_TRUE(actions->tilingInProgress());
+    EXPECT_TRUE(progress->isActive());
+    actions->showTilePhotosWindow();
+    EXPECT_EQ(alerts.beeps, 1);
+    EXPECT_FALSE(sheet.isVisible());
+}
+
+TEST_F(TileAndBlendActionsTest, BlendCommandsCheckTheirPhotos)
+{
+    using Command = void (TileAndBlendActions::*)();
+    const struct {
+        const char *name;
+        int photos;
+        Command command;
+        int beeps, alerts;
+    } cases[] = {
+        {"left to right, none", 0, &TileAndBlendActions::stitchLeftToRight, 1, 0},
+        {"bottom to top, none", 0, &TileAndBlendActions::stitchBottomToTop, 1, 0},
+        {"square, none", 0, &TileAndBlendActions::stitchSquare, 1, 0},
+        {"square, three", 3, &TileAndBlendActions::stitchSquare, 0, 1},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        browser->clearImages();
+        alerts.beeps = 0;
+        alerts.alerts.clear();
+        addPhotos(c.photos);
+        (actions.get()->*c.command)();
+        EXPECT_EQ(alerts.beeps, c.beeps);
+        EXPECT_EQ(alerts.alerts.size(), c.alerts);
+        EXPECT_FALSE(actions->progressSheet().isVisible());
+    }
+    ASSERT_EQ(alerts.alerts.size(), 1);
+    EXPECT_EQ(alerts.alerts[0].messageText, QStringLiteral("There must be enough images to make a perfect square."));
+    EXPECT_EQ(alerts.alerts[0].informativeText, QStringLiteral("4 = 2x2, 9 = 3x3 or 16 = 4x4"));
+    EXPECT_EQ(alerts.alerts[0].style, AlertPresenter::Style::Critical);
+}
+
+// Each command shows the progress sheet and hands over the blend of its photos.
+TEST_F(TileAndBlendActionsTest, BlendCommandsBlendTheirPhotos)
+{
+    using Command = void (TileAndBlendActions::*)();
+    const struct {
+        const char *name;
+        int photos;
+        Command command;
+        qsizetype files;
+        QSize picture;
+    } cases[] = {
+        {"left to right", 3, &TileAndBlendActions::stitchLeftToRight, 3, {3 * 40 - 2 * 10, 30}},
+        {"bottom to top", 2, &TileAndBlendActions::stitchBottomToTop, 2, {40, 2 * 30 - 10}},
+        {"square of 16 out of 20", 20, &TileAndBlendActions::stitchSquare, 16, {4 * 40 - 3 * 10, 4 * 30 - 3 * 10}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        browser->clearImages();
+        addPhotos(c.photos);
+        QSignalSpy finished(actions.get(), &TileAndBlendActions::blendFinished);
+        (actions.get()->*c.command)();
+        EXPECT_EQ(actions->filesToStitch().size(), c.files);
+        EXPECT_TRUE(actions->progressSheet().isVisible());
+        ASSERT_TRUE(finished.wait(20000));
+        EXPECT_EQ(finished.first().first().value<QImage>().size(), c.picture);
+        EXPECT_EQ(actions->progressSheet().progressBarValue(), 1.0);
+        actions->progressSheet().endSheet();
+    }
+}
+
+// "MatchingMarginWidth" truncated: below 2 the picture is left alone, else it is framed by
+// half the margin in the blend background colour.
+TEST_F(TileAndBlendActionsTest, MatchingMarginFramesTheBlend)
+{
+    QImage picture(100, 80, QImage::Format_RGB32);
+    picture.fill(Qt::red);
+    actions->setBackgroundColor(Qt::blue);
+    const struct {
+        double margin;
+        int stored, inset;
+    } cases[] = {{1.9, 1, 0}, {2.0, 2, 1}, {7, 7, 3}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.margin);
+        defaults->setDouble(c.margin, Preferences::MatchingMarginWidth);
+        const QImage out = actions->insetForBlender(picture);
+        EXPECT_EQ(actions->blendMatchingMargin(), c.stored);
+        EXPECT_EQ(actions->blendBackgroundColor(), QColor(Qt::blue));
+        ASSERT_EQ(out.size(), picture.size());
+        if (c.inset == 0) {
+            EXPECT_EQ(out.cacheKey(), picture.cacheKey()) << "the very picture";
+            continue;
+        }
+        EXPECT_EQ(out.pixelColor(c.inset - 1, c.inset - 1), QColor(Qt::blue));
+        EXPECT_EQ(out.pixelColor(50, c.inset - 1), QColor(Qt::blue));
+        EXPECT_EQ(out.pixelColor(c.inset, c.inset), QColor(Qt::red));
+        EXPECT_EQ(out.pixelColor(99 - c.inset, 79 - c.inset), QColor(Qt::red));
+    }
+}
+
+// In the main window: the blend button's menu starts a blend, and the result ends the sheet.
+TEST_F(TileAndBlendActionsTest, BlendButtonOfTheMainWindowBlends)
+{
+    actions.reset();
+    HalvernDesktopController controller(*defaults, Paths::resourcesFolder());
+    controller.mainWindow().show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&controller.mainWindow()));
+    controller.imageBrowserController().clearImages();
+    QStringList paths;
+    for (int i = 0; i < 2; ++i) {
+        QImage photo(50, 40, QImage::Format_RGB32);
+        photo.fill(QColor(80 + 60 * i, 100, 120));
+        paths.append(dir.filePath(QStringLiteral("p%1.png").arg(i)));
+        ASSERT_TRUE(photo.save(paths.last()));
+    }
+    controller.imageBrowserController().addImagesWithPaths(paths);
+    TileAndBlendActions &blending = controller.tileAndBlendActions();
+    blending.setTemporaryFolder(dir.filePath(QStringLiteral("tmp")));
+    QSignalSpy finished(&blending, &TileAndBlendActions::blendFinished);
+
+    DelayedPopupMenuButton *button = controller.mainWindow().controlBar().blendButton();
+    QTest::mouseClick(button, Qt::LeftButton);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return button->menu() && button->menu()->isVisible(); }, 3000));
+    button->menu()->actions().at(1)->trigger(); // Blend Left to Right
+    button->menu()->close();
+    EXPECT_TRUE(blending.progressSheet().isVisible());
+    ASSERT_TRUE(finished.wait(20000));
+    EXPECT_EQ(finished.first().first().value<QImage>().size(), QSize(2 * 50 - 10, 40));
+    EXPECT_FALSE(blending.progressSheet().isVisible());
+
+    // Tiling is in the Edit menu.
+    controller.mainWindow().action(QStringLiteral("tilePhoto"))->trigger();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return blending.tilePhotosWindow().isVisible(); }, 2000));
+    blending.tilePhotosWindow().reject();
+}
+
+} // namespace
