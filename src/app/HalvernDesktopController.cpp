@@ -1,6 +1,7 @@
 #include "app/HalvernDesktopController.h"
 
 #include "app/CompletionSound.h"
+#include "app/ImageEditorWindow.h"
 #include "app/LoadFileSheet.h"
 #include "app/MainWindow.h"
 #include "app/PreferencesWindow.h"
@@ -66,6 +67,7 @@ void HalvernDesktopController::awakeFromNib()
 
     Preferences prefs(m_defaults);
     m_mainWindow->tessaryView().setTessaryBackgroundColor(prefs.tessaryBackgroundColor());
+    initEditor();
     m_harpSound = new CompletionSound(QDir(m_resourcesFolder).filePath(QStringLiteral("harp.aif")), this);
 }
 
@@ -136,6 +138,7 @@ void HalvernDesktopController::applicationWillTerminate()
     m_terminated = true;
     Preferences prefs(m_defaults);
     prefs.setTessaryBackgroundColor(m_mainWindow->tessaryView().tessaryBackgroundColor());
+    closeNoSave();
     m_imageBrowserController->appWillTerminate();
     m_mainWindow->tessaryView().saveImageCacheToUserDefaults();
 }
@@ -151,6 +154,21 @@ void HalvernDesktopController::displayResult(const QImage &image, bool isButton)
     Q_UNUSED(image);
     Q_UNUSED(isButton);
 }
+
+void HalvernDesktopController::initEditor()
+{
+    m_editorWindow = new ImageEditorWindow(*m_imageBrowserController, m_defaults, m_resourcesFolder, m_mainWindow.get());
+}
+
+void HalvernDesktopController::doEdit() { m_editorWindow->doEdit(); }
+void HalvernDesktopController::beginEditing() { m_editorWindow->beginEditing(); }
+void HalvernDesktopController::switchToolMode(int index) { m_editorWindow->switchToolMode(index); }
+void HalvernDesktopController::doZoomEditor(int index) { m_editorWindow->doZoomEditor(index); }
+void HalvernDesktopController::openEditPanel() { m_editorWindow->openEditPanel(); }
+void HalvernDesktopController::saveEditorImage() { m_editorWindow->saveEditorImage(); }
+void HalvernDesktopController::insertEditorImage() { m_editorWindow->insertEditorImage(); }
+void HalvernDesktopController::replaceEditorImage() { m_editorWindow->replaceEditorImage(); }
+void HalvernDesktopController::closeNoSave() { m_editorWindow->closeNoSave(); }
 
 void HalvernDesktopController::loadFlowerImages()
 {
@@ -190,6 +208,8 @@ void HalvernDesktopController::connectActions()
     on("importTemplates", [this] { showLoadFileWindow(); });
     on("paste", [&browser] { browser.paste(); });
     on("removePhoto", [&browser] { browser.removeSelectedPhoto(); });
+    on("editPhoto", [this] { doEdit(); });
+    connect(&browser, &ImageBrowserPanel::editRequested, this, [this] { doEdit(); });
     on("clearAllImages", [&browser] { browser.clearAllImages(); });
     on("insertBlankImage", [&browser] { browser.insertBlankImage(); });
     on("preferences", [this] { showPreferences(); });

@@ -10,6 +10,7 @@
 #include <memory>
 
 class CompletionSound;
+class ImageEditorWindow;
 class LoadFileSheet;
 class PreferencesWindow;
 class WelcomeSheet;
@@ -59,6 +60,19 @@ public:
     // first when isButton is set.
     void displayResult(const QImage &image, bool isButton);
 
+    // The image editor (its work is the editor window's; these forward to it).
+    ImageEditorWindow &editorWindow() const { return *m_editorWindow; }
+    void initEditor();
+    void doEdit();
+    void beginEditing();
+    void switchToolMode(int index);
+    void doZoomEditor(int index);
+    void openEditPanel();
+    void saveEditorImage();
+    void insertEditorImage();
+    void replaceEditorImage();
+    void closeNoSave();
+
     void loadFlowerImages();
     void goHome();
     void goToWebsite();
@@ -79,5 +93,6 @@ private:
     PreferencesWindow *m_preferencesWindow = nullptr;
     WelcomeSheet *m_welcomeWindow = nullptr;
     LoadFileSheet *m_loadFileWindow = nullptr;
+    ImageEditorWindow *m_editorWindow = nullptr;
     bool m_terminated = false;
 };

@@ -99,6 +99,7 @@ void MainWindow::buildMenus()
     add(edit, "paste", tr("Paste"), QKeySequence(Qt::CTRL | Qt::Key_V));
     add(edit, "insertBlankImage", tr("Insert Blank Image"));
     add(edit, "removePhoto", tr("Remove Photo"), QKeySequence(Qt::Key_Delete));
+    add(edit, "editPhoto", tr("Edit Photo…"), QKeySequence(Qt::CTRL | Qt::Key_E));
     edit->addSeparator();
     add(edit, "clearAllImages", tr("Clear All Images…"));
 
