@@ -63,7 +63,10 @@ QString EditOperation::name() const
 QSize EditOperation::resultSize(const QSize &size) const
 {
     switch (kind) {
-    case Crop: return crop.intersected(QRect(QPoint(0, 0), size)).size();
+    case Crop: {
+        const QRect kept = crop.intersected(QRect(QPoint(0, 0), size));
+        return kept.isEmpty() ? size : kept.size();
+    }
     case Straighten: return StraightenGeometry::straightenedSize(size, degrees);
     case TurnLeft:
     case TurnRight: return size.transposed();
