@@ -133,7 +133,7 @@ ImageEditorWindow::ImageEditorWindow(ImageBrowserController &browser, UserDefaul
     : QMainWindow(parent, Qt::Window)
     , m_defaults(defaults)
     , m_resourcesFolder(resourcesFolder)
-    , m_session(browser, m_alerts)
+    , m_session(browser)
 {
     setObjectName(QStringLiteral("editorWindow"));
     m_alerts.setParentWindow(this);

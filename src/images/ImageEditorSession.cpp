@@ -7,9 +7,8 @@
 
 #include <QFile>
 
-ImageEditorSession::ImageEditorSession(ImageBrowserController &browser, AlertPresenter &alerts)
+ImageEditorSession::ImageEditorSession(ImageBrowserController &browser)
     : m_browser(browser)
-    , m_alerts(alerts)
 {
 }
 
@@ -55,7 +54,7 @@ bool ImageEditorSession::replaceWithEditedFile(const QString &path)
     ImageBookmarks &bookmarks = m_browser.imageBookmarks();
     const qsizetype index = m_editingURL ? bookmarks.indexOfURL(m_editingURL) : -1;
     if (index < 0) {
-        m_alerts.beep();
+        m_browser.alerts().beep();
         QFile::remove(path);
         return false;
     }

@@ -5,7 +5,6 @@
 #include <QImage>
 #include <QString>
 
-class AlertPresenter;
 class ImageBrowserController;
 
 // What the image editor edits and how its picture goes back into the photo list, without a
@@ -21,7 +20,8 @@ public:
         AskFirst,  // another photo is open: ask before replacing it
     };
 
-    ImageEditorSession(ImageBrowserController &browser, AlertPresenter &alerts);
+    // Beeps go where the photo list's alerts go.
+    explicit ImageEditorSession(ImageBrowserController &browser);
 
     ImageBookmarks::UrlRef editingURL() const { return m_editingURL; }
     void setEditingURL(const ImageBookmarks::UrlRef &url) { m_editingURL = url; }
@@ -42,6 +42,5 @@ public:
 
 private:
     ImageBrowserController &m_browser;
-    AlertPresenter &m_alerts;
     ImageBookmarks::UrlRef m_editingURL;
 };
