@@ -8,6 +8,7 @@
 #include "images/ImageBrowserController.h"
 #include "images/ImageFileReader.h"
 #include "images/JpegQuality.h"
+#include "images/StraightenGeometry.h"
 #include "images/UIImage.h"
 #include "widgets/AdjustmentsPanel.h"
 #include "widgets/AnnotateTool.h"
@@ -157,6 +158,9 @@ ImageEditorWindow::ImageEditorWindow(ImageBrowserController &browser, UserDefaul
     connect(m_document, &EditDocument::busyChanged, this, &ImageEditorWindow::updateStatus);
     connect(m_undoStack, &QUndoStack::cleanChanged, this, &ImageEditorWindow::updateTitle);
     connect(m_undoStack, &QUndoStack::indexChanged, this, &ImageEditorWindow::updateStatus);
+    connect(&m_view->cropTool(), &CropTool::cropRectChanged, this, &ImageEditorWindow::updateStatus);
+    connect(m_view, &ImageEditorView::toolModeChanged, this, &ImageEditorWindow::updateStatus);
+    connect(&m_view->straightenTool(), &StraightenTool::angleChanged, this, &ImageEditorWindow::updateStatus);
 
     setWindowTitle(tr("Image Editor"));
     resize(1000, 720);
@@ -253,7 +257,7 @@ QWidget *ImageEditorWindow::buildToolOptions()
     };
     const auto hint = [](const QString &text) {
         auto *label = new QLabel(text);
-        label->setStyleSheet(QStringLiteral("color: palette(mid);"));
+        label->setStyleSheet(QStringLiteral("color: #5f6368;"));
         return label;
     };
     QHBoxLayout *row;
@@ -361,7 +365,7 @@ QWidget *ImageEditorWindow::buildToolOptions()
     m_annotationText = new QLineEdit(m_view->annotateTool().text());
     m_annotationText->setObjectName(QStringLiteral("annotationTextField"));
     m_annotationText->setPlaceholderText(tr("Text to place"));
-    m_annotationText->setMinimumWidth(120);
+    m_annotationText->setMinimumWidth(180);
     m_annotationText->setEnabled(false);
     connect(m_annotationText, &QLineEdit::textChanged, this, [this](const QString &t) { m_view->annotateTool().setText(t); });
     row->addWidget(m_annotationText, 1);
@@ -413,7 +417,7 @@ QWidget *ImageEditorWindow::buildBottomBar()
     m_zoomLabel->setMinimumWidth(48);
     row->addWidget(m_zoomLabel);
     m_sizeLabel = new QLabel;
-    m_sizeLabel->setStyleSheet(QStringLiteral("color: palette(mid);"));
+    m_sizeLabel->setStyleSheet(QStringLiteral("color: #5f6368;"));
     row->addWidget(m_sizeLabel);
     m_progress = new QProgressBar;
     m_progress->setRange(0, 0);
@@ -894,8 +898,21 @@ void ImageEditorWindow::updateStatus()
 {
     m_zoomLabel->setText(QStringLiteral("%1%").arg(std::lround(m_view->zoomFactor() * 100)));
     const QSize size = m_document->targetSize();
-    m_sizeLabel->setText(size.isEmpty() || !m_canEdit ? QString()
-                                                      : QStringLiteral("%1 × %2").arg(size.width()).arg(size.height()));
+    QString sizeText;
+    if (!size.isEmpty() && m_canEdit) {
+        sizeText = QStringLiteral("%1 × %2").arg(size.width()).arg(size.height());
+        // While cropping, what the crop will keep.
+        const QRect kept = m_view->cropTool().cropPixels();
+        QSize result = size;
+        if (m_view->toolMode() == ImageEditorView::Crop && !kept.isEmpty())
+            result = kept.size();
+        // While straightening, what the turn will keep.
+        if (m_view->toolMode() == ImageEditorView::Rotate)
+            result = StraightenGeometry::straightenedSize(size, m_view->straightenTool().angle());
+        if (result != size)
+            sizeText += QStringLiteral("  →  %1 × %2").arg(result.width()).arg(result.height());
+    }
+    m_sizeLabel->setText(sizeText);
     m_progress->setVisible(m_loading || m_writing > 0 || m_document->isBusy());
     updateTitle();
 }

@@ -8,6 +8,7 @@
 #include <QGraphicsView>
 #include <QPainter>
 #include <QPainterPath>
+#include <QTransform>
 #include <QtMath>
 
 #include <cmath>
@@ -71,10 +72,15 @@ void StraightenTool::paint(QPainter *painter, const QStyleOptionGraphicsItem *, 
     QRectF kept(QPointF(), size * StraightenGeometry::inscribedScale(size, m_degrees));
     kept.moveCenter(QPointF(size.width() / 2, size.height() / 2));
     painter->save();
-    // What the straightening cuts away, dimmed.
-    QPainterPath outside;
-    outside.addRect(boundingRect());
-    outside.addRect(kept);
+    // What the straightening cuts away of the turned picture, dimmed; the corners it uncovers
+    // show the ground.
+    QPainterPath turned;
+    turned.addRect(QRectF(QPointF(0, 0), size));
+    const QPointF centre(size.width() / 2, size.height() / 2);
+    turned = QTransform().translate(centre.x(), centre.y()).rotate(m_degrees).translate(-centre.x(), -centre.y()).map(turned);
+    QPainterPath keptPath;
+    keptPath.addRect(kept);
+    const QPainterPath outside = turned.subtracted(keptPath);
     painter->fillPath(outside, QColor(0, 0, 0, 120));
     // A level grid to line the horizon up with.
     painter->setPen(QPen(QColor(255, 255, 255, 120), px));
