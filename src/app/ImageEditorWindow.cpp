@@ -1,5 +1,7 @@
 #include "app/ImageEditorWindow.h"
 
+#include "app/EditorSavePanel.h"
+
 #include "foundation/Log.h"
 #include "foundation/Preferences.h"
 #include "images/EditDocument.h"
@@ -14,32 +16,22 @@
 #include "widgets/AnnotateTool.h"
 #include "widgets/CropTool.h"
 #include "widgets/EditCommand.h"
+#include "widgets/EditorToolBar.h"
 #include "widgets/ImageEditorView.h"
 #include "widgets/StraightenTool.h"
 
 #include <QAction>
 #include <QApplication>
-#include <QButtonGroup>
 #include <QCloseEvent>
-#include <QColorDialog>
-#include <QComboBox>
 #include <QDir>
-#include <QDoubleSpinBox>
-#include <QFileDialog>
 #include <QFileInfo>
+#include <QFrame>
 #include <QFutureWatcher>
-#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
-#include <QLineEdit>
-#include <QPainter>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
-#include <QSlider>
-#include <QSpinBox>
-#include <QStackedWidget>
-#include <QStandardPaths>
 #include <QTimer>
 #include <QToolButton>
 #include <QUndoStack>
@@ -90,43 +82,6 @@ LoadedPhoto loadPhoto(const QString &path)
     return photo;
 }
 
-QIcon swatch(const QColor &colour)
-{
-    QPixmap pixmap(16, 16);
-    pixmap.fill(Qt::transparent);
-    QPainter painter(&pixmap);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(QColor(0, 0, 0, 120), 1));
-    painter.setBrush(colour);
-    painter.drawRoundedRect(QRectF(1.5, 1.5, 13, 13), 3, 3);
-    return QIcon(pixmap);
-}
-
-QString formatTitle(const QByteArray &format)
-{
-    if (format == "jpeg")
-        return QStringLiteral("JPEG");
-    if (format == "png")
-        return QStringLiteral("PNG");
-    if (format == "tiff")
-        return QStringLiteral("TIFF");
-    if (format == "webp")
-        return QStringLiteral("WebP");
-    if (format == "bmp")
-        return QStringLiteral("BMP");
-    return QString::fromLatin1(format).toUpper();
-}
-
-QString nameFilter(const QByteArray &format)
-{
-    QString patterns = QStringLiteral("*.") + EditedImageWriter::suffixForFormat(format);
-    if (format == "jpeg")
-        patterns = QStringLiteral("*.jpg *.jpeg");
-    else if (format == "tiff")
-        patterns = QStringLiteral("*.tif *.tiff");
-    return QStringLiteral("%1 (%2)").arg(formatTitle(format), patterns);
-}
-
 } // namespace
 
 ImageEditorWindow::ImageEditorWindow(ImageBrowserController &browser, UserDefaults &defaults,
@@ -146,13 +101,22 @@ ImageEditorWindow::ImageEditorWindow(ImageBrowserController &browser, UserDefaul
     auto *layout = new QVBoxLayout(central);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
-    layout->addWidget(buildToolBar());
+    m_toolBar = new EditorToolBar(*m_view, *m_undoStack);
+    layout->addWidget(m_toolBar);
+    auto *rule = new QFrame;
+    rule->setFrameShape(QFrame::HLine);
+    rule->setFrameShadow(QFrame::Plain);
+    rule->setStyleSheet(QStringLiteral("color: #c8c8c8;"));
+    layout->addWidget(rule);
     layout->addWidget(m_view, 1);
     layout->addWidget(buildBottomBar());
     setCentralWidget(central);
     buildActions();
 
     connect(m_view, &ImageEditorView::operationReady, this, &ImageEditorWindow::pushOperation);
+    connect(m_toolBar, &EditorToolBar::operationRequested, this, &ImageEditorWindow::pushOperation);
+    connect(m_toolBar, &EditorToolBar::toolChosen, this, &ImageEditorWindow::switchToolMode);
+    connect(m_toolBar, &EditorToolBar::adjustRequested, this, &ImageEditorWindow::openEditPanel);
     connect(m_view, &ImageEditorView::zoomChanged, this, &ImageEditorWindow::updateStatus);
     connect(m_document, &EditDocument::imageChanged, this, &ImageEditorWindow::showDocumentImage);
     connect(m_document, &EditDocument::busyChanged, this, &ImageEditorWindow::updateStatus);
@@ -169,216 +133,6 @@ ImageEditorWindow::ImageEditorWindow(ImageBrowserController &browser, UserDefaul
 }
 
 ImageEditorWindow::~ImageEditorWindow() = default;
-
-QWidget *ImageEditorWindow::buildToolBar()
-{
-    auto *bar = new QWidget;
-    bar->setObjectName(QStringLiteral("editorToolBar"));
-    bar->setAutoFillBackground(true);
-    auto *row = new QHBoxLayout(bar);
-    row->setContentsMargins(10, 8, 10, 8);
-    row->setSpacing(6);
-
-    // The tool modes as one segmented control: checkable buttons side by side, one checked.
-    auto *segments = new QWidget;
-    auto *segmentRow = new QHBoxLayout(segments);
-    segmentRow->setContentsMargins(0, 0, 0, 0);
-    segmentRow->setSpacing(0);
-    m_toolGroup = new QButtonGroup(this);
-    m_toolGroup->setExclusive(true);
-    const struct {
-        const char *title;
-        const char *key;
-        const char *tip;
-    } tools[] = {
-        {"Move", "V", "Drag to move around the photo"},
-        {"Select", "M", "Drag to select an area; Enter crops to it"},
-        {"Crop", "C", "Drag the handles, then press Enter to crop"},
-        {"Rotate", "R", "Turn, flip, or drag around the centre to straighten"},
-        {"Annotate", "A", "Draw arrows, shapes, lines and text on the photo"},
-    };
-    for (int i = 0; i < ImageEditorView::kToolModeCount; ++i) {
-        auto *button = new QToolButton;
-        button->setObjectName(QStringLiteral("tool%1").arg(QLatin1String(tools[i].title)));
-        button->setText(tr(tools[i].title));
-        button->setCheckable(true);
-        button->setToolButtonStyle(Qt::ToolButtonTextOnly);
-        button->setMinimumWidth(72);
-        button->setToolTip(QStringLiteral("%1 (%2)").arg(tr(tools[i].tip), QLatin1String(tools[i].key)));
-        m_toolGroup->addButton(button, i);
-        segmentRow->addWidget(button);
-    }
-    m_toolGroup->button(0)->setChecked(true);
-    connect(m_toolGroup, &QButtonGroup::idClicked, this, &ImageEditorWindow::switchToolMode);
-    row->addWidget(segments);
-    row->addSpacing(12);
-    row->addWidget(buildToolOptions(), 1);
-
-    auto *undo = new QToolButton;
-    undo->setDefaultAction(m_undoStack->createUndoAction(this, tr("Undo")));
-    undo->defaultAction()->setObjectName(QStringLiteral("editorUndo"));
-    undo->defaultAction()->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
-    undo->defaultAction()->setShortcutContext(Qt::WindowShortcut);
-    addAction(undo->defaultAction());
-    auto *redo = new QToolButton;
-    redo->setDefaultAction(m_undoStack->createRedoAction(this, tr("Redo")));
-    redo->defaultAction()->setObjectName(QStringLiteral("editorRedo"));
-    redo->defaultAction()->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
-    redo->defaultAction()->setShortcutContext(Qt::WindowShortcut);
-    addAction(redo->defaultAction());
-    for (QToolButton *b : {undo, redo}) {
-        b->setToolButtonStyle(Qt::ToolButtonTextOnly);
-        b->setMaximumWidth(160);
-        b->setToolTip(b->defaultAction()->shortcut().toString(QKeySequence::NativeText));
-    }
-    row->addWidget(undo);
-    row->addWidget(redo);
-    row->addSpacing(8);
-    auto *adjust = new QPushButton(tr("Adjust…"));
-    adjust->setObjectName(QStringLiteral("adjustButton"));
-    adjust->setToolTip(tr("Exposure, contrast, colour and sharpness (Ctrl+J)"));
-    connect(adjust, &QPushButton::clicked, this, &ImageEditorWindow::openEditPanel);
-    row->addWidget(adjust);
-    m_editControls = {segments, adjust};
-    return bar;
-}
-
-QWidget *ImageEditorWindow::buildToolOptions()
-{
-    m_toolOptions = new QStackedWidget;
-    const auto page = [this](QHBoxLayout **rowOut) {
-        auto *w = new QWidget;
-        auto *row = new QHBoxLayout(w);
-        row->setContentsMargins(0, 0, 0, 0);
-        row->setSpacing(6);
-        m_toolOptions->addWidget(w);
-        *rowOut = row;
-        return w;
-    };
-    const auto hint = [](const QString &text) {
-        auto *label = new QLabel(text);
-        label->setStyleSheet(QStringLiteral("color: #5f6368;"));
-        return label;
-    };
-    QHBoxLayout *row;
-
-    // Move.
-    page(&row);
-    row->addWidget(hint(tr("Drag to move around the photo; Ctrl+wheel zooms.")));
-    row->addStretch();
-
-    // Select.
-    page(&row);
-    row->addWidget(hint(tr("Drag to select an area.")));
-    auto *cropToSelection = new QPushButton(tr("Crop to Selection"));
-    connect(cropToSelection, &QPushButton::clicked, m_view, &ImageEditorView::applyTool);
-    row->addWidget(cropToSelection);
-    row->addStretch();
-
-    // Crop.
-    page(&row);
-    row->addWidget(new QLabel(tr("Aspect:")));
-    m_aspect = new QComboBox;
-    m_aspect->setObjectName(QStringLiteral("aspectPopUp"));
-    for (int i = 0; i < CropGeometry::kAspectCount; ++i)
-        m_aspect->addItem(CropGeometry::aspectTitle(CropGeometry::Aspect(i)));
-    connect(m_aspect, &QComboBox::currentIndexChanged, this,
-            [this](int index) { m_view->cropTool().setAspect(CropGeometry::Aspect(index)); });
-    row->addWidget(m_aspect);
-    auto *applyCrop = new QPushButton(tr("Crop"));
-    applyCrop->setToolTip(tr("Crop to the frame (Enter)"));
-    connect(applyCrop, &QPushButton::clicked, m_view, &ImageEditorView::applyTool);
-    auto *resetCrop = new QPushButton(tr("Reset"));
-    resetCrop->setToolTip(tr("The frame back around the whole photo (Esc)"));
-    connect(resetCrop, &QPushButton::clicked, m_view, &ImageEditorView::cancelTool);
-    row->addWidget(applyCrop);
-    row->addWidget(resetCrop);
-    row->addStretch();
-
-    // Rotate.
-    page(&row);
-    const auto turnButton = [this, row](const QString &text, const QString &tip, EditOperation::Kind kind) {
-        auto *b = new QToolButton;
-        b->setText(text);
-        b->setToolTip(tip);
-        connect(b, &QToolButton::clicked, this, [this, kind] { pushOperation(EditOperation::turn(kind)); });
-        row->addWidget(b);
-    };
-    turnButton(tr("⟲ Left"), tr("Rotate 90° counter-clockwise"), EditOperation::TurnLeft);
-    turnButton(tr("⟳ Right"), tr("Rotate 90° clockwise"), EditOperation::TurnRight);
-    turnButton(tr("⇋ Flip"), tr("Flip horizontally"), EditOperation::FlipHorizontal);
-    turnButton(tr("⇵ Flip"), tr("Flip vertically"), EditOperation::FlipVertical);
-    row->addSpacing(10);
-    row->addWidget(new QLabel(tr("Straighten:")));
-    m_angle = new QDoubleSpinBox;
-    m_angle->setObjectName(QStringLiteral("angleField"));
-    m_angle->setRange(-StraightenTool::kMaximumDegrees, StraightenTool::kMaximumDegrees);
-    m_angle->setDecimals(1);
-    m_angle->setSingleStep(0.1);
-    m_angle->setSuffix(QStringLiteral("°"));
-    m_angle->setToolTip(tr("Type an angle, or drag around the photo's centre"));
-    connect(m_angle, &QDoubleSpinBox::valueChanged, this, [this](double v) { m_view->straightenTool().setAngle(v); });
-    connect(&m_view->straightenTool(), &StraightenTool::angleChanged, this, [this](double v) {
-        const QSignalBlocker block(m_angle);
-        m_angle->setValue(v);
-    });
-    row->addWidget(m_angle);
-    auto *applyAngle = new QPushButton(tr("Straighten"));
-    applyAngle->setToolTip(tr("Turn by the angle and cut the corners away (Enter)"));
-    connect(applyAngle, &QPushButton::clicked, m_view, &ImageEditorView::applyTool);
-    row->addWidget(applyAngle);
-    row->addStretch();
-
-    // Annotate.
-    page(&row);
-    m_annotationKind = new QComboBox;
-    m_annotationKind->setObjectName(QStringLiteral("annotationKindPopUp"));
-    m_annotationKind->addItems({tr("Text"), tr("Arrow"), tr("Rectangle"), tr("Ellipse"), tr("Freehand")});
-    m_annotationKind->setCurrentIndex(Annotation::Arrow);
-    connect(m_annotationKind, &QComboBox::currentIndexChanged, this, [this](int index) {
-        m_view->annotateTool().setKind(Annotation::Kind(index));
-        m_annotationText->setEnabled(index == Annotation::Text);
-    });
-    row->addWidget(m_annotationKind);
-    m_colourButton = new QToolButton;
-    m_colourButton->setToolTip(tr("Colour"));
-    m_colourButton->setIcon(swatch(m_view->annotateTool().colour()));
-    connect(m_colourButton, &QToolButton::clicked, this, [this] {
-        auto *dialog = new QColorDialog(m_view->annotateTool().colour(), this);
-        dialog->setAttribute(Qt::WA_DeleteOnClose);
-        dialog->setOption(QColorDialog::DontUseNativeDialog);
-        dialog->setWindowModality(Qt::WindowModal);
-        connect(dialog, &QColorDialog::colorSelected, this, [this](const QColor &c) {
-            m_view->annotateTool().setColour(c);
-            m_colourButton->setIcon(swatch(c));
-        });
-        dialog->open();
-    });
-    row->addWidget(m_colourButton);
-    row->addWidget(new QLabel(tr("Width:")));
-    m_lineWidth = new QSpinBox;
-    m_lineWidth->setRange(1, 40);
-    m_lineWidth->setValue(int(m_view->annotateTool().lineWidth()));
-    m_lineWidth->setToolTip(tr("Line width in photo pixels; text grows with it"));
-    connect(m_lineWidth, &QSpinBox::valueChanged, this, [this](int w) { m_view->annotateTool().setLineWidth(w); });
-    row->addWidget(m_lineWidth);
-    m_annotationText = new QLineEdit(m_view->annotateTool().text());
-    m_annotationText->setObjectName(QStringLiteral("annotationTextField"));
-    m_annotationText->setPlaceholderText(tr("Text to place"));
-    m_annotationText->setMinimumWidth(180);
-    m_annotationText->setEnabled(false);
-    connect(m_annotationText, &QLineEdit::textChanged, this, [this](const QString &t) { m_view->annotateTool().setText(t); });
-    row->addWidget(m_annotationText, 1);
-    auto *applyMarks = new QPushButton(tr("Apply"));
-    applyMarks->setToolTip(tr("Draw the marks into the photo (Enter); until then they can be moved"));
-    connect(applyMarks, &QPushButton::clicked, m_view, &ImageEditorView::applyTool);
-    auto *discardMarks = new QPushButton(tr("Discard"));
-    discardMarks->setToolTip(tr("Remove the marks not yet applied (Esc)"));
-    connect(discardMarks, &QPushButton::clicked, m_view, &ImageEditorView::cancelTool);
-    row->addWidget(applyMarks);
-    row->addWidget(discardMarks);
-    return m_toolOptions;
-}
 
 QWidget *ImageEditorWindow::buildBottomBar()
 {
@@ -443,7 +197,7 @@ QWidget *ImageEditorWindow::buildBottomBar()
     row->addWidget(m_saveButton);
     row->addWidget(m_insertButton);
     row->addWidget(m_replaceButton);
-    m_editControls += {m_saveButton, m_insertButton, m_replaceButton};
+    m_outputButtons = {m_saveButton, m_insertButton, m_replaceButton};
     return bar;
 }
 
@@ -474,8 +228,7 @@ void ImageEditorWindow::initEditor()
 {
     switchToolMode(ImageEditorView::Move);
     m_view->zoomImageToFit();
-    for (QWidget *w : std::as_const(m_editControls))
-        w->setEnabled(false);
+    setEditingEnabled(false);
     updateStatus();
 }
 
@@ -542,8 +295,7 @@ void ImageEditorWindow::beginEditing()
         m_document->setSource(photo.image);
         setWindowFilePath(path);
         updateTitle();
-        for (QWidget *w : std::as_const(m_editControls))
-            w->setEnabled(true);
+        setEditingEnabled(true);
         refreshPanelSource();
         // Once the window has its final size.
         QTimer::singleShot(10, this, [this] { m_view->zoomImageToFit(); });
@@ -559,8 +311,7 @@ void ImageEditorWindow::showCannotEdit(const QString &path)
     m_document->setSource(QImage(QDir(m_resourcesFolder).filePath(QStringLiteral("ximage.png"))));
     setWindowFilePath(path);
     updateTitle();
-    for (QWidget *w : std::as_const(m_editControls))
-        w->setEnabled(false);
+    setEditingEnabled(false);
     AlertPresenter::Alert alert;
     alert.messageText = QStringLiteral("This image can not be edited.");
     alert.informativeText = QStringLiteral("Try converting the image to another format.");
@@ -575,9 +326,7 @@ void ImageEditorWindow::switchToolMode(int index)
     if (index < 0 || index >= ImageEditorView::kToolModeCount)
         return;
     m_view->setToolMode(ImageEditorView::ToolMode(index));
-    if (QAbstractButton *b = m_toolGroup->button(index))
-        b->setChecked(true);
-    m_toolOptions->setCurrentIndex(index);
+    m_toolBar->showTool(index);
     m_view->setFocus();
 }
 
@@ -690,80 +439,11 @@ void ImageEditorWindow::saveEditorImage()
 {
     if (!m_canEdit || m_savePanel)
         return;
-    auto *panel = new QFileDialog(this, tr("Save Edited Photo"));
+    auto *panel = new EditorSavePanel(windowFilePath(), m_properties.format, m_properties.quality, this);
     m_savePanel = panel;
-    panel->setObjectName(QStringLiteral("savePanel"));
     panel->setAttribute(Qt::WA_DeleteOnClose);
-    panel->setOption(QFileDialog::DontUseNativeDialog);
-    panel->setAcceptMode(QFileDialog::AcceptSave);
-    panel->setFileMode(QFileDialog::AnyFile);
-    panel->setWindowModality(Qt::WindowModal);
-
-    // The format and its options start as the source file's.
-    const QList<QByteArray> formats = EditedImageWriter::saveFormats();
-    QStringList filters;
-    for (const QByteArray &f : formats)
-        filters.append(nameFilter(f));
-    panel->setNameFilters(filters);
-    const QByteArray sourceFormat = formats.contains(m_properties.format) ? m_properties.format : QByteArray("png");
-    panel->selectNameFilter(nameFilter(sourceFormat));
-    const QFileInfo represented(windowFilePath());
-    panel->setDirectory(represented.absolutePath());
-    QString proposed = represented.fileName();
-    if (!formats.contains(m_properties.format))
-        proposed = represented.completeBaseName() + QStringLiteral(".png");
-    panel->selectFile(proposed);
-
-    // The options: the quality of the formats that have one.
-    auto *qualityLabel = new QLabel(tr("Quality:"));
-    auto *quality = new QSlider(Qt::Horizontal);
-    quality->setObjectName(QStringLiteral("qualitySlider"));
-    quality->setRange(1, 100);
-    quality->setValue(m_properties.quality > 0 ? m_properties.quality : JpegQuality::kDefaultQuality);
-    auto *qualityValue = new QLabel(QString::number(quality->value()));
-    qualityValue->setMinimumWidth(28);
-    connect(quality, &QSlider::valueChanged, qualityValue, [qualityValue](int v) { qualityValue->setNum(v); });
-    auto *options = new QWidget;
-    auto *optionsRow = new QHBoxLayout(options);
-    optionsRow->setContentsMargins(0, 0, 0, 0);
-    optionsRow->addWidget(quality, 1);
-    optionsRow->addWidget(qualityValue);
-    if (auto *grid = qobject_cast<QGridLayout *>(panel->layout())) {
-        const int r = grid->rowCount();
-        grid->addWidget(qualityLabel, r, 0);
-        grid->addWidget(options, r, 1, 1, grid->columnCount() - 1);
-    }
-    const auto formatOfFilter = [formats, filters](const QString &filter) {
-        const qsizetype i = filters.indexOf(filter);
-        return i >= 0 ? formats.at(i) : QByteArray("png");
-    };
-    const auto showOptions = [qualityLabel, options, formatOfFilter](const QString &filter) {
-        const bool has = EditedImageWriter::hasQuality(formatOfFilter(filter));
-        qualityLabel->setVisible(has);
-        options->setVisible(has);
-    };
-    showOptions(panel->selectedNameFilter());
-    connect(panel, &QFileDialog::filterSelected, panel, [panel, showOptions, formatOfFilter](const QString &filter) {
-        showOptions(filter);
-        // The name follows the format chosen.
-        if (auto *name = panel->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))) {
-            const QFileInfo typed(name->text());
-            if (!typed.completeBaseName().isEmpty())
-                name->setText(typed.completeBaseName() + QLatin1Char('.') + EditedImageWriter::suffixForFormat(formatOfFilter(filter)));
-        }
-    });
-    connect(panel, &QFileDialog::finished, this, [this, panel, quality, formatOfFilter](int result) {
-        m_savePanel = nullptr;
-        if (result != QDialog::Accepted || panel->selectedFiles().isEmpty())
-            return;
-        QString path = panel->selectedFiles().constFirst();
-        QByteArray format = EditedImageWriter::formatForSuffix(QFileInfo(path).suffix());
-        if (format.isEmpty()) {
-            format = formatOfFilter(panel->selectedNameFilter());
-            path += QLatin1Char('.') + EditedImageWriter::suffixForFormat(format);
-        }
-        savePanelDidEnd(path, format, EditedImageWriter::hasQuality(format) ? quality->value() : -1);
-    });
+    connect(panel, &QDialog::finished, this, [this] { m_savePanel = nullptr; });
+    connect(panel, &EditorSavePanel::saveRequested, this, &ImageEditorWindow::savePanelDidEnd);
     panel->open();
 }
 
@@ -878,6 +558,13 @@ void ImageEditorWindow::resizeEvent(QResizeEvent *event)
 {
     QMainWindow::resizeEvent(event);
     windowDidResize();
+}
+
+void ImageEditorWindow::setEditingEnabled(bool enabled)
+{
+    m_toolBar->setEditingEnabled(enabled);
+    for (QWidget *w : std::as_const(m_outputButtons))
+        w->setEnabled(enabled);
 }
 
 void ImageEditorWindow::setWriting(bool writing)

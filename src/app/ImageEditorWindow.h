@@ -13,20 +13,13 @@
 
 class AdjustmentsPanel;
 class EditDocument;
+class EditorToolBar;
 class ImageBrowserController;
 class ImageEditorView;
-class QAbstractButton;
-class QButtonGroup;
-class QComboBox;
-class QDoubleSpinBox;
-class QFileDialog;
+class EditorSavePanel;
 class QLabel;
-class QLineEdit;
 class QProgressBar;
 class QPushButton;
-class QSpinBox;
-class QStackedWidget;
-class QToolButton;
 class QUndoStack;
 class UserDefaults;
 
@@ -79,19 +72,14 @@ public:
     QUndoStack &undoStack() const { return *m_undoStack; }
     QLabel &cantEditImageTextField() const { return *m_cantEdit; }
     AdjustmentsPanel *editPanel() const { return m_editPanel; }
-    QButtonGroup &toolGroup() const { return *m_toolGroup; }
-    QComboBox &aspectPopUp() const { return *m_aspect; }
-    QDoubleSpinBox &angleField() const { return *m_angle; }
-    QLineEdit &annotationTextField() const { return *m_annotationText; }
-    QComboBox &annotationKindPopUp() const { return *m_annotationKind; }
-    QSpinBox &lineWidthField() const { return *m_lineWidth; }
+    EditorToolBar &toolBar() const { return *m_toolBar; }
     QPushButton &saveButton() const { return *m_saveButton; }
     QPushButton &insertButton() const { return *m_insertButton; }
     QPushButton &replaceButton() const { return *m_replaceButton; }
     const ImageProperties &editorImageProperties() const { return m_properties; }
     QByteArray editorImageUTType() const { return m_properties.format; }
     // The open save dialog, while it is open.
-    QFileDialog *savePanel() const { return m_savePanel; }
+    EditorSavePanel *savePanel() const { return m_savePanel; }
     bool isLoading() const { return m_loading; }
     bool isWriting() const { return m_writing > 0; }
     // Whether the picture differs from the last one saved, inserted or loaded.
@@ -112,8 +100,6 @@ protected:
     void resizeEvent(QResizeEvent *event) override;
 
 private:
-    QWidget *buildToolBar();
-    QWidget *buildToolOptions();
     QWidget *buildBottomBar();
     void buildActions();
     void showDocumentImage();
@@ -126,6 +112,7 @@ private:
     void writeEditedImage(std::function<void(const QString &path)> then);
     void previewAdjustments(const QImage &preview, const PhotoAdjustments &adjustments);
     void refreshPanelSource();
+    void setEditingEnabled(bool enabled);
     void setWriting(bool writing);
 
     UserDefaults &m_defaults;
@@ -136,21 +123,14 @@ private:
     QUndoStack *m_undoStack;
     ImageEditorView *m_view;
     AdjustmentsPanel *m_editPanel = nullptr;
-    QFileDialog *m_savePanel = nullptr;
+    EditorSavePanel *m_savePanel = nullptr;
     ImageProperties m_properties;
     bool m_canEdit = false;
     bool m_loading = false;
     int m_writing = 0;
     quint64 m_loadGeneration = 0;
 
-    QButtonGroup *m_toolGroup = nullptr;
-    QStackedWidget *m_toolOptions = nullptr;
-    QComboBox *m_aspect = nullptr;
-    QDoubleSpinBox *m_angle = nullptr;
-    QComboBox *m_annotationKind = nullptr;
-    QToolButton *m_colourButton = nullptr;
-    QSpinBox *m_lineWidth = nullptr;
-    QLineEdit *m_annotationText = nullptr;
+    EditorToolBar *m_toolBar = nullptr;
     QLabel *m_cantEdit = nullptr;
     QLabel *m_sizeLabel = nullptr;
     QLabel *m_zoomLabel = nullptr;
@@ -158,5 +138,5 @@ private:
     QPushButton *m_saveButton = nullptr;
     QPushButton *m_insertButton = nullptr;
     QPushButton *m_replaceButton = nullptr;
-    QList<QWidget *> m_editControls;
+    QList<QWidget *> m_outputButtons;
 };

@@ -180,6 +180,12 @@ bool ImageEditorView::hasPendingEdit() const
 
 void ImageEditorView::setZoomFactor(double factor)
 {
+    m_fitting = false;
+    applyZoom(factor);
+}
+
+void ImageEditorView::applyZoom(double factor)
+{
     factor = EditorZoom::clamp(factor);
     m_zoom = factor;
     setTransform(QTransform::fromScale(factor, factor));
@@ -194,7 +200,8 @@ QSizeF ImageEditorView::fitArea() const
 
 void ImageEditorView::zoomImageToFit()
 {
-    setZoomFactor(EditorZoom::fitFactor(QSizeF(m_image.size()), fitArea()));
+    m_fitting = true;
+    applyZoom(EditorZoom::fitFactor(QSizeF(m_image.size()), fitArea()));
     centerOn(m_pixmap);
 }
 
@@ -291,6 +298,14 @@ void ImageEditorView::keyPressEvent(QKeyEvent *event)
         break;
     }
     QGraphicsView::keyPressEvent(event);
+}
+
+void ImageEditorView::resizeEvent(QResizeEvent *event)
+{
+    QGraphicsView::resizeEvent(event);
+    // Scroll bars coming and going change the viewport too: a fitted picture stays fitted.
+    if (m_fitting)
+        zoomImageToFit();
 }
 
 void ImageEditorView::drawBackground(QPainter *painter, const QRectF &rect)

@@ -45,7 +45,9 @@ public:
 
     double zoomFactor() const { return m_zoom; }
     void setZoomFactor(double factor);
+    // Fits the picture, and keeps it fitted while the view changes size, until another zoom.
     void zoomImageToFit();
+    bool isFitting() const { return m_fitting; }
     void zoomImageToActualSize();
     // The area a step of the zoom table fits into.
     QSizeF fitArea() const;
@@ -69,11 +71,13 @@ protected:
     bool viewportEvent(QEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
     void drawBackground(QPainter *painter, const QRectF &rect) override;
+    void resizeEvent(QResizeEvent *event) override;
 
 private:
     void showTools();
     void rubberBandChanged(const QRect &viewRect, const QPointF &from, const QPointF &to);
     void zoomAround(double factor, const QPoint &viewportPoint);
+    void applyZoom(double factor);
 
     QImage m_image;
     QGraphicsPixmapItem *m_pixmap;
@@ -84,5 +88,6 @@ private:
     ToolMode m_mode = Move;
     double m_zoom = 1.0;
     bool m_previewing = false;
+    bool m_fitting = false;
     QRectF m_selection;
 };

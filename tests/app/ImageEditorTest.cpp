@@ -1,5 +1,6 @@
 #include "AppFixture.h"
 
+#include "app/EditorSavePanel.h"
 #include "app/HalvernDesktopController.h"
 #include "app/ImageEditorWindow.h"
 #include "app/MainWindow.h"
@@ -16,6 +17,7 @@
 #include "images/UIImage.h"
 #include "support/RecordingAlertPresenter.h"
 #include "widgets/AdjustmentsPanel.h"
+#include "widgets/EditorToolBar.h"
 #include "widgets/AnnotateTool.h"
 #include "widgets/AnnotationItem.h"
 #include "widgets/CropTool.h"
@@ -36,6 +38,8 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QNativeGestureEvent>
+#include <QPointingDevice>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QSlider>
@@ -245,7 +249,7 @@ TEST_F(ImageEditorTest, ToolAndZoomIndexesOutsideTheTablesAreIgnored)
         editor->switchToolMode(index);
         const ImageEditorView::ToolMode expected = index >= 0 && index <= 4 ? ImageEditorView::ToolMode(index) : before;
         EXPECT_EQ(view().toolMode(), expected) << index;
-        EXPECT_EQ(editor->toolGroup().checkedId(), int(expected)) << index;
+        EXPECT_EQ(editor->toolBar().toolGroup().checkedId(), int(expected)) << index;
     }
     editor->doZoomEditor(3);
     const double fitted = view().zoomFactor();
@@ -282,6 +286,12 @@ TEST_F(ImageEditorTest, KeysWheelAndResizeDriveToolsAndZoom)
                       Qt::ControlModifier, Qt::NoScrollPhase, false);
     QApplication::sendEvent(view().viewport(), &wheel);
     EXPECT_NEAR(view().zoomFactor(), before * EditorZoom::kZoomInFactor, 1e-9);
+    // A pinch spreading the fingers by a quarter.
+    const double beforePinch = view().zoomFactor();
+    QNativeGestureEvent pinch(Qt::ZoomNativeGesture, QPointingDevice::primaryPointingDevice(), 2, centre, centre,
+                              view().viewport()->mapToGlobal(centre), 0.25, QPointF(), 0);
+    QApplication::sendEvent(view().viewport(), &pinch);
+    EXPECT_NEAR(view().zoomFactor(), beforePinch * 1.25, 1e-9);
     // A resize refits at once.
     editor->resize(editor->width() + 200, editor->height() + 100);
     QCoreApplication::processEvents();
@@ -292,7 +302,7 @@ TEST_F(ImageEditorTest, CropBySquareAspectAndEnter)
 {
     ASSERT_TRUE(edit(0));
     editor->switchToolMode(ImageEditorView::Crop);
-    editor->aspectPopUp().setCurrentIndex(CropGeometry::Square);
+    editor->toolBar().aspectPopUp().setCurrentIndex(CropGeometry::Square);
     EXPECT_EQ(view().cropTool().cropPixels(), QRect(20, 0, 120, 120));
     // Drag the top-left handle 30 picture pixels right and down: a smaller square.
     const QRectF rect = view().cropTool().cropRect();
@@ -333,12 +343,12 @@ TEST_F(ImageEditorTest, RotateByButtonsAndStraightenByTypingAnAngle)
         EXPECT_EQ(picture().size(), t.size) << t.button;
         EXPECT_EQ(testimages::quarterColours(picture()), QString::fromLatin1(t.colours)) << t.button;
     }
-    editor->angleField().setValue(5.0);
+    editor->toolBar().angleField().setValue(5.0);
     EXPECT_TRUE(view().hasPendingEdit());
     QTest::keyClick(view().viewport(), Qt::Key_Enter);
     ASSERT_TRUE(settled());
     EXPECT_EQ(picture().size(), StraightenGeometry::straightenedSize(QSize(120, 80), 5.0));
-    EXPECT_EQ(editor->angleField().value(), 0.0);
+    EXPECT_EQ(editor->toolBar().angleField().value(), 0.0);
     EXPECT_EQ(editor->undoStack().count(), 4);
 }
 
@@ -352,8 +362,8 @@ TEST_F(ImageEditorTest, AnAnnotationIsDrawnMovedAndBurntIn)
     browser->addImagesWithPaths({white});
     ASSERT_TRUE(edit(browser->count() - 1));
     editor->switchToolMode(ImageEditorView::Annotate);
-    editor->annotationKindPopUp().setCurrentIndex(Annotation::Rectangle);
-    editor->lineWidthField().setValue(6);
+    editor->toolBar().annotationKindPopUp().setCurrentIndex(Annotation::Rectangle);
+    editor->toolBar().lineWidthField().setValue(6);
     QTest::mousePress(view().viewport(), Qt::LeftButton, {}, viewportPoint({40, 40}));
     QTest::mouseMove(view().viewport(), viewportPoint({100, 90}));
     QTest::mouseRelease(view().viewport(), Qt::LeftButton, {}, viewportPoint({100, 90}));
@@ -420,7 +430,7 @@ TEST_F(ImageEditorTest, SavingProposesTheSourcesNameFormatAndQuality)
         editor->pushOperation(EditOperation::cropTo(QRect(0, 0, 60, 50)));
         ASSERT_TRUE(settled());
         editor->saveEditorImage();
-        QFileDialog *panel = editor->savePanel();
+        EditorSavePanel *panel = editor->savePanel();
         ASSERT_NE(panel, nullptr);
         EXPECT_EQ(panel->windowModality(), Qt::WindowModal);
         EXPECT_TRUE(panel->testOption(QFileDialog::DontUseNativeDialog));

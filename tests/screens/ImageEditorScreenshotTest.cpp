@@ -7,6 +7,7 @@
 #include "images/ImageBrowserSelection.h"
 #include "support/RecordingAlertPresenter.h"
 #include "widgets/AdjustmentsPanel.h"
+#include "widgets/EditorToolBar.h"
 #include "widgets/AnnotateTool.h"
 #include "widgets/AnnotationItem.h"
 #include "widgets/CropTool.h"
@@ -93,7 +94,7 @@ TEST_F(ImageEditorScreenshotTest, PhotoFitted)
 TEST_F(ImageEditorScreenshotTest, CropFrameWithHandles)
 {
     editor->switchToolMode(ImageEditorView::Crop);
-    editor->aspectPopUp().setCurrentIndex(CropGeometry::ThreeTwo);
+    editor->toolBar().aspectPopUp().setCurrentIndex(CropGeometry::ThreeTwo);
     const QSize size = editor->document().image().size();
     editor->editorImageView().cropTool().setCropRect(QRectF(size.width() * 0.15, size.height() * 0.2, size.width() * 0.6, size.width() * 0.4));
     const QImage shot = grab();
@@ -106,7 +107,7 @@ TEST_F(ImageEditorScreenshotTest, CropFrameWithHandles)
 TEST_F(ImageEditorScreenshotTest, StraighteningPreview)
 {
     editor->switchToolMode(ImageEditorView::Rotate);
-    editor->angleField().setValue(-6.5);
+    editor->toolBar().angleField().setValue(-6.5);
     const QImage shot = grab();
     save(shot, "editor-straighten");
     // The corners the turn uncovers are outside the kept frame and dimmed to near the ground.
@@ -137,8 +138,8 @@ TEST_F(ImageEditorScreenshotTest, MarksNotYetApplied)
     caption.points = {QPointF(size.width() * 0.08, size.height() * 0.82)};
     tool.addAnnotation(caption);
     tool.items().constLast()->setSelected(true);
-    editor->annotationKindPopUp().setCurrentIndex(Annotation::Text);
-    editor->annotationTextField().setText(caption.text);
+    editor->toolBar().annotationKindPopUp().setCurrentIndex(Annotation::Text);
+    editor->toolBar().annotationTextField().setText(caption.text);
     const QImage shot = grab();
     save(shot, "editor-annotate");
     const QColor onArrow = shot.pixelColor(inGrab((arrow.points[0] + arrow.points[1]) / 2));
