@@ -29,6 +29,7 @@
 #include <QFutureWatcher>
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QScreen>
@@ -267,6 +268,7 @@ void ImageEditorWindow::doEdit()
             if (url)
                 beginEditing();
         });
+        escapeCancels();
         return;
     }
     }
@@ -552,6 +554,15 @@ void ImageEditorWindow::closeEvent(QCloseEvent *event)
         if (response == AlertPresenter::AlternateButton)
             closeNoSave();
     });
+    escapeCancels();
+}
+
+void ImageEditorWindow::escapeCancels()
+{
+    // Both questions here lose an edit on their alternate answer: Escape keeps it instead.
+    const QList<QMessageBox *> boxes = findChildren<QMessageBox *>(Qt::FindDirectChildrenOnly);
+    if (!boxes.isEmpty() && boxes.constLast()->defaultButton())
+        boxes.constLast()->setEscapeButton(boxes.constLast()->defaultButton());
 }
 
 void ImageEditorWindow::resizeEvent(QResizeEvent *event)

@@ -113,6 +113,7 @@ private:
     void previewAdjustments(const QImage &preview, const PhotoAdjustments &adjustments);
     void refreshPanelSource();
     void setEditingEnabled(bool enabled);
+    void escapeCancels();
     void setWriting(bool writing);
 
     UserDefaults &m_defaults;

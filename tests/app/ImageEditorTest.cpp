@@ -189,6 +189,10 @@ TEST_F(ImageEditorTest, AnotherPhotoAsksFirstAndOnlyOkReplaces)
         browser->selection().select(1);
         QSignalSpy loaded(editor.get(), &ImageEditorWindow::loaded);
         editor->doEdit();
+        QMessageBox *box = editor->findChild<QMessageBox *>();
+        ASSERT_NE(box, nullptr);
+        ASSERT_NE(box->escapeButton(), nullptr);
+        EXPECT_EQ(box->escapeButton()->text(), QStringLiteral("Cancel")); // Escape keeps the edit
         const auto texts = answer(QString::fromLatin1(c.button));
         EXPECT_EQ(texts.first, QStringLiteral("Replace edit contents?"));
         EXPECT_EQ(texts.second, QStringLiteral("Any changes not yet saved will be lost."));
