@@ -218,11 +218,12 @@ void ImageEditorView::clearSelection()
     emit selectionChanged(m_selection);
 }
 
-void ImageEditorView::rubberBandChanged(const QRect &viewRect, const QPointF &from, const QPointF &to)
+void ImageEditorView::rubberBandChanged(const QRect &viewRect, const QPointF &, const QPointF &)
 {
     if (viewRect.isNull())
         return; // the drag ended: the last area stays selected
-    m_selection = QRectF(from, to).normalized().intersected(sceneRect());
+    // The band as it is drawn now (the scene points given lag one move behind).
+    m_selection = mapToScene(viewRect).boundingRect().intersected(sceneRect());
     m_selectionItem->setRect(m_selection);
     m_selectionItem->setVisible(!m_selection.isEmpty());
     emit selectionChanged(m_selection);

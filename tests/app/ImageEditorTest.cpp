@@ -45,6 +45,7 @@
 #include <QSlider>
 #include <QTest>
 #include <QUndoStack>
+#include <QtMath>
 
 #include <memory>
 
@@ -325,6 +326,38 @@ TEST_F(ImageEditorTest, CropBySquareAspectAndEnter)
     EXPECT_EQ(picture(), source.copy(kept));
     EXPECT_EQ(editor->undoStack().count(), 1);
     EXPECT_EQ(editor->undoStack().undoText(), QStringLiteral("Crop"));
+}
+
+// Mouse drags of the select and rotate tools, from the picture's point of view.
+TEST_F(ImageEditorTest, SelectingAnAreaCropsToItAndDraggingAroundTheCentreStraightens)
+{
+    ASSERT_TRUE(edit(0)); // 160 x 120
+    editor->switchToolMode(ImageEditorView::Select);
+    QTest::mousePress(view().viewport(), Qt::LeftButton, {}, viewportPoint({20, 10}));
+    QTest::mouseMove(view().viewport(), viewportPoint({100, 70}));
+    QTest::mouseRelease(view().viewport(), Qt::LeftButton, {}, viewportPoint({100, 70}));
+    const QRectF selected = view().selectionRect();
+    EXPECT_NEAR(selected.left(), 20, 1);
+    EXPECT_NEAR(selected.bottom(), 70, 1);
+    QTest::keyClick(view().viewport(), Qt::Key_Return);
+    ASSERT_TRUE(settled());
+    EXPECT_NEAR(picture().width(), 80, 1);
+    EXPECT_NEAR(picture().height(), 60, 1);
+    EXPECT_TRUE(view().selectionRect().isEmpty());
+
+    // Now 80 x 60: a drag from right of the centre to 10 degrees below it turns by 10.
+    editor->switchToolMode(ImageEditorView::Rotate);
+    const QPointF centre(picture().width() / 2.0, picture().height() / 2.0);
+    const double r = 20;
+    const QPointF end = centre + QPointF(r * std::cos(qDegreesToRadians(10.0)), r * std::sin(qDegreesToRadians(10.0)));
+    QTest::mousePress(view().viewport(), Qt::LeftButton, {}, viewportPoint(centre + QPointF(r, 0)));
+    QTest::mouseMove(view().viewport(), viewportPoint(end));
+    QTest::mouseRelease(view().viewport(), Qt::LeftButton, {}, viewportPoint(end));
+    EXPECT_NEAR(editor->toolBar().angleField().value(), 10.0, 1.0);
+    // Escape forgets it.
+    QTest::keyClick(view().viewport(), Qt::Key_Escape);
+    EXPECT_EQ(editor->toolBar().angleField().value(), 0.0);
+    EXPECT_FALSE(view().hasPendingEdit());
 }
 
 TEST_F(ImageEditorTest, RotateByButtonsAndStraightenByTypingAnAngle)
