@@ -115,7 +115,11 @@ ImageEditorWindow::ImageEditorWindow(ImageBrowserController &browser, UserDefaul
     buildActions();
 
     connect(m_view, &ImageEditorView::operationReady, this, &ImageEditorWindow::pushOperation);
-    connect(m_toolBar, &EditorToolBar::operationRequested, this, &ImageEditorWindow::pushOperation);
+    // A turn or flip keeps what the tool holds (a straightening being set) by applying it first.
+    connect(m_toolBar, &EditorToolBar::operationRequested, this, [this](const EditOperation &operation) {
+        m_view->applyTool();
+        pushOperation(operation);
+    });
     connect(m_toolBar, &EditorToolBar::toolChosen, this, &ImageEditorWindow::switchToolMode);
     connect(m_toolBar, &EditorToolBar::adjustRequested, this, &ImageEditorWindow::openEditPanel);
     connect(m_view, &ImageEditorView::zoomChanged, this, &ImageEditorWindow::updateStatus);
@@ -362,6 +366,7 @@ void ImageEditorWindow::openEditPanel()
         connect(m_editPanel, &AdjustmentsPanel::previewReady, this, &ImageEditorWindow::previewAdjustments);
         connect(m_editPanel, &AdjustmentsPanel::applyRequested, this, [this](const PhotoAdjustments &adjustments) {
             m_view->endPreview();
+            m_view->applyTool();
             if (!adjustments.isNeutral())
                 pushOperation(EditOperation::adjust(adjustments));
         });

@@ -387,6 +387,15 @@ TEST_F(ImageEditorTest, RotateByButtonsAndStraightenByTypingAnAngle)
     EXPECT_EQ(picture().size(), StraightenGeometry::straightenedSize(QSize(120, 80), 5.0));
     EXPECT_EQ(editor->toolBar().angleField().value(), 0.0);
     EXPECT_EQ(editor->undoStack().count(), 4);
+    // A turn while an angle is set straightens first, then turns.
+    editor->toolBar().angleField().setValue(-3.0);
+    for (QAbstractButton *b : editor->findChildren<QAbstractButton *>())
+        if (b->text() == QString::fromUtf8("⟳ Right"))
+            QTest::mouseClick(b, Qt::LeftButton);
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(editor->undoStack().count(), 6);
+    EXPECT_EQ(editor->undoStack().text(4), QStringLiteral("Straighten -3.0°"));
+    EXPECT_EQ(editor->undoStack().text(5), QStringLiteral("Rotate Right"));
 }
 
 TEST_F(ImageEditorTest, AnAnnotationIsDrawnMovedAndBurntIn)
