@@ -157,7 +157,7 @@ void HalvernDesktopController::displayResult(const QImage &image, bool isButton)
 
 void HalvernDesktopController::initEditor()
 {
-    m_editorWindow = new ImageEditorWindow(*m_imageBrowserController, m_defaults, m_resourcesFolder, m_mainWindow.get());
+    m_editorWindow = std::make_unique<ImageEditorWindow>(*m_imageBrowserController, m_defaults, m_resourcesFolder);
 }
 
 void HalvernDesktopController::doEdit() { m_editorWindow->doEdit(); }

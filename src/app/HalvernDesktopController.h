@@ -93,6 +93,8 @@ private:
     PreferencesWindow *m_preferencesWindow = nullptr;
     WelcomeSheet *m_welcomeWindow = nullptr;
     LoadFileSheet *m_loadFileWindow = nullptr;
-    ImageEditorWindow *m_editorWindow = nullptr;
+    // A window of its own (no parent), so sheets on the main window do not block it; it goes
+    // first, before the photo list it edits.
+    std::unique_ptr<ImageEditorWindow> m_editorWindow;
     bool m_terminated = false;
 };

@@ -23,6 +23,7 @@
 #include "widgets/CropTool.h"
 #include "widgets/ImageEditorView.h"
 #include "widgets/ImageBrowserPanel.h"
+#include "widgets/TessaryView.h"
 
 #include "images/ExifJpeg.h"
 #include "images/TestImages.h"
@@ -662,7 +663,19 @@ TEST_F(ImageEditorTest, TheMainWindowOpensTheEditor)
     ASSERT_TRUE(QTest::qWaitFor([&] { return (box = controller.editorWindow().findChild<QMessageBox *>()) != nullptr; }, 5000));
     EXPECT_EQ(box->text(), QStringLiteral("Replace edit contents?"));
     box->reject();
-    controller.editorWindow().pushOperation(EditOperation::turn(EditOperation::TurnRight));
+    // Ctrl+Z in the editor undoes the edit, never the collage's jumble (the main window's Ctrl+Z).
+    ImageEditorWindow &editorWindow = controller.editorWindow();
+    TessaryView &collage = controller.mainWindow().tessaryView();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !collage.currentLayout().tiles.empty(); }, 30000));
+    collage.jumble();
+    ASSERT_TRUE(collage.isJumbled());
+    editorWindow.pushOperation(EditOperation::turn(EditOperation::TurnRight));
+    editorWindow.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&editorWindow, 5000));
+    QTest::keyClick(&editorWindow, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(editorWindow.undoStack().index(), 0);
+    EXPECT_TRUE(collage.isJumbled());
+    editorWindow.pushOperation(EditOperation::turn(EditOperation::TurnRight));
     controller.applicationWillTerminate();
     EXPECT_FALSE(controller.editorWindow().isVisible());
 }
