@@ -2,6 +2,7 @@
 
 #include "app/CollageDocumentActions.h"
 #include "app/CompletionSound.h"
+#include "app/ImageEditorWindow.h"
 #include "app/LoadFileSheet.h"
 #include "app/MainWindow.h"
 #include "app/PreferencesWindow.h"
@@ -78,6 +79,7 @@ void HalvernDesktopController::awakeFromNib()
 
     Preferences prefs(m_defaults);
     m_mainWindow->tessaryView().setTessaryBackgroundColor(prefs.tessaryBackgroundColor());
+    initEditor();
     m_harpSound = new CompletionSound(QDir(m_resourcesFolder).filePath(QStringLiteral("harp.aif")), this);
 
     m_tileAndBlend = new TileAndBlendActions(m_defaults, *m_imageBrowserController, m_alerts, window,
@@ -203,6 +205,7 @@ void HalvernDesktopController::applicationWillTerminate()
     m_terminated = true;
     Preferences prefs(m_defaults);
     prefs.setTessaryBackgroundColor(m_mainWindow->tessaryView().tessaryBackgroundColor());
+    closeNoSave();
     m_imageBrowserController->appWillTerminate();
     m_mainWindow->tessaryView().saveImageCacheToUserDefaults();
 }
@@ -229,6 +232,21 @@ void HalvernDesktopController::displayResultForBlender(const QImage &image)
     }
     displayResult(framed, true);
 }
+
+void HalvernDesktopController::initEditor()
+{
+    m_editorWindow = std::make_unique<ImageEditorWindow>(*m_imageBrowserController, m_defaults, m_resourcesFolder);
+}
+
+void HalvernDesktopController::doEdit() { m_editorWindow->doEdit(); }
+void HalvernDesktopController::beginEditing() { m_editorWindow->beginEditing(); }
+void HalvernDesktopController::switchToolMode(int index) { m_editorWindow->switchToolMode(index); }
+void HalvernDesktopController::doZoomEditor(int index) { m_editorWindow->doZoomEditor(index); }
+void HalvernDesktopController::openEditPanel() { m_editorWindow->openEditPanel(); }
+void HalvernDesktopController::saveEditorImage() { m_editorWindow->saveEditorImage(); }
+void HalvernDesktopController::insertEditorImage() { m_editorWindow->insertEditorImage(); }
+void HalvernDesktopController::replaceEditorImage() { m_editorWindow->replaceEditorImage(); }
+void HalvernDesktopController::closeNoSave() { m_editorWindow->closeNoSave(); }
 
 void HalvernDesktopController::loadFlowerImages()
 {
@@ -269,6 +287,8 @@ void HalvernDesktopController::connectActions()
     on("showTemplateWebviewWindow", [this] { showTemplateWebviewWindow(); });
     on("paste", [&browser] { browser.paste(); });
     on("removePhoto", [&browser] { browser.removeSelectedPhoto(); });
+    on("editPhoto", [this] { doEdit(); });
+    connect(&browser, &ImageBrowserPanel::editRequested, this, [this] { doEdit(); });
     on("clearAllImages", [&browser] { browser.clearAllImages(); });
     on("insertBlankImage", [&browser] { browser.insertBlankImage(); });
     on("preferences", [this] { showPreferences(); });

@@ -12,6 +12,7 @@
 
 class CollageDocumentActions;
 class CompletionSound;
+class ImageEditorWindow;
 class LoadFileSheet;
 class PreferencesWindow;
 class TemplateGallerySheet;
@@ -80,6 +81,19 @@ public:
     // Tiling and the blend commands, with their sheets.
     TileAndBlendActions &tileAndBlendActions() const { return *m_tileAndBlend; }
 
+    // The image editor (its work is the editor window's; these forward to it).
+    ImageEditorWindow &editorWindow() const { return *m_editorWindow; }
+    void initEditor();
+    void doEdit();
+    void beginEditing();
+    void switchToolMode(int index);
+    void doZoomEditor(int index);
+    void openEditPanel();
+    void saveEditorImage();
+    void insertEditorImage();
+    void replaceEditorImage();
+    void closeNoSave();
+
     void loadFlowerImages();
     void goHome();
     void goToWebsite();
@@ -103,5 +117,8 @@ private:
     TemplateGallerySheet *m_templateWebviewWindow = nullptr;
     CollageDocumentActions *m_collageDocuments = nullptr;
     TileAndBlendActions *m_tileAndBlend = nullptr;
+    // A window of its own (no parent), so sheets on the main window do not block it; it goes
+    // first, before the photo list it edits.
+    std::unique_ptr<ImageEditorWindow> m_editorWindow;
     bool m_terminated = false;
 };

@@ -112,6 +112,7 @@ void MainWindow::buildMenus()
     add(edit, "insertBlankImage", tr("Insert Blank Image"));
     add(edit, "removePhoto", tr("Remove Photo"), QKeySequence(Qt::Key_Delete));
     add(edit, "tilePhoto", tr("Cut Photo into Tiles…"), QKeySequence(Qt::CTRL | Qt::Key_T));
+    add(edit, "editPhoto", tr("Edit Photo…"), QKeySequence(Qt::CTRL | Qt::Key_E));
     edit->addSeparator();
     add(edit, "clearAllImages", tr("Clear All Images…"));
 

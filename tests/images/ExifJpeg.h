@@ -100,4 +100,26 @@ inline QByteArray orientedJpeg(const QImage &upright, int orientation)
     return jpeg.left(2) + exifOrientationSegment(orientation) + jpeg.mid(2);
 }
 
+// A camera JPEG's EXIF block with a description and the orientation "turn right" (6).
+inline QByteArray cameraExif(const QByteArray &description)
+{
+    QByteArray text = description + '\0';
+    QByteArray tiff("MM\0*\0\0\0\x08", 8);
+    tiff.append(QByteArray("\0\x02", 2)); // two entries
+    char be[4];
+    // ImageDescription, ASCII, its text after the directory.
+    tiff.append(QByteArray("\x01\x0E\0\x02", 4));
+    qToBigEndian(quint32(text.size()), be);
+    tiff.append(be, 4);
+    qToBigEndian(quint32(8 + 2 + 2 * 12 + 4), be);
+    tiff.append(be, 4);
+    tiff.append(QByteArray("\x01\x12\0\x03\0\0\0\x01\0\x06\0\0", 12)); // Orientation 6
+    tiff.append(QByteArray(4, '\0'));
+    tiff.append(text);
+    const QByteArray body = QByteArray("Exif\0\0", 6) + tiff;
+    char length[2];
+    qToBigEndian(quint16(body.size() + 2), length);
+    return QByteArray("\xFF\xE1", 2) + QByteArray(length, 2) + body;
+}
+
 } // namespace testimages

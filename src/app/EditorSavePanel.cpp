@@ -1,0 +1,112 @@
+#include "app/EditorSavePanel.h"
+
+#include "images/EditedImageWriter.h"
+#include "images/JpegQuality.h"
+
+#include <QFileInfo>
+#include <QGridLayout>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QSlider>
+
+namespace {
+
+QString formatTitle(const QByteArray &format)
+{
+    if (format == "jpeg")
+        return QStringLiteral("JPEG");
+    if (format == "webp")
+        return QStringLiteral("WebP");
+    return QString::fromLatin1(format).toUpper();
+}
+
+} // namespace
+
+QString EditorSavePanel::nameFilter(const QByteArray &format)
+{
+    QString patterns = QStringLiteral("*.") + EditedImageWriter::suffixForFormat(format);
+    if (format == "jpeg")
+        patterns = QStringLiteral("*.jpg *.jpeg");
+    else if (format == "tiff")
+        patterns = QStringLiteral("*.tif *.tiff");
+    return QStringLiteral("%1 (%2)").arg(formatTitle(format), patterns);
+}
+
+EditorSavePanel::EditorSavePanel(const QString &representedPath, const QByteArray &sourceFormat, int sourceQuality,
+                                 QWidget *parent)
+    : QFileDialog(parent, tr("Save Edited Photo"))
+    , m_formats(EditedImageWriter::saveFormats())
+{
+    setObjectName(QStringLiteral("savePanel"));
+    setOption(QFileDialog::DontUseNativeDialog);
+    setAcceptMode(QFileDialog::AcceptSave);
+    setFileMode(QFileDialog::AnyFile);
+    setWindowModality(Qt::WindowModal);
+
+    for (const QByteArray &f : std::as_const(m_formats))
+        m_filters.append(nameFilter(f));
+    setNameFilters(m_filters);
+    const bool known = m_formats.contains(sourceFormat);
+    selectNameFilter(nameFilter(known ? sourceFormat : QByteArray("png")));
+    const QFileInfo represented(representedPath);
+    setDirectory(represented.absolutePath());
+    selectFile(known ? represented.fileName() : represented.completeBaseName() + QStringLiteral(".png"));
+
+    // The options: the quality of the formats that have one, under the file type.
+    m_qualityLabel = new QLabel(tr("Quality:"));
+    m_quality = new QSlider(Qt::Horizontal);
+    m_quality->setObjectName(QStringLiteral("qualitySlider"));
+    m_quality->setRange(1, 100);
+    m_quality->setValue(sourceQuality > 0 ? sourceQuality : JpegQuality::kDefaultQuality);
+    m_quality->setToolTip(tr("Higher keeps more detail in a larger file"));
+    auto *value = new QLabel(QString::number(m_quality->value()));
+    value->setMinimumWidth(28);
+    connect(m_quality, &QSlider::valueChanged, value, qOverload<int>(&QLabel::setNum));
+    m_qualityRow = new QWidget;
+    auto *row = new QHBoxLayout(m_qualityRow);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(m_quality, 1);
+    row->addWidget(value);
+    if (auto *grid = qobject_cast<QGridLayout *>(layout())) {
+        const int r = grid->rowCount();
+        grid->addWidget(m_qualityLabel, r, 0);
+        grid->addWidget(m_qualityRow, r, 1, 1, grid->columnCount() - 1);
+    }
+    filterChanged(selectedNameFilter());
+    connect(this, &QFileDialog::filterSelected, this, &EditorSavePanel::filterChanged);
+    connect(this, &QDialog::finished, this, &EditorSavePanel::answered);
+}
+
+QByteArray EditorSavePanel::formatOfFilter(const QString &filter) const
+{
+    const qsizetype i = m_filters.indexOf(filter);
+    return i >= 0 ? m_formats.at(i) : QByteArray("png");
+}
+
+void EditorSavePanel::filterChanged(const QString &filter)
+{
+    const QByteArray format = formatOfFilter(filter);
+    const bool hasQuality = EditedImageWriter::hasQuality(format);
+    m_qualityLabel->setVisible(hasQuality);
+    m_qualityRow->setVisible(hasQuality);
+    // The name follows the format chosen.
+    if (auto *name = findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))) {
+        const QFileInfo typed(name->text());
+        if (!typed.completeBaseName().isEmpty() && EditedImageWriter::formatForSuffix(typed.suffix()) != format)
+            name->setText(typed.completeBaseName() + QLatin1Char('.') + EditedImageWriter::suffixForFormat(format));
+    }
+}
+
+void EditorSavePanel::answered(int result)
+{
+    if (result != QDialog::Accepted || selectedFiles().isEmpty())
+        return;
+    QString path = selectedFiles().constFirst();
+    QByteArray format = EditedImageWriter::formatForSuffix(QFileInfo(path).suffix());
+    if (format.isEmpty()) {
+        format = formatOfFilter(selectedNameFilter());
+        path += QLatin1Char('.') + EditedImageWriter::suffixForFormat(format);
+    }
+    emit saveRequested(path, format, EditedImageWriter::hasQuality(format) ? m_quality->value() : -1);
+}

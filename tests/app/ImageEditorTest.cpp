@@ -1,0 +1,683 @@
+#include "AppFixture.h"
+
+#include "app/EditorSavePanel.h"
+#include "app/HalvernDesktopController.h"
+#include "app/ImageEditorWindow.h"
+#include "app/MainWindow.h"
+#include "foundation/Paths.h"
+#include "foundation/Preferences.h"
+#include "images/EditDocument.h"
+#include "images/EditorZoom.h"
+#include "images/ImageBookmarks.h"
+#include "images/ImageBrowserController.h"
+#include "images/ImageBrowserSelection.h"
+#include "images/ImageFileReader.h"
+#include "images/JpegQuality.h"
+#include "images/StraightenGeometry.h"
+#include "images/UIImage.h"
+#include "support/RecordingAlertPresenter.h"
+#include "widgets/AdjustmentsPanel.h"
+#include "widgets/EditorToolBar.h"
+#include "widgets/AnnotateTool.h"
+#include "widgets/AnnotationItem.h"
+#include "widgets/CropTool.h"
+#include "widgets/ImageEditorView.h"
+#include "widgets/ImageBrowserPanel.h"
+#include "widgets/TessaryView.h"
+
+#include "images/ExifJpeg.h"
+#include "images/TestImages.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
+#include <QButtonGroup>
+#include <QComboBox>
+#include <QDir>
+#include <QDoubleSpinBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QNativeGestureEvent>
+#include <QPointingDevice>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QSlider>
+#include <QTest>
+#include <QUndoStack>
+#include <QtMath>
+
+#include <memory>
+
+namespace {
+
+// Log lines of the application, caught while a test runs.
+QStringList g_log;
+void catchLog(QtMsgType, const QMessageLogContext &, const QString &message)
+{
+    g_log.append(message);
+}
+
+class ImageEditorTest : public AppFixture
+{
+protected:
+    void SetUp() override
+    {
+        AppFixture::SetUp();
+        browser = std::make_unique<ImageBrowserController>(*defaults, Paths::resourcesFolder(), alerts);
+        browser->clearImages();
+        // Two photos: a JPEG written at quality 70 and a PNG.
+        photoA = dir.filePath(QStringLiteral("harbour.jpg"));
+        photoB = dir.filePath(QStringLiteral("quarters.png"));
+        ASSERT_TRUE(testimages::writeFile(photoA, testimages::encode(testimages::gradient(160, 120), "jpeg", 70)));
+        ASSERT_TRUE(testimages::writeFile(photoB, testimages::encode(testimages::quarters(120, 80), "png")));
+        browser->addImagesWithPaths({photoA, photoB});
+        ASSERT_EQ(browser->count(), 2);
+        editor = std::make_unique<ImageEditorWindow>(*browser, *defaults, Paths::resourcesFolder());
+    }
+    void TearDown() override
+    {
+        editor.reset();
+        browser.reset();
+        AppFixture::TearDown();
+    }
+
+    // Selects the photo and opens it (answering OK when another photo is open), waiting until
+    // it is on show.
+    bool edit(qsizetype index)
+    {
+        browser->selection().select(index);
+        const bool same = editor->session().editingURL() == browser->imageBookmarks().urlAtIndex(index);
+        const bool asks = !same && editor->session().editingURL();
+        QSignalSpy loaded(editor.get(), &ImageEditorWindow::loaded);
+        editor->doEdit();
+        if (asks)
+            answer(QStringLiteral("OK"));
+        return (same || QTest::qWaitFor([&] { return !loaded.isEmpty(); }, 5000)) &&
+               QTest::qWaitForWindowExposed(editor.get(), 5000);
+    }
+    bool settled()
+    {
+        return QTest::qWaitFor([&] { return !editor->document().isBusy() && !editor->isWriting(); }, 5000);
+    }
+    ImageEditorView &view() const { return editor->editorImageView(); }
+    QImage picture() const { return editor->document().image(); }
+    // The editor's open message box, answered with the button.
+    std::pair<QString, QString> answer(const QString &button)
+    {
+        QMessageBox *box = nullptr;
+        if (!QTest::qWaitFor([&] { return (box = editor->findChild<QMessageBox *>()) && box->isVisible(); }, 5000)) {
+            ADD_FAILURE() << "no message box to answer " << button.toStdString();
+            return {};
+        }
+        const std::pair<QString, QString> texts{box->text(), box->informativeText()};
+        EXPECT_EQ(box->windowModality(), Qt::WindowModal);
+        QStringList titles;
+        QAbstractButton *chosen = nullptr;
+        for (QAbstractButton *b : box->buttons()) {
+            titles.append(b->text());
+            if (b->text() == button)
+                chosen = b;
+        }
+        EXPECT_NE(chosen, nullptr) << titles.join(QLatin1Char(',')).toStdString();
+        if (chosen)
+            chosen->click();
+        (void)QTest::qWaitFor([&] { return !editor->findChild<QMessageBox *>(); }, 5000);
+        return texts;
+    }
+    bool messageBoxShown() const
+    {
+        QCoreApplication::processEvents();
+        const QMessageBox *box = editor->findChild<QMessageBox *>();
+        return box && box->isVisible();
+    }
+    QStringList imagesFolderFiles() const
+    {
+        return QDir(Paths::imagesFolder()).entryList(QDir::Files);
+    }
+    QPoint viewportPoint(const QPointF &picturePoint) const { return view().mapFromScene(picturePoint); }
+
+    RecordingAlertPresenter alerts;
+    std::unique_ptr<ImageBrowserController> browser;
+    std::unique_ptr<ImageEditorWindow> editor;
+    QString photoA, photoB;
+};
+
+TEST_F(ImageEditorTest, OpensTheSelectedPhotoCentredTheFirstTimeWithItsNameAndFormat)
+{
+    EXPECT_FALSE(defaults->hasObject(Preferences::FirstRunEditor));
+    ASSERT_TRUE(edit(0));
+    EXPECT_TRUE(defaults->hasObject(Preferences::FirstRunEditor));
+    EXPECT_TRUE(editor->isVisible());
+    EXPECT_EQ(editor->windowFilePath(), photoA);
+    EXPECT_TRUE(editor->windowTitle().contains(QStringLiteral("harbour.jpg")));
+    EXPECT_EQ(picture().size(), QSize(160, 120));
+    EXPECT_EQ(editor->editorImageUTType(), QByteArray("jpeg"));
+    EXPECT_EQ(editor->editorImageProperties().quality, 70);
+    EXPECT_FALSE(editor->cantEditImageTextField().isVisible());
+    EXPECT_EQ(editor->session().editingURL(), browser->imageBookmarks().urlAtIndex(0));
+    // Fitted once the window has its size.
+    ASSERT_TRUE(QTest::qWaitFor([&] {
+        return std::abs(view().zoomFactor() - EditorZoom::fitFactor(QSizeF(160, 120), view().fitArea())) < 1e-9;
+    }, 2000));
+}
+
+TEST_F(ImageEditorTest, NoSelectionOrTheSamePhotoAgainDoesNothing)
+{
+    browser->selection().clear();
+    editor->doEdit();
+    EXPECT_FALSE(editor->session().editingURL());
+    EXPECT_FALSE(editor->isLoading());
+    ASSERT_TRUE(edit(0));
+    editor->pushOperation(EditOperation::turn(EditOperation::TurnRight));
+    // The very entry again: no question, no reload, the edit stays.
+    editor->doEdit();
+    EXPECT_FALSE(editor->isLoading());
+    EXPECT_FALSE(messageBoxShown());
+    EXPECT_EQ(editor->document().count(), 1);
+}
+
+TEST_F(ImageEditorTest, AnotherPhotoAsksFirstAndOnlyOkReplaces)
+{
+    const struct {
+        const char *button;
+        bool replaces;
+    } cases[] = {{"Cancel", false}, {"OK", true}};
+    for (const auto &c : cases) {
+        ASSERT_TRUE(edit(0)) << c.button;
+        editor->pushOperation(EditOperation::turn(EditOperation::TurnRight));
+        const ImageBookmarks::UrlRef before = editor->session().editingURL();
+        browser->selection().select(1);
+        QSignalSpy loaded(editor.get(), &ImageEditorWindow::loaded);
+        editor->doEdit();
+        QMessageBox *box = editor->findChild<QMessageBox *>();
+        ASSERT_NE(box, nullptr);
+        ASSERT_NE(box->escapeButton(), nullptr);
+        EXPECT_EQ(box->escapeButton()->text(), QStringLiteral("Cancel")); // Escape keeps the edit
+        const auto texts = answer(QString::fromLatin1(c.button));
+        EXPECT_EQ(texts.first, QStringLiteral("Replace edit contents?"));
+        EXPECT_EQ(texts.second, QStringLiteral("Any changes not yet saved will be lost."));
+        if (c.replaces) {
+            ASSERT_TRUE(QTest::qWaitFor([&] { return !loaded.isEmpty(); }, 5000));
+            EXPECT_EQ(editor->session().editingURL(), browser->imageBookmarks().urlAtIndex(1));
+            EXPECT_EQ(editor->document().count(), 0);
+            EXPECT_EQ(editor->editorImageUTType(), QByteArray("png"));
+        } else {
+            EXPECT_EQ(editor->session().editingURL(), before);
+            EXPECT_EQ(editor->document().count(), 1);
+            EXPECT_EQ(picture().size(), QSize(120, 160));
+            // Going back to the first photo: it is the one open, so nothing is asked.
+            browser->selection().select(0);
+        }
+    }
+}
+
+TEST_F(ImageEditorTest, AFileThatCannotBeReadShowsTheFailurePictureSheetAndNote)
+{
+    const QString broken = dir.filePath(QStringLiteral("broken.jpg"));
+    ASSERT_TRUE(testimages::writeFile(broken, "not a picture at all"));
+    editor->show();
+    editor->session().setEditingURL(std::make_shared<const QUrl>(QUrl::fromLocalFile(broken)));
+    QSignalSpy loaded(editor.get(), &ImageEditorWindow::loaded);
+    editor->beginEditing();
+    ASSERT_TRUE(loaded.wait(5000));
+    EXPECT_FALSE(loaded.first().first().toBool());
+    const QImage ximage(QDir(Paths::resourcesFolder()).filePath(QStringLiteral("ximage.png")));
+    ASSERT_FALSE(ximage.isNull());
+    EXPECT_EQ(picture().size(), ximage.size());
+    EXPECT_EQ(editor->windowFilePath(), broken);
+    EXPECT_TRUE(editor->cantEditImageTextField().isVisible());
+    EXPECT_FALSE(editor->saveButton().isEnabled());
+    const auto texts = answer(QStringLiteral("OK"));
+    EXPECT_EQ(texts.first, QStringLiteral("This image can not be edited."));
+    EXPECT_EQ(texts.second, QStringLiteral("Try converting the image to another format."));
+    // Nothing to add: only the log says so.
+    g_log.clear();
+    const QtMessageHandler previous = qInstallMessageHandler(catchLog);
+    QSignalSpy inserted(editor.get(), &ImageEditorWindow::inserted);
+    editor->insertEditorImage();
+    const bool done = inserted.wait(5000);
+    qInstallMessageHandler(previous);
+    ASSERT_TRUE(done);
+    EXPECT_TRUE(g_log.contains(QStringLiteral("*** saveImageToPath - no image")));
+    EXPECT_EQ(browser->count(), 2);
+    // A readable photo hides the note again.
+    ASSERT_TRUE(edit(0));
+    EXPECT_FALSE(editor->cantEditImageTextField().isVisible());
+}
+
+TEST_F(ImageEditorTest, ToolAndZoomIndexesOutsideTheTablesAreIgnored)
+{
+    ASSERT_TRUE(edit(0));
+    for (int index : {2, 5, -1, 4, 1, 3, 0}) {
+        const ImageEditorView::ToolMode before = view().toolMode();
+        editor->switchToolMode(index);
+        const ImageEditorView::ToolMode expected = index >= 0 && index <= 4 ? ImageEditorView::ToolMode(index) : before;
+        EXPECT_EQ(view().toolMode(), expected) << index;
+        EXPECT_EQ(editor->toolBar().toolGroup().checkedId(), int(expected)) << index;
+    }
+    editor->doZoomEditor(3);
+    const double fitted = view().zoomFactor();
+    const struct {
+        QList<int> steps;
+        double expected;
+    } cases[] = {{{1, 0}, fitted}, {{0, 1}, fitted}, {{4}, fitted}, {{-1}, fitted}, {{2}, 1.0}, {{1, 1, 3}, fitted},
+                 {{2, 1}, 1.414214}};
+    for (const auto &c : cases) {
+        editor->doZoomEditor(3);
+        for (int step : c.steps)
+            editor->doZoomEditor(step);
+        EXPECT_NEAR(view().zoomFactor(), c.expected, 1e-6 * c.expected) << c.steps.size() << " steps, first " << c.steps.first() << " fitted " << fitted;
+    }
+}
+
+TEST_F(ImageEditorTest, KeysWheelAndResizeDriveToolsAndZoom)
+{
+    ASSERT_TRUE(edit(0));
+    editor->activateWindow();
+    const struct {
+        Qt::Key key;
+        ImageEditorView::ToolMode mode;
+    } keys[] = {{Qt::Key_C, ImageEditorView::Crop}, {Qt::Key_R, ImageEditorView::Rotate}, {Qt::Key_A, ImageEditorView::Annotate},
+                {Qt::Key_M, ImageEditorView::Select}, {Qt::Key_V, ImageEditorView::Move}};
+    for (const auto &k : keys) {
+        QTest::keyClick(view().viewport(), k.key);
+        EXPECT_EQ(view().toolMode(), k.mode) << k.key;
+    }
+    // Ctrl+wheel: one notch is half a step in.
+    const double before = view().zoomFactor();
+    const QPoint centre = view().viewport()->rect().center();
+    QWheelEvent wheel(centre, view().viewport()->mapToGlobal(centre), QPoint(), QPoint(0, 120), Qt::NoButton,
+                      Qt::ControlModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(view().viewport(), &wheel);
+    EXPECT_NEAR(view().zoomFactor(), before * EditorZoom::kZoomInFactor, 1e-9);
+    // A pinch spreading the fingers by a quarter.
+    const double beforePinch = view().zoomFactor();
+    QNativeGestureEvent pinch(Qt::ZoomNativeGesture, QPointingDevice::primaryPointingDevice(), 2, centre, centre,
+                              view().viewport()->mapToGlobal(centre), 0.25, QPointF(), 0);
+    QApplication::sendEvent(view().viewport(), &pinch);
+    EXPECT_NEAR(view().zoomFactor(), beforePinch * 1.25, 1e-9);
+    // A resize refits at once.
+    editor->resize(editor->width() + 200, editor->height() + 100);
+    QCoreApplication::processEvents();
+    EXPECT_NEAR(view().zoomFactor(), EditorZoom::fitFactor(QSizeF(picture().size()), view().fitArea()), 1e-9);
+}
+
+TEST_F(ImageEditorTest, CropBySquareAspectAndEnter)
+{
+    ASSERT_TRUE(edit(0));
+    editor->switchToolMode(ImageEditorView::Crop);
+    editor->toolBar().aspectPopUp().setCurrentIndex(CropGeometry::Square);
+    EXPECT_EQ(view().cropTool().cropPixels(), QRect(20, 0, 120, 120));
+    // Drag the top-left handle 30 picture pixels right and down: a smaller square.
+    const QRectF rect = view().cropTool().cropRect();
+    const QPoint from = viewportPoint(rect.topLeft());
+    const QPoint to = viewportPoint(rect.topLeft() + QPointF(30, 30));
+    QTest::mousePress(view().viewport(), Qt::LeftButton, {}, from);
+    QTest::mouseMove(view().viewport(), to);
+    QTest::mouseRelease(view().viewport(), Qt::LeftButton, {}, to);
+    const QRect kept = view().cropTool().cropPixels();
+    EXPECT_EQ(kept.width(), kept.height());
+    EXPECT_NEAR(kept.width(), 90, 2);
+    EXPECT_EQ(kept.bottomRight(), QPoint(139, 119));
+    const QImage source = picture();
+    QTest::keyClick(view().viewport(), Qt::Key_Return);
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(picture(), source.copy(kept));
+    EXPECT_EQ(editor->undoStack().count(), 1);
+    EXPECT_EQ(editor->undoStack().undoText(), QStringLiteral("Crop"));
+}
+
+// Mouse drags of the select and rotate tools, from the picture's point of view.
+TEST_F(ImageEditorTest, SelectingAnAreaCropsToItAndDraggingAroundTheCentreStraightens)
+{
+    ASSERT_TRUE(edit(0)); // 160 x 120
+    editor->switchToolMode(ImageEditorView::Select);
+    QTest::mousePress(view().viewport(), Qt::LeftButton, {}, viewportPoint({20, 10}));
+    QTest::mouseMove(view().viewport(), viewportPoint({100, 70}));
+    QTest::mouseRelease(view().viewport(), Qt::LeftButton, {}, viewportPoint({100, 70}));
+    const QRectF selected = view().selectionRect();
+    EXPECT_NEAR(selected.left(), 20, 1);
+    EXPECT_NEAR(selected.bottom(), 70, 1);
+    QTest::keyClick(view().viewport(), Qt::Key_Return);
+    ASSERT_TRUE(settled());
+    EXPECT_NEAR(picture().width(), 80, 1);
+    EXPECT_NEAR(picture().height(), 60, 1);
+    EXPECT_TRUE(view().selectionRect().isEmpty());
+
+    // Now 80 x 60: a drag from right of the centre to 10 degrees below it turns by 10.
+    editor->switchToolMode(ImageEditorView::Rotate);
+    const QPointF centre(picture().width() / 2.0, picture().height() / 2.0);
+    const double r = 20;
+    const QPointF end = centre + QPointF(r * std::cos(qDegreesToRadians(10.0)), r * std::sin(qDegreesToRadians(10.0)));
+    QTest::mousePress(view().viewport(), Qt::LeftButton, {}, viewportPoint(centre + QPointF(r, 0)));
+    QTest::mouseMove(view().viewport(), viewportPoint(end));
+    QTest::mouseRelease(view().viewport(), Qt::LeftButton, {}, viewportPoint(end));
+    EXPECT_NEAR(editor->toolBar().angleField().value(), 10.0, 1.0);
+    // Escape forgets it.
+    QTest::keyClick(view().viewport(), Qt::Key_Escape);
+    EXPECT_EQ(editor->toolBar().angleField().value(), 0.0);
+    EXPECT_FALSE(view().hasPendingEdit());
+}
+
+TEST_F(ImageEditorTest, RotateByButtonsAndStraightenByTypingAnAngle)
+{
+    ASSERT_TRUE(edit(1)); // the quarters: red, green / blue, white
+    editor->switchToolMode(ImageEditorView::Rotate);
+    const struct {
+        const char *button;
+        const char *colours;
+        QSize size;
+    } turns[] = {{"⟳ Right", "BRWG", {80, 120}}, {"⟲ Left", "RGBW", {120, 80}}, {"⇋ Flip", "GRWB", {120, 80}}};
+    for (const auto &t : turns) {
+        QAbstractButton *button = nullptr;
+        for (QAbstractButton *b : editor->findChildren<QAbstractButton *>())
+            if (b->text() == QString::fromUtf8(t.button))
+                button = b;
+        ASSERT_NE(button, nullptr) << t.button;
+        QTest::mouseClick(button, Qt::LeftButton);
+        ASSERT_TRUE(settled());
+        EXPECT_EQ(picture().size(), t.size) << t.button;
+        EXPECT_EQ(testimages::quarterColours(picture()), QString::fromLatin1(t.colours)) << t.button;
+    }
+    editor->toolBar().angleField().setValue(5.0);
+    EXPECT_TRUE(view().hasPendingEdit());
+    QTest::keyClick(view().viewport(), Qt::Key_Enter);
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(picture().size(), StraightenGeometry::straightenedSize(QSize(120, 80), 5.0));
+    EXPECT_EQ(editor->toolBar().angleField().value(), 0.0);
+    EXPECT_EQ(editor->undoStack().count(), 4);
+    // A turn while an angle is set straightens first, then turns.
+    editor->toolBar().angleField().setValue(-3.0);
+    for (QAbstractButton *b : editor->findChildren<QAbstractButton *>())
+        if (b->text() == QString::fromUtf8("⟳ Right"))
+            QTest::mouseClick(b, Qt::LeftButton);
+    ASSERT_TRUE(settled());
+    EXPECT_EQ(editor->undoStack().count(), 6);
+    EXPECT_EQ(editor->undoStack().text(4), QStringLiteral("Straighten -3.0°"));
+    EXPECT_EQ(editor->undoStack().text(5), QStringLiteral("Rotate Right"));
+}
+
+TEST_F(ImageEditorTest, AnAnnotationIsDrawnMovedAndBurntIn)
+{
+    // A white photo, so the mark's pixels stand out.
+    const QString white = dir.filePath(QStringLiteral("white.png"));
+    QImage blank(200, 150, QImage::Format_RGB32);
+    blank.fill(Qt::white);
+    ASSERT_TRUE(blank.save(white));
+    browser->addImagesWithPaths({white});
+    ASSERT_TRUE(edit(browser->count() - 1));
+    editor->switchToolMode(ImageEditorView::Annotate);
+    editor->toolBar().annotationKindPopUp().setCurrentIndex(Annotation::Rectangle);
+    editor->toolBar().lineWidthField().setValue(6);
+    QTest::mousePress(view().viewport(), Qt::LeftButton, {}, viewportPoint({40, 40}));
+    QTest::mouseMove(view().viewport(), viewportPoint({100, 90}));
+    QTest::mouseRelease(view().viewport(), Qt::LeftButton, {}, viewportPoint({100, 90}));
+    ASSERT_EQ(view().annotateTool().pending().size(), 1);
+    // Still movable: drag it 20 pixels right by its edge.
+    QTest::mousePress(view().viewport(), Qt::LeftButton, {}, viewportPoint({40, 60}));
+    QTest::mouseMove(view().viewport(), viewportPoint({60, 60}));
+    QTest::mouseRelease(view().viewport(), Qt::LeftButton, {}, viewportPoint({60, 60}));
+    const Annotation placed = view().annotateTool().pending().constFirst();
+    ASSERT_EQ(placed.points.size(), 2);
+    EXPECT_NEAR(placed.points.at(0).x(), 60, 3);
+    EXPECT_NEAR(placed.points.at(1).y(), 90, 3);
+    EXPECT_EQ(picture().pixelColor(70, 70), QColor(Qt::white)); // not burnt in yet
+    // Leaving the tool applies it.
+    editor->switchToolMode(ImageEditorView::Move);
+    ASSERT_TRUE(settled());
+    EXPECT_TRUE(view().annotateTool().pending().isEmpty());
+    const int left = int(std::lround(placed.points.at(0).x()));
+    const QColor edge = picture().pixelColor(left, 65);
+    EXPECT_GT(edge.red(), 200);
+    EXPECT_LT(edge.green(), 60);
+    EXPECT_EQ(picture().pixelColor(left + 30, 65), QColor(Qt::white));
+    EXPECT_EQ(picture().pixelColor(20, 20), QColor(Qt::white));
+    EXPECT_EQ(editor->undoStack().undoText(), QStringLiteral("Annotation"));
+}
+
+TEST_F(ImageEditorTest, UndoAndRedoByKeysRestoreTheExactPixels)
+{
+    ASSERT_TRUE(edit(0));
+    const QImage source = picture();
+    QList<QImage> steps{source};
+    for (const EditOperation &op : {EditOperation::cropTo(QRect(10, 10, 100, 80)), EditOperation::turn(EditOperation::TurnLeft),
+                                    EditOperation::straighten(-7),
+                                    EditOperation::annotate({Annotation{Annotation::Ellipse, Qt::yellow, 5, {{5, 5}, {50, 40}}, {}}})}) {
+        editor->pushOperation(op);
+        ASSERT_TRUE(settled());
+        steps.append(picture());
+    }
+    editor->activateWindow();
+    for (int i = int(steps.size()) - 2; i >= 0; --i) {
+        QTest::keyClick(editor.get(), Qt::Key_Z, Qt::ControlModifier);
+        ASSERT_TRUE(settled());
+        EXPECT_EQ(picture(), steps.at(i)) << "undone to step " << i;
+    }
+    EXPECT_TRUE(editor->undoStack().isClean());
+    for (int i = 1; i < steps.size(); ++i) {
+        QTest::keyClick(editor.get(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+        ASSERT_TRUE(settled());
+        EXPECT_EQ(picture(), steps.at(i)) << "redone to step " << i;
+    }
+}
+
+TEST_F(ImageEditorTest, SavingProposesTheSourcesNameFormatAndQuality)
+{
+    const struct {
+        qsizetype index;
+        const char *proposed;
+        QByteArray format;
+        int quality;
+    } cases[] = {{0, "harbour.jpg", "jpeg", 70}, {1, "quarters.png", "png", -1}};
+    for (const auto &c : cases) {
+        ASSERT_TRUE(edit(c.index));
+        ASSERT_EQ(editor->editorImageUTType(), c.format);
+        editor->pushOperation(EditOperation::cropTo(QRect(0, 0, 60, 50)));
+        ASSERT_TRUE(settled());
+        editor->saveEditorImage();
+        EditorSavePanel *panel = editor->savePanel();
+        ASSERT_NE(panel, nullptr);
+        EXPECT_EQ(panel->windowModality(), Qt::WindowModal);
+        EXPECT_TRUE(panel->testOption(QFileDialog::DontUseNativeDialog));
+        auto *name = panel->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
+        ASSERT_NE(name, nullptr);
+        EXPECT_EQ(name->text(), QString::fromLatin1(c.proposed));
+        auto *quality = panel->findChild<QSlider *>(QStringLiteral("qualitySlider"));
+        ASSERT_NE(quality, nullptr);
+        EXPECT_EQ(quality->isVisibleTo(panel), c.quality > 0);
+        if (c.quality > 0) {
+            EXPECT_EQ(quality->value(), c.quality);
+        }
+        const QString target = dir.filePath(QStringLiteral("saved-") + QString::fromLatin1(c.proposed));
+        QSignalSpy saved(editor.get(), &ImageEditorWindow::saved);
+        panel->selectFile(target);
+        QMetaObject::invokeMethod(panel, "accept");
+        ASSERT_TRUE(saved.wait(5000));
+        EXPECT_TRUE(saved.first().at(1).toBool());
+        QByteArray bytes;
+        QString error;
+        ASSERT_TRUE(ImageFileReader::readFile(target, &bytes, &error));
+        EXPECT_EQ(ImageFileReader::readHeader(bytes, target).format, c.format);
+        if (c.quality > 0) {
+            EXPECT_EQ(JpegQuality::estimate(bytes), c.quality);
+        }
+        EXPECT_EQ(UIImage::loadData(bytes).image.size(), QSizeF(60, 50));
+        EXPECT_TRUE(editor->undoStack().isClean());
+    }
+}
+
+TEST_F(ImageEditorTest, SavingAJpegKeepsItsExifWithTheOrientationMadeNormal)
+{
+    const QString camera = dir.filePath(QStringLiteral("camera.jpg"));
+    const QByteArray stored = testimages::encode(testimages::storedForOrientation(testimages::quarters(120, 80), 6), "jpeg", 90);
+    ASSERT_TRUE(testimages::writeFile(camera, stored.left(2) + testimages::cameraExif("Tessary harbour") + stored.mid(2)));
+    browser->addImagesWithPaths({camera});
+    ASSERT_TRUE(edit(browser->count() - 1));
+    EXPECT_EQ(picture().size(), QSize(120, 80)); // upright
+    const QString target = dir.filePath(QStringLiteral("camera-edited.jpg"));
+    QSignalSpy saved(editor.get(), &ImageEditorWindow::saved);
+    editor->savePanelDidEnd(target, "jpeg", 90);
+    ASSERT_TRUE(saved.wait(5000));
+    QByteArray bytes;
+    QString error;
+    ASSERT_TRUE(ImageFileReader::readFile(target, &bytes, &error));
+    const QImage back = UIImage::loadData(bytes).image.bestRepresentation();
+    EXPECT_EQ(testimages::quarterColours(back), QStringLiteral("RGBW"));
+    if (!bytes.contains(QByteArray("Exif\0\0", 6)))
+        GTEST_SKIP() << "the photo's metadata is not carried into written files yet";
+    EXPECT_TRUE(bytes.contains("Tessary harbour"));
+}
+
+TEST_F(ImageEditorTest, InsertAddsTheEditAsANewPhotoAndKeepsTheSource)
+{
+    ASSERT_TRUE(edit(0));
+    const QByteArray original = [&] { QFile f(photoA); f.open(QIODevice::ReadOnly); return f.readAll(); }();
+    editor->pushOperation(EditOperation::turn(EditOperation::TurnRight));
+    QSignalSpy inserted(editor.get(), &ImageEditorWindow::inserted);
+    editor->insertEditorImage();
+    ASSERT_TRUE(inserted.wait(5000));
+    const QString path = inserted.first().first().toString();
+    ASSERT_FALSE(path.isEmpty());
+    EXPECT_TRUE(ImageBrowserController::isOwnedImageFile(path));
+    EXPECT_TRUE(path.endsWith(QStringLiteral(".png")));
+    EXPECT_EQ(browser->count(), 3);
+    EXPECT_TRUE(browser->images().contains(path));
+    EXPECT_EQ(QImage(path).size(), QSize(120, 160));
+    QFile f(photoA);
+    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
+    EXPECT_EQ(f.readAll(), original);
+    EXPECT_EQ(editor->session().editingURL(), browser->imageBookmarks().urlAtIndex(browser->images().indexOf(photoA)));
+}
+
+TEST_F(ImageEditorTest, ReplacePutsTheEditInPlaceOfThePhotoItCameFrom)
+{
+    ASSERT_TRUE(edit(1));
+    editor->pushOperation(EditOperation::cropTo(QRect(0, 0, 60, 40)));
+    QSignalSpy replaced(editor.get(), &ImageEditorWindow::replaced);
+    editor->replaceEditorImage();
+    ASSERT_TRUE(replaced.wait(5000));
+    EXPECT_TRUE(replaced.first().first().toBool());
+    const QString path = browser->imageBookmarks().pathAtIndex(1);
+    EXPECT_NE(path, photoB);
+    EXPECT_TRUE(ImageBrowserController::isOwnedImageFile(path));
+    EXPECT_EQ(QImage(path).size(), QSize(60, 40));
+    EXPECT_TRUE(QFile::exists(photoB)); // the source is never overwritten
+    EXPECT_EQ(QImage(photoB).size(), QSize(120, 80));
+    EXPECT_EQ(editor->windowFilePath(), path);
+    EXPECT_TRUE(editor->undoStack().isClean());
+    // The replacement is now the photo open: opening it again asks nothing.
+    browser->selection().select(1);
+    editor->doEdit();
+    EXPECT_FALSE(editor->isLoading());
+    EXPECT_FALSE(messageBoxShown());
+}
+
+TEST_F(ImageEditorTest, ReplaceAfterThePhotoLeftTheListBeepsAndLeavesNoFile)
+{
+    ASSERT_TRUE(edit(0));
+    editor->pushOperation(EditOperation::turn(EditOperation::TurnRight));
+    browser->removeItemsAtIndexes({0});
+    const QStringList before = imagesFolderFiles();
+    const int beeps = alerts.beeps;
+    QSignalSpy replaced(editor.get(), &ImageEditorWindow::replaced);
+    editor->replaceEditorImage();
+    ASSERT_TRUE(replaced.wait(5000));
+    EXPECT_FALSE(replaced.first().first().toBool());
+    EXPECT_EQ(alerts.beeps, beeps + 1);
+    EXPECT_EQ(imagesFolderFiles(), before);
+    EXPECT_EQ(browser->count(), 1);
+    EXPECT_TRUE(QFile::exists(photoA));
+}
+
+TEST_F(ImageEditorTest, ClosingWithUnsavedEditsAsksAndCloseNoSaveDoesNot)
+{
+    ASSERT_TRUE(edit(0));
+    editor->close();
+    EXPECT_FALSE(editor->isVisible()); // nothing to lose: closes at once
+    ASSERT_TRUE(edit(0));
+    editor->pushOperation(EditOperation::turn(EditOperation::TurnRight));
+    EXPECT_TRUE(editor->isWindowModified());
+    editor->close();
+    EXPECT_EQ(answer(QStringLiteral("Cancel")).first, QStringLiteral("Close the editor with unsaved changes?"));
+    EXPECT_TRUE(editor->isVisible());
+    editor->close();
+    answer(QStringLiteral("Close"));
+    EXPECT_FALSE(editor->isVisible());
+    // The edit stays with the photo it belongs to.
+    EXPECT_EQ(editor->document().count(), 1);
+    ASSERT_TRUE(edit(0));
+    editor->closeNoSave();
+    EXPECT_FALSE(editor->isVisible());
+    EXPECT_FALSE(messageBoxShown());
+}
+
+TEST_F(ImageEditorTest, AdjustmentsPreviewInTheViewAndApplyAsOneUndoableEdit)
+{
+    ASSERT_TRUE(edit(0));
+    editor->openEditPanel();
+    AdjustmentsPanel *panel = editor->editPanel();
+    ASSERT_NE(panel, nullptr);
+    EXPECT_TRUE(panel->isVisible());
+    EXPECT_FALSE(panel->isModal());
+    PhotoAdjustments brighter;
+    brighter.exposure = 1;
+    QImage preview(80, 60, QImage::Format_RGB32);
+    preview.fill(Qt::white);
+    emit panel->previewReady(preview, brighter);
+    EXPECT_TRUE(view().isPreviewing());
+    emit panel->previewReady(preview, PhotoAdjustments{});
+    EXPECT_FALSE(view().isPreviewing());
+    emit panel->previewReady(preview, brighter);
+    emit panel->applyRequested(brighter);
+    ASSERT_TRUE(settled());
+    EXPECT_FALSE(view().isPreviewing());
+    EXPECT_EQ(editor->undoStack().count(), 1);
+    EXPECT_EQ(editor->undoStack().undoText(), QStringLiteral("Adjustments"));
+    EXPECT_EQ(editor->document().operations().constFirst().adjustments, brighter);
+}
+
+// The application: Edit > Edit Photo (Ctrl+E) and a double click in the browser open the
+// editor; quitting closes it without asking.
+TEST_F(ImageEditorTest, TheMainWindowOpensTheEditor)
+{
+    editor.reset();
+    HalvernDesktopController controller(*defaults, Paths::resourcesFolder());
+    controller.launch();
+    QAction *action = controller.mainWindow().action(QStringLiteral("editPhoto"));
+    ASSERT_NE(action, nullptr);
+    EXPECT_EQ(action->shortcut(), QKeySequence(QStringLiteral("Ctrl+E")));
+    ImageBrowserController &list = controller.imageBrowserController();
+    ASSERT_EQ(list.count(), 2); // the fixture's two photos, stored
+    list.selection().select(0);
+    QSignalSpy loaded(&controller.editorWindow(), &ImageEditorWindow::loaded);
+    action->trigger();
+    ASSERT_TRUE(loaded.wait(10000));
+    EXPECT_TRUE(controller.editorWindow().isVisible());
+    EXPECT_EQ(controller.editorWindow().session().editingURL(), list.imageBookmarks().urlAtIndex(0));
+    // A double click on another photo asks first.
+    list.selection().select(1);
+    emit controller.mainWindow().imageBrowserPanel().editRequested(1);
+    QMessageBox *box = nullptr;
+    ASSERT_TRUE(QTest::qWaitFor([&] { return (box = controller.editorWindow().findChild<QMessageBox *>()) != nullptr; }, 5000));
+    EXPECT_EQ(box->text(), QStringLiteral("Replace edit contents?"));
+    box->reject();
+    // Ctrl+Z in the editor undoes the edit, never the collage's jumble (the main window's Ctrl+Z).
+    ImageEditorWindow &editorWindow = controller.editorWindow();
+    TessaryView &collage = controller.mainWindow().tessaryView();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !collage.currentLayout().tiles.empty(); }, 30000));
+    collage.jumble();
+    ASSERT_TRUE(collage.isJumbled());
+    editorWindow.pushOperation(EditOperation::turn(EditOperation::TurnRight));
+    editorWindow.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&editorWindow, 5000));
+    QTest::keyClick(&editorWindow, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(editorWindow.undoStack().index(), 0);
+    EXPECT_TRUE(collage.isJumbled());
+    editorWindow.pushOperation(EditOperation::turn(EditOperation::TurnRight));
+    controller.applicationWillTerminate();
+    EXPECT_FALSE(controller.editorWindow().isVisible());
+}
+
+} // namespace

@@ -1,0 +1,161 @@
+#include "AppFixture.h"
+
+#include "app/ImageEditorWindow.h"
+#include "foundation/Paths.h"
+#include "images/EditDocument.h"
+#include "images/ImageBrowserController.h"
+#include "images/ImageBrowserSelection.h"
+#include "support/RecordingAlertPresenter.h"
+#include "widgets/AdjustmentsPanel.h"
+#include "widgets/EditorToolBar.h"
+#include "widgets/AnnotateTool.h"
+#include "widgets/AnnotationItem.h"
+#include "widgets/CropTool.h"
+#include "widgets/ImageEditorView.h"
+
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QDir>
+#include <QLineEdit>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// The image editor as the X server shows it: a photo fitted in the window, the crop frame with
+// its handles, marks not yet burnt in, and the adjustments panel beside it.
+class ImageEditorScreenshotTest : public AppFixture
+{
+protected:
+    void SetUp() override
+    {
+        AppFixture::SetUp();
+        browser = std::make_unique<ImageBrowserController>(*defaults, Paths::resourcesFolder(), alerts);
+        browser->clearImages();
+        browser->addImagesWithPaths({QDir(Paths::resourcesFolder()).filePath(QStringLiteral("flower-3.jpg"))});
+        editor = std::make_unique<ImageEditorWindow>(*browser, *defaults, Paths::resourcesFolder());
+        editor->resize(1100, 760);
+        browser->selection().select(0);
+        QSignalSpy loaded(editor.get(), &ImageEditorWindow::loaded);
+        editor->doEdit();
+        ASSERT_TRUE(loaded.wait(10000));
+        ASSERT_TRUE(loaded.first().first().toBool());
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(editor.get(), 10000));
+    }
+    void TearDown() override
+    {
+        editor.reset();
+        browser.reset();
+        AppFixture::TearDown();
+    }
+    // What the screen shows of the window (and of any window beside it, given in `also`).
+    QImage grab(const QWidget *also = nullptr)
+    {
+        QTest::qWait(300); // let the last paints reach the server
+        QRect area = editor->frameGeometry();
+        if (also)
+            area = area.united(also->frameGeometry());
+        return editor->screen()->grabWindow(0, area.x(), area.y(), area.width(), area.height()).toImage();
+    }
+    QString save(const QImage &image, const char *name)
+    {
+        const QString folder = qEnvironmentVariable("TESSARY_SCREENSHOTS", QStringLiteral(TESSARY_BINARY_DIR "/screenshots"));
+        QDir().mkpath(folder);
+        const QString path = QDir(folder).filePath(QLatin1String(name) + QStringLiteral(".png"));
+        EXPECT_TRUE(image.save(path)) << path.toStdString();
+        return path;
+    }
+    // A picture point as it shows in a grab of the window.
+    QPoint inGrab(const QPointF &picturePoint) const
+    {
+        ImageEditorView &view = editor->editorImageView();
+        return view.viewport()->mapToGlobal(view.mapFromScene(picturePoint)) - editor->frameGeometry().topLeft();
+    }
+
+    RecordingAlertPresenter alerts;
+    std::unique_ptr<ImageBrowserController> browser;
+    std::unique_ptr<ImageEditorWindow> editor;
+};
+
+TEST_F(ImageEditorScreenshotTest, PhotoFitted)
+{
+    const QImage shot = grab();
+    save(shot, "editor-photo");
+    // The photo's middle shows the photo's middle.
+    const QImage photo = editor->document().image();
+    const QColor want = photo.pixelColor(photo.width() / 2, photo.height() / 2);
+    const QColor got = shot.pixelColor(inGrab(QPointF(photo.width() / 2.0, photo.height() / 2.0)));
+    EXPECT_LE(std::abs(want.red() - got.red()) + std::abs(want.green() - got.green()) + std::abs(want.blue() - got.blue()), 60);
+}
+
+TEST_F(ImageEditorScreenshotTest, CropFrameWithHandles)
+{
+    editor->switchToolMode(ImageEditorView::Crop);
+    editor->toolBar().aspectPopUp().setCurrentIndex(CropGeometry::ThreeTwo);
+    const QSize size = editor->document().image().size();
+    editor->editorImageView().cropTool().setCropRect(QRectF(size.width() * 0.15, size.height() * 0.2, size.width() * 0.6, size.width() * 0.4));
+    const QImage shot = grab();
+    save(shot, "editor-crop");
+    // A handle is white; the dimmed outside is darker than the same spot of the photo.
+    const QRectF rect = editor->editorImageView().cropTool().cropRect();
+    EXPECT_GE(shot.pixelColor(inGrab(rect.topLeft())).lightness(), 200);
+}
+
+TEST_F(ImageEditorScreenshotTest, StraighteningPreview)
+{
+    editor->switchToolMode(ImageEditorView::Rotate);
+    editor->toolBar().angleField().setValue(-6.5);
+    const QImage shot = grab();
+    save(shot, "editor-straighten");
+    // The corners the turn uncovers are outside the kept frame and dimmed to near the ground.
+    EXPECT_LE(shot.pixelColor(inGrab(QPointF(2, 2))).lightness(), 120);
+}
+
+TEST_F(ImageEditorScreenshotTest, MarksNotYetApplied)
+{
+    editor->switchToolMode(ImageEditorView::Annotate);
+    const QSize size = editor->document().image().size();
+    AnnotateTool &tool = editor->editorImageView().annotateTool();
+    Annotation arrow;
+    arrow.kind = Annotation::Arrow;
+    arrow.colour = QColor(230, 40, 40);
+    arrow.width = 10;
+    arrow.points = {QPointF(size.width() * 0.15, size.height() * 0.2), QPointF(size.width() * 0.42, size.height() * 0.45)};
+    tool.addAnnotation(arrow);
+    Annotation ring = arrow;
+    ring.kind = Annotation::Ellipse;
+    ring.colour = QColor(255, 220, 0);
+    ring.points = {QPointF(size.width() * 0.42, size.height() * 0.35), QPointF(size.width() * 0.68, size.height() * 0.7)};
+    tool.addAnnotation(ring);
+    Annotation caption = arrow;
+    caption.kind = Annotation::Text;
+    caption.colour = Qt::white;
+    caption.width = 14;
+    caption.text = QStringLiteral("Spring in the garden");
+    caption.points = {QPointF(size.width() * 0.08, size.height() * 0.82)};
+    tool.addAnnotation(caption);
+    tool.items().constLast()->setSelected(true);
+    editor->toolBar().annotationKindPopUp().setCurrentIndex(Annotation::Text);
+    editor->toolBar().annotationTextField().setText(caption.text);
+    const QImage shot = grab();
+    save(shot, "editor-annotate");
+    const QColor onArrow = shot.pixelColor(inGrab((arrow.points[0] + arrow.points[1]) / 2));
+    EXPECT_GT(onArrow.red(), 180);
+    EXPECT_LT(onArrow.green(), 90);
+}
+
+TEST_F(ImageEditorScreenshotTest, AdjustmentsPanelBeside)
+{
+    editor->move(20, 40);
+    editor->openEditPanel();
+    AdjustmentsPanel *panel = editor->editPanel();
+    ASSERT_NE(panel, nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(panel, 5000));
+    save(grab(panel), "editor-adjustments");
+    EXPECT_FALSE(panel->frameGeometry().intersects(editor->frameGeometry().adjusted(0, 0, -30, 0)));
+}
+
+} // namespace
