@@ -80,11 +80,19 @@ int main(int argc, char **argv)
         return 1;
     }
     QStringList files;
-    for (const QString &argument : app.arguments().mid(1)) {
-        if (QFileInfo(argument).isFile())
-            files.append(QFileInfo(argument).absoluteFilePath());
+    QString writeResult;
+    const QStringList arguments = app.arguments().mid(1);
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        // --write-result FILE: the next collage shown is also written there as an LZW TIFF.
+        if (arguments[i] == QLatin1String("--write-result") && i + 1 < arguments.size()) {
+            writeResult = QFileInfo(arguments[++i]).absoluteFilePath();
+            continue;
+        }
+        if (QFileInfo(arguments[i]).isFile())
+            files.append(QFileInfo(arguments[i]).absoluteFilePath());
     }
     HalvernDesktopController controller(defaults, Paths::resourcesFolder());
+    controller.setPendingOutputPath(writeResult);
     WindowProbe::createIfRequested(&controller.mainWindow(), &controller.mainWindow().tessaryView(), &app);
     controller.launch(files);
     return app.exec();

@@ -8,6 +8,7 @@ class QAbstractButton;
 class QButtonGroup;
 class QComboBox;
 class QLabel;
+class QPushButton;
 class QSpinBox;
 class TessaryView;
 class UserDefaults;
@@ -34,6 +35,8 @@ public:
     QAbstractButton *unjumbleButton() const;
     QAbstractButton *backgroundColorWell() const;
     QAbstractButton *clearBackgroundButton() const;
+    // Makes the collage picture; hidden while one is being made.
+    QAbstractButton *resultButton() const;
 
 public slots:
     void jumble();
@@ -52,4 +55,5 @@ private:
 
     struct Private;
     std::unique_ptr<Private> d;
+    QPushButton *m_resultButton = nullptr;
 };
