@@ -67,7 +67,7 @@ SaveOptionsPanel::SaveOptionsPanel(QWidget *parent)
     auto *sizeRow = new QHBoxLayout;
     const auto sideBox = [] {
         auto *box = new QDoubleSpinBox;
-        box->setDecimals(2);
+        box->setDecimals(3);
         box->setRange(0.01, 99999.0);
         box->setAccelerated(true);
         return box;
