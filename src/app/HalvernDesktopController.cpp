@@ -196,7 +196,9 @@ void HalvernDesktopController::showResult(const QImage &image, bool isButton, do
         m_resultOutputs->writePendingOutput(image, m_pendingOutputPath);
         m_pendingOutputPath.clear();
     }
-    resizeFudge();
+    // The nudge relays the main window out; on a later turn of the event loop, so that it and
+    // the picture's first paint are not one long pause.
+    QTimer::singleShot(0, this, &HalvernDesktopController::resizeFudge);
 }
 
 void HalvernDesktopController::imageCollage()

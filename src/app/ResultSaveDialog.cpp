@@ -17,9 +17,9 @@ ResultSaveDialog::ResultSaveDialog(QWidget *parent, const QByteArray &startForma
     setFileMode(QFileDialog::AnyFile);
     setWindowModality(Qt::WindowModal);
     setAttribute(Qt::WA_DeleteOnClose);
+    // The Pictures folder where there is one, else the home folder (never the program's own).
     const QString pictures = QStandardPaths::writableLocation(QStandardPaths::PicturesLocation);
-    if (!pictures.isEmpty() && QDir(pictures).exists())
-        setDirectory(pictures);
+    setDirectory(!pictures.isEmpty() && QDir(pictures).exists() ? pictures : QDir::homePath());
     QStringList filters;
     for (const QByteArray &format : m_formats)
         filters << ResultFormat::nameFilter(format);

@@ -92,7 +92,7 @@ void ResultWindow::buildActions()
     QToolBar *bar = addToolBar(tr("Result"));
     bar->setObjectName(QStringLiteral("resultToolBar"));
     bar->setMovable(false);
-    bar->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+    bar->setToolButtonStyle(Qt::ToolButtonTextOnly);
     bar->setIconSize(QSize(18, 18));
     bar->addAction(save);
     bar->addAction(copy);

@@ -103,11 +103,11 @@ void ResultImageView::paintEvent(QPaintEvent *)
     const QRectF target = pictureRect();
     // A light chequerboard shows through a transparent collage.
     if (m_image.hasAlphaChannel()) {
-        QPixmap checks(16, 16);
-        checks.fill(QColor(250, 250, 250));
+        QPixmap checks(12, 12);
+        checks.fill(QColor(248, 248, 248));
         QPainter c(&checks);
-        c.fillRect(0, 0, 8, 8, QColor(222, 222, 222));
-        c.fillRect(8, 8, 8, 8, QColor(222, 222, 222));
+        c.fillRect(0, 0, 6, 6, QColor(230, 230, 230));
+        c.fillRect(6, 6, 6, 6, QColor(230, 230, 230));
         c.end();
         painter.fillRect(target, QBrush(checks));
     }

@@ -64,12 +64,14 @@ SaveOptionsPanel::SaveOptionsPanel(QWidget *parent)
     m_print->setChecked(false);
     m_print->setToolTip(tr("Resample the collage to a size on paper and store the resolution in the file"));
     auto *print = new QFormLayout(m_print);
+    print->setFieldGrowthPolicy(QFormLayout::FieldsStayAtSizeHint);
     auto *sizeRow = new QHBoxLayout;
     const auto sideBox = [] {
         auto *box = new QDoubleSpinBox;
         box->setDecimals(3);
         box->setRange(0.01, 99999.0);
         box->setAccelerated(true);
+        box->setMinimumWidth(96);
         return box;
     };
     m_width = sideBox();
@@ -81,6 +83,7 @@ SaveOptionsPanel::SaveOptionsPanel(QWidget *parent)
     sizeRow->addWidget(new QLabel(QStringLiteral("×")));
     sizeRow->addWidget(m_height);
     sizeRow->addWidget(m_unit);
+    sizeRow->addStretch(1);
     print->addRow(tr("Size:"), sizeRow);
     m_dpi = new QSpinBox;
     m_dpi->setRange(1, 4800);
