@@ -208,7 +208,7 @@ void HalvernDesktopController::imageCollage()
 
 void HalvernDesktopController::update()
 {
-    m_mainWindow->tessaryView().reloadData();
+    m_imageBrowserController->reloadData();
     imageCollage();
 }
 

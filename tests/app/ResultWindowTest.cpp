@@ -105,15 +105,21 @@ TEST_F(ResultWindowTest, MakeCollageShowsThePictureInTheResultWindow)
         {"menu", [menu] { menu->trigger(); }, Qt::red},
         {"button", [button] { QTest::mouseClick(button, Qt::LeftButton); }, Qt::blue},
     };
+    QProgressBar *bar = controller->pleaseWaitWindow().progressBar();
     for (const auto &c : cases) {
         renderGives(picture(QSize(120, 80), c.colour));
         QSignalSpy ready(&maker(), &CollageMaker::collageReady);
+        QSignalSpy tiles(bar, &QProgressBar::valueChanged);
         c.press();
         EXPECT_TRUE(controller->pleaseWaitWindow().isVisible()) << c.name;
         EXPECT_TRUE(controller->pleaseWaitWindow().spinner()->isAnimating()) << c.name;
         EXPECT_FALSE(button->isVisible()) << c.name;
         ASSERT_TRUE(QTest::qWaitFor([&] { return ready.count() == 1; }, 5000)) << c.name;
         EXPECT_FALSE(controller->pleaseWaitWindow().isVisible()) << c.name;
+        // The bar followed the tiles: the last value it showed was 2 of 2.
+        ASSERT_FALSE(tiles.isEmpty()) << c.name;
+        EXPECT_EQ(tiles.last().at(0).toInt(), 2) << c.name;
+        EXPECT_EQ(bar->maximum(), 2) << c.name;
         EXPECT_TRUE(button->isVisible() && button->isEnabled()) << c.name;
         EXPECT_TRUE(window().isVisible()) << c.name;
         EXPECT_EQ(window().image().pixelColor(5, 5), c.colour) << c.name;
@@ -173,9 +179,26 @@ TEST_F(ResultWindowTest, ZoomToFitFollowsTheKey)
             EXPECT_EQ(shown.size(), QSizeF(3000, 2000)) << c.name;
         }
     }
-    // The View menu's Zoom to Fit fits whatever the key.
+    // The View menu's Zoom to Fit fits whatever the key; a small picture stays at its size.
     window().action(QStringLiteral("zoomToFit"))->trigger();
     EXPECT_EQ(window().resultView().imageScaling(), Scaling::ProportionallyDown);
+    controller->displayResult(picture(QSize(100, 80), Qt::darkCyan), true);
+    EXPECT_EQ(window().resultView().pictureRect().size(), QSizeF(100, 80));
+}
+
+// A flip or a scale change of the layout makes the collage again once the view has settled,
+// not at once.
+TEST_F(ResultWindowTest, FlipAndScaleMakeTheCollageLater)
+{
+    renderGives(picture(QSize(40, 40), Qt::red));
+    for (const auto &change : {&HalvernDesktopController::flipped, &HalvernDesktopController::scaleLayout}) {
+        QSignalSpy started(&maker(), &CollageMaker::started);
+        QSignalSpy finished(&maker(), &CollageMaker::finished);
+        (controller.get()->*change)();
+        EXPECT_EQ(started.count(), 0);
+        ASSERT_TRUE(QTest::qWaitFor([&] { return finished.count() == 1; }, 5000));
+        EXPECT_EQ(started.count(), 1);
+    }
 }
 
 // The outputs act in the result window only: their keys are the window's own.
