@@ -24,6 +24,10 @@ public:
     ProgressSpinner *spinner() const { return m_spinner; }
     QProgressBar *progressBar() const { return m_bar; }
 
+protected:
+    // Escape does not hide it: it goes when the render is done.
+    void reject() override {}
+
 private:
     ProgressSpinner *m_spinner;
     QLabel *m_detail;

@@ -224,6 +224,21 @@ TEST_F(ResultWindowTest, OutputActionsAreTheWindowsOwn)
     controller->displayResult(picture(QSize(10, 10), Qt::red), true);
     for (const auto &c : cases)
         EXPECT_TRUE(window().action(QString::fromLatin1(c.action))->isEnabled()) << c.action;
+
+    // Ctrl+C copies the picture when the result window is active, not from the main window.
+    QSignalSpy triggered(window().action(QStringLiteral("copyResult")), &QAction::triggered);
+    QSignalSpy copied(&outputs(), &ResultOutputs::copied);
+    controller->mainWindow().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&controller->mainWindow(), 5000));
+    QTest::keyClick(controller->mainWindow().windowHandle(), Qt::Key_C, Qt::ControlModifier);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(triggered.count(), 0);
+    window().activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window(), 5000));
+    QTest::keyClick(window().windowHandle(), Qt::Key_C, Qt::ControlModifier);
+    QCoreApplication::processEvents();
+    EXPECT_EQ(triggered.count(), 1);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return copied.count() == 1; }, 5000));
 }
 
 // Saving through the dialog in every format Qt writes here: the file reads back as that format

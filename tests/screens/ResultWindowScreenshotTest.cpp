@@ -63,6 +63,7 @@ protected:
 
 TEST_F(ResultWindowScreenshotTest, CollageOfTheFactoryPhotos)
 {
+    save(grabFrame(controller->mainWindow()), "main-window-make-collage");
     PleaseWaitWindow &wait = controller->pleaseWaitWindow();
     QSignalSpy ready(&controller->collageMaker(), &CollageMaker::collageReady);
     controller->mainWindow().action(QStringLiteral("imageCollage"))->trigger();
