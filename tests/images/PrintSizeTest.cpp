@@ -1,7 +1,8 @@
 #include "images/PrintSize.h"
 
-
 #include <gtest/gtest.h>
+
+#include <cmath>
 
 namespace {
 
