@@ -134,10 +134,13 @@ TEST_F(ResultWindowTest, NothingRenderedLeavesTheResultWindowUntouched)
     controller->displayResult(picture(QSize(50, 40), Qt::green), false);
     ASSERT_FALSE(window().isVisible());
     renderGives(QImage());
+    QSignalSpy started(&maker(), &CollageMaker::started);
     QSignalSpy finished(&maker(), &CollageMaker::finished);
     QSignalSpy ready(&maker(), &CollageMaker::collageReady);
     controller->imageCollage();
+    controller->imageCollage(); // a second press while one is being made is ignored
     ASSERT_TRUE(QTest::qWaitFor([&] { return finished.count() == 1; }, 5000));
+    EXPECT_EQ(started.count(), 1);
     EXPECT_EQ(ready.count(), 0);
     EXPECT_FALSE(window().isVisible());
     EXPECT_FALSE(controller->pleaseWaitWindow().isVisible());
@@ -322,6 +325,11 @@ TEST_F(ResultWindowTest, SaveOpensWarnsAndNeedsAReference)
     ASSERT_TRUE(QTest::qWaitFor([&] { return saved.count() == 1; }, 10000));
     ASSERT_EQ(openedUrls.size(), 1);
     EXPECT_EQ(openedUrls.first().toLocalFile(), path);
+    // A write that fails is reported as failed, and nothing is opened.
+    outputs().saveImageToPath(dir.filePath(QStringLiteral("no/such/folder/x.png")), settings);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return saved.count() == 2; }, 10000));
+    EXPECT_FALSE(saved.at(1).at(1).toBool());
+    EXPECT_EQ(openedUrls.size(), 1);
 
     outputs().save();
     ASSERT_NE(outputs().saveDialog(), nullptr);
