@@ -23,6 +23,7 @@ ResultWindow::ResultWindow(UserDefaults &defaults, QWidget *parent)
 
     m_sizeLabel = new QLabel;
     m_sizeLabel->setObjectName(QStringLiteral("resultSize"));
+    m_sizeLabel->setContentsMargins(8, 0, 0, 0);
     m_workLabel = new QLabel;
     m_workBar = new QProgressBar;
     m_workBar->setObjectName(QStringLiteral("resultWorkProgress"));
