@@ -25,7 +25,7 @@
 #include <memory>
 
 // The result window's work as a person meets it: Make Collage with the 49 factory photos from
-// the key press to the picture shown (the design's one-second pause included), and saving a
+// the key press to the picture shown (the one-second pause included), and saving a
 // 26-megapixel result as PNG and as JPEG from the window. Each reports the longest time the main
 // thread went without its timer meanwhile ("stall_ms"), and the most CPU time it spent on its
 // own in one such interval ("busy_ms"): the windows must keep repainting.
@@ -100,7 +100,7 @@ struct ResultWorld {
     }
 };
 
-// Key press to picture shown: the please-wait window, the pause (argument: 1000 ms as designed,
+// Key press to picture shown: the please-wait window, the pause (argument: 1000 ms as the program waits,
 // or 0 to time the rest alone), the render on a worker, the picture in the result window with
 // its reduced copy ready to draw.
 void BM_MakeCollage49FactoryPhotos(benchmark::State &state)
