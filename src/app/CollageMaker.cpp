@@ -20,6 +20,7 @@ CollageMaker::CollageMaker(TessaryView &view, UserDefaults &defaults, PleaseWait
         return CollageRenderer::renderScaled(layout, scale, options);
     })
 {
+    m_pool.setMaxThreadCount(1);
     connect(&m_watcher, &QFutureWatcher<Rendered>::progressValueChanged, this,
             [this](int done) { m_pleaseWait.setProgress(done, m_watcher.progressMaximum()); });
     connect(&m_watcher, &QFutureWatcher<Rendered>::finished, this, [this] {
@@ -57,7 +58,7 @@ void CollageMaker::render()
     options.renderEmptyTiles = Preferences(m_defaults).renderEmptyTiles();
     const Renderer renderer = m_renderer;
 
-    m_watcher.setFuture(QtConcurrent::run([layout, options, renderer](QPromise<Rendered> &promise) mutable {
+    m_watcher.setFuture(QtConcurrent::run(&m_pool, [layout, options, renderer](QPromise<Rendered> &promise) mutable {
         const qint64 scale = RenderScale::scaleFactor(RenderScale::freeMemoryMB(), layout.contentSize,
                                                       RenderScale::largestScaleFactor(layout));
         promise.setProgressRange(0, int(layout.tiles.size()));

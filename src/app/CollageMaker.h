@@ -6,6 +6,7 @@
 #include <QFutureWatcher>
 #include <QImage>
 #include <QObject>
+#include <QThreadPool>
 
 #include <functional>
 
@@ -60,5 +61,9 @@ private:
     Renderer m_renderer;
     int m_delayMs = 1000;
     bool m_busy = false;
+    // The render's own thread, never one of the global pool's: Qt's image scaling and conversion
+    // split their work over the global pool and wait for it, so a render holding a global thread
+    // while another job holds the other could wait for ever on a small machine.
+    QThreadPool m_pool;
     QFutureWatcher<Rendered> m_watcher;
 };

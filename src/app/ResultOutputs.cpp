@@ -32,6 +32,7 @@ ResultOutputs::ResultOutputs(ResultWindow &window, ImageBrowserController &brows
     , m_temporaryFolder(QDir::tempPath())
     , m_opener([](const QUrl &url) { return QDesktopServices::openUrl(url); })
 {
+    m_pool.setMaxThreadCount(2);
 }
 
 ResultOutputs::~ResultOutputs()
@@ -58,7 +59,7 @@ void ResultOutputs::run(const QString &text, Job job, std::function<void(const O
             m_window.endWork(outcome.ok ? QString() : tr("Failed: %1").arg(outcome.error));
         done(outcome);
     });
-    watcher->setFuture(QtConcurrent::run([job](QPromise<Outcome> &promise) {
+    watcher->setFuture(QtConcurrent::run(&m_pool, [job](QPromise<Outcome> &promise) {
         promise.setProgressRange(0, 100);
         promise.addResult(job([&promise](int value, int total) {
             promise.setProgressValue(total > 0 ? value * 100 / total : 0);

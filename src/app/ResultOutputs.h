@@ -8,6 +8,7 @@
 #include <QImage>
 #include <QObject>
 #include <QPointer>
+#include <QThreadPool>
 #include <QUrl>
 
 #include <functional>
@@ -91,4 +92,7 @@ private:
     QPointer<ResultSaveDialog> m_saveDialog;
     QPointer<QFileDialog> m_tiffDialog;
     int m_running = 0;
+    // The encodes' own threads, apart from the global pool, which Qt's image conversions use
+    // and wait for.
+    QThreadPool m_pool;
 };

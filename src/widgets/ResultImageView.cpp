@@ -22,6 +22,7 @@ ResultImageView::ResultImageView(QWidget *parent)
     setFrameShape(QFrame::NoFrame);
     setMinimumSize(200, 150);
     viewport()->setAutoFillBackground(false);
+    m_pool.setMaxThreadCount(1);
     connect(&m_previewWatcher, &QFutureWatcher<QImage>::finished, this, [this] {
         if (m_previewWatcher.property("generation").toULongLong() != m_generation)
             return;
@@ -43,7 +44,7 @@ void ResultImageView::setImage(const QImage &image)
     ++m_generation;
     if (needsPreview()) {
         m_previewWatcher.setProperty("generation", QVariant::fromValue(m_generation));
-        m_previewWatcher.setFuture(QtConcurrent::run([image] {
+        m_previewWatcher.setFuture(QtConcurrent::run(&m_pool, [image] {
             return image.scaled(QSize(kPreviewSide, kPreviewSide), Qt::KeepAspectRatio, Qt::SmoothTransformation);
         }));
     } else {

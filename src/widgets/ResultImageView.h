@@ -3,6 +3,7 @@
 #include <QAbstractScrollArea>
 #include <QFutureWatcher>
 #include <QImage>
+#include <QThreadPool>
 
 // The picture of the result window. Proportionally down (the zoom-to-fit rule) shrinks a picture
 // larger than the view to fit and shows a smaller one at its own size; None shows it at its own
@@ -44,6 +45,8 @@ private:
     QImage m_image;
     QImage m_preview;
     Scaling m_scaling = Scaling::ProportionallyDown;
+    // The reduced copy is made on a thread of its own, not one of the global pool's.
+    QThreadPool m_pool;
     QFutureWatcher<QImage> m_previewWatcher;
     quint64 m_generation = 0;
 };

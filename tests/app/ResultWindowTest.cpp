@@ -31,6 +31,7 @@
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTest>
+#include <QThreadPool>
 #include <QtEndian>
 
 namespace {
@@ -125,6 +126,32 @@ TEST_F(ResultWindowTest, MakeCollageShowsThePictureInTheResultWindow)
         EXPECT_EQ(window().image().pixelColor(5, 5), c.colour) << c.name;
         EXPECT_TRUE(defaults->hasObject(Preferences::FirstRunResult)) << c.name;
     }
+}
+
+// The real render of the factory collage while a copy and an insert of a large picture are
+// encoded: on a machine with two threads in the global pool all of them finish (Qt's image
+// conversions wait for global pool threads, which the result's own jobs never hold).
+TEST_F(ResultWindowTest, RenderCopyAndInsertAtOnceAllFinish)
+{
+    TessaryView &view = controller->mainWindow().tessaryView();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !view.currentLayout().tiles.empty() && view.allTilesFilled(); }, 30000));
+    const int globalThreads = QThreadPool::globalInstance()->maxThreadCount();
+    QThreadPool::globalInstance()->setMaxThreadCount(2);
+    QImage large(3000, 2000, QImage::Format_ARGB32_Premultiplied);
+    large.fill(QColor(20, 160, 90, 200));
+    controller->displayResult(large, true);
+    QSignalSpy ready(&maker(), &CollageMaker::collageReady);
+    QSignalSpy copied(&outputs(), &ResultOutputs::copied);
+    QSignalSpy inserted(&outputs(), &ResultOutputs::inserted);
+    controller->imageCollage();
+    window().action(QStringLiteral("copyResult"))->trigger();
+    outputs().insertResult();
+    const bool done = QTest::qWaitFor([&] { return ready.count() == 1 && copied.count() == 1 && inserted.count() == 1; },
+                                      120000);
+    QThreadPool::globalInstance()->setMaxThreadCount(globalThreads);
+    ASSERT_TRUE(done);
+    // The collage replaced the large picture: the factory collage enlarged, opaque photos.
+    EXPECT_GT(window().image().width(), view.currentLayout().contentSize.width());
 }
 
 // A render that gives nothing hides the please-wait window and leaves the result window as it
