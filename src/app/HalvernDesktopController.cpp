@@ -1,14 +1,18 @@
 #include "app/HalvernDesktopController.h"
 
 #include "app/CollageDocumentActions.h"
+#include "app/CollageMaker.h"
 #include "app/CompletionSound.h"
 #include "app/ImageEditorWindow.h"
 #include "app/LoadFileSheet.h"
 #include "app/MainWindow.h"
+#include "app/PleaseWaitWindow.h"
 #include "app/PreferencesWindow.h"
 #include "app/TemplateGallerySheet.h"
 #include "app/ProgressSheet.h"
 #include "app/TileAndBlendActions.h"
+#include "app/ResultOutputs.h"
+#include "app/ResultWindow.h"
 #include "app/WelcomeSheet.h"
 #include "app/TessaryLinks.h"
 #include "foundation/Log.h"
@@ -20,18 +24,21 @@
 #include "templates/TemplateStore.h"
 #include "widgets/CollageControlBar.h"
 #include "widgets/DelayedPopupMenuButton.h"
+#include "model/LayoutEngine.h"
 #include "widgets/ImageBrowserPanel.h"
 #include "templates/TemplateEditor.h"
 #include "widgets/TemplateActions.h"
 #include "widgets/TemplateTabView.h"
 #include "widgets/TessaryView.h"
 
+#include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
 #include <QDesktopServices>
 #include <QDir>
 #include <QFileInfo>
 #include <QScreen>
+#include <QTimer>
 #include <QUrl>
 
 HalvernDesktopController::HalvernDesktopController(UserDefaults &defaults, const QString &resourcesFolder, QObject *parent)
@@ -91,6 +98,33 @@ void HalvernDesktopController::awakeFromNib()
     connect(blend, &DelayedPopupMenuButton::stitchSquare, m_tileAndBlend, &TileAndBlendActions::stitchSquare);
     if (QAction *tile = window->action(QStringLiteral("tilePhoto")))
         connect(tile, &QAction::triggered, m_tileAndBlend, &TileAndBlendActions::showTilePhotosWindow);
+    // The result window and the please-wait window belong to the main window.
+    TessaryView &collage = m_mainWindow->tessaryView();
+    m_resultWindow = new ResultWindow(m_defaults, window);
+    m_pleaseWaitWindow = new PleaseWaitWindow(window);
+    m_collageMaker = new CollageMaker(collage, m_defaults, *m_pleaseWaitWindow, this);
+    m_resultOutputs = new ResultOutputs(*m_resultWindow, *m_imageBrowserController, m_defaults, m_harpSound,
+                                        collage.layoutEngine().defaultImage(), this);
+    QAbstractButton *resultButton = window->controlBar().resultButton();
+    connect(resultButton, &QAbstractButton::clicked, this, &HalvernDesktopController::imageCollage);
+    connect(m_collageMaker, &CollageMaker::started, resultButton, [resultButton] {
+        resultButton->setEnabled(false);
+        resultButton->setVisible(false);
+    });
+    connect(m_collageMaker, &CollageMaker::finished, resultButton, [resultButton] {
+        resultButton->setEnabled(true);
+        resultButton->setVisible(true);
+    });
+    connect(m_collageMaker, &CollageMaker::collageReady, this,
+            [this](const QImage &image, double sharpest) { showResult(image, true, sharpest); });
+    ResultWindow &result = *m_resultWindow;
+    ResultOutputs &outputs = *m_resultOutputs;
+    connect(result.action(QStringLiteral("saveResult")), &QAction::triggered, &outputs, &ResultOutputs::save);
+    connect(result.action(QStringLiteral("copyResult")), &QAction::triggered, &outputs, &ResultOutputs::putImageOnClipboard);
+    connect(result.action(QStringLiteral("openResult")), &QAction::triggered, &outputs, &ResultOutputs::openResultInPreview);
+    connect(result.action(QStringLiteral("copyAndOpenResult")), &QAction::triggered, &outputs,
+            &ResultOutputs::putImageOnClipboardAndOpenInPreview);
+    connect(result.action(QStringLiteral("insertResult")), &QAction::triggered, &outputs, &ResultOutputs::insertResult);
 }
 
 void HalvernDesktopController::launch(const QStringList &imageFiles)
@@ -217,9 +251,57 @@ void HalvernDesktopController::doAlert(const QString &message, const QString &in
 
 void HalvernDesktopController::displayResult(const QImage &image, bool isButton)
 {
-    // The result window is not built yet.
-    Q_UNUSED(image);
-    Q_UNUSED(isButton);
+    showResult(image, isButton, 0.0);
+}
+
+void HalvernDesktopController::showResult(const QImage &image, bool isButton, double sharpest)
+{
+    if (isButton)
+        showResultWindow();
+    m_resultWindow->setResult(image, sharpest);
+    if (!m_pendingOutputPath.isEmpty()) {
+        // Written once: whatever comes of it, the path is used up.
+        m_resultOutputs->writePendingOutput(image, m_pendingOutputPath);
+        m_pendingOutputPath.clear();
+    }
+    // The nudge relays the main window out; on a later turn of the event loop, so that it and
+    // the picture's first paint are not one long pause.
+    QTimer::singleShot(0, this, &HalvernDesktopController::resizeFudge);
+}
+
+void HalvernDesktopController::imageCollage()
+{
+    m_collageMaker->imageCollage();
+}
+
+void HalvernDesktopController::update()
+{
+    m_imageBrowserController->reloadData();
+    imageCollage();
+}
+
+void HalvernDesktopController::flipped()
+{
+    QTimer::singleShot(200, this, &HalvernDesktopController::update);
+}
+
+void HalvernDesktopController::scaleLayout()
+{
+    QTimer::singleShot(200, this, &HalvernDesktopController::update);
+}
+
+void HalvernDesktopController::showResultWindow()
+{
+    m_resultWindow->showResultWindow();
+}
+
+void HalvernDesktopController::resizeFudge()
+{
+    MainWindow &w = *m_mainWindow;
+    if (w.isMaximized() || w.isFullScreen())
+        return;
+    w.resize(w.width() + 1, w.height());
+    w.resize(w.width() - 1, w.height());
 }
 
 void HalvernDesktopController::displayResultForBlender(const QImage &image)
@@ -296,4 +378,5 @@ void HalvernDesktopController::connectActions()
     on("showDefaultTemplate", [this] { m_mainWindow->templateTabView().showDefaultTemplate(); });
     on("help", [this] { halvernHelp(); });
     on("website", [this] { goToWebsite(); });
+    on("imageCollage", [this] { imageCollage(); });
 }

@@ -13,6 +13,10 @@
 class CollageDocumentActions;
 class CompletionSound;
 class ImageEditorWindow;
+class CollageMaker;
+class PleaseWaitWindow;
+class ResultOutputs;
+class ResultWindow;
 class LoadFileSheet;
 class PreferencesWindow;
 class TemplateGallerySheet;
@@ -94,6 +98,25 @@ public:
     void replaceEditorImage();
     void closeNoSave();
 
+    // The result window, its outputs and the collage maker.
+    ResultWindow &resultWindow() const { return *m_resultWindow; }
+    ResultOutputs &resultOutputs() const { return *m_resultOutputs; }
+    CollageMaker &collageMaker() const { return *m_collageMaker; }
+    PleaseWaitWindow &pleaseWaitWindow() const { return *m_pleaseWaitWindow; }
+    // Renders the collage and shows it in the result window.
+    void imageCollage();
+    // Reloads the photo list and the collage, then makes the collage.
+    void update();
+    // A flip or a scale change of the layout: update once the view has settled (0.2 s).
+    void flipped();
+    void scaleLayout();
+    void showResultWindow();
+    // The next result displayed is also written to this path as an LZW TIFF.
+    void setPendingOutputPath(const QString &path) { m_pendingOutputPath = path; }
+    QString pendingOutputPath() const { return m_pendingOutputPath; }
+    // Widens the main window by one pixel and back, so it lays itself out again.
+    void resizeFudge();
+
     void loadFlowerImages();
     void goHome();
     void goToWebsite();
@@ -104,6 +127,8 @@ private:
     void applicationWillFinishLaunching();
     void applicationDidFinishLaunching();
     void connectActions();
+    // displayResult, knowing how sharp the picture's sharpest photo is (0: unknown).
+    void showResult(const QImage &image, bool isButton, double sharpest);
 
     UserDefaults &m_defaults;
     QString m_resourcesFolder;
@@ -121,4 +146,9 @@ private:
     // first, before the photo list it edits.
     std::unique_ptr<ImageEditorWindow> m_editorWindow;
     bool m_terminated = false;
+    ResultWindow *m_resultWindow = nullptr;
+    PleaseWaitWindow *m_pleaseWaitWindow = nullptr;
+    CollageMaker *m_collageMaker = nullptr;
+    ResultOutputs *m_resultOutputs = nullptr;
+    QString m_pendingOutputPath;
 };

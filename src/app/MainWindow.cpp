@@ -122,6 +122,8 @@ void MainWindow::buildMenus()
     add(collage, "unjumble", tr("Unjumble"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_J));
     collage->addSeparator();
     add(collage, "showDefaultTemplate", tr("Show Default Template"));
+    collage->addSeparator();
+    add(collage, "imageCollage", tr("Make Collage"), QKeySequence(Qt::CTRL | Qt::Key_R));
 
     QMenu *settings = menuBar()->addMenu(tr("&Settings"));
     add(settings, "preferences", tr("Preferences…"), QKeySequence(Qt::CTRL | Qt::Key_Comma));

@@ -82,9 +82,16 @@ int main(int argc, char **argv)
 
     // Files to open: photos, templates files and collage documents (options are not files).
     QStringList files;
-    for (const QString &argument : app.arguments().mid(1)) {
-        if (!argument.startsWith(QLatin1Char('-')) && QFileInfo(argument).isFile())
-            files.append(QFileInfo(argument).absoluteFilePath());
+    QString writeResult;
+    const QStringList arguments = app.arguments().mid(1);
+    for (qsizetype i = 0; i < arguments.size(); ++i) {
+        // --write-result FILE: the next collage shown is also written there as an LZW TIFF.
+        if (arguments[i] == QLatin1String("--write-result") && i + 1 < arguments.size()) {
+            writeResult = QFileInfo(arguments[++i]).absoluteFilePath();
+            continue;
+        }
+        if (!arguments[i].startsWith(QLatin1Char('-')) && QFileInfo(arguments[i]).isFile())
+            files.append(QFileInfo(arguments[i]).absoluteFilePath());
     }
     // One window per user and store: a later start hands its files to the running window.
     SingleInstance instance(SingleInstance::serverNameForStore(UserDefaults::defaultFilePath()));
@@ -99,6 +106,7 @@ int main(int argc, char **argv)
     }
     HalvernDesktopController controller(defaults, Paths::resourcesFolder());
     QObject::connect(&instance, &SingleInstance::filesReceived, &controller, &HalvernDesktopController::openFiles);
+    controller.setPendingOutputPath(writeResult);
     WindowProbe::createIfRequested(&controller.mainWindow(), &controller.mainWindow().tessaryView(), &app);
     controller.launch(files);
     return app.exec();

@@ -3,6 +3,7 @@
 #include "foundation/AtomicFileWriter.h"
 
 #include <QBuffer>
+#include <QMutex>
 #include <QSaveFile>
 #include <QThread>
 #include <QThreadPool>
@@ -106,7 +107,16 @@ bool ParallelPngWriter::write(const QImage &image, QIODevice &device, const Opti
     const int level = std::clamp(options.level, 0, 9);
     QThreadPool pool;
     pool.setMaxThreadCount(threads);
-    QtConcurrent::blockingMap(&pool, bands, [&](Band &band) { encodeBand(image, channels, level, band); });
+    QMutex progressMutex;
+    int bandsDone = 0;
+    const int bandCount = int(bands.size());
+    QtConcurrent::blockingMap(&pool, bands, [&](Band &band) {
+        encodeBand(image, channels, level, band);
+        if (options.progress) {
+            QMutexLocker lock(&progressMutex);
+            options.progress(++bandsDone, bandCount);
+        }
+    });
 
     QByteArray header("\x89PNG\r\n\x1a\n", 8);
     QByteArray ihdr(13, '\0');
@@ -115,6 +125,13 @@ bool ParallelPngWriter::write(const QImage &image, QIODevice &device, const Opti
     ihdr[8] = 8;                          // bits per sample
     ihdr[9] = channels == 4 ? 6 : 2;      // RGBA or RGB
     appendChunk(header, "IHDR", ihdr);
+    if (options.dotsPerMeter > 0) {
+        QByteArray phys(9, '\0');
+        qToBigEndian<quint32>(quint32(options.dotsPerMeter), phys.data());
+        qToBigEndian<quint32>(quint32(options.dotsPerMeter), phys.data() + 4);
+        phys[8] = 1; // the unit is the metre
+        appendChunk(header, "pHYs", phys);
+    }
     QString writeError;
     if (!AtomicFileWriter::writeAll(device, header, &writeError))
         return fail(writeError);

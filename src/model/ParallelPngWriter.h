@@ -4,6 +4,8 @@
 #include <QImage>
 #include <QString>
 
+#include <functional>
+
 class QIODevice;
 
 // Writes a large picture as PNG on every core. The rows are cut into bands; each band is filtered
@@ -21,6 +23,10 @@ public:
         int level = 1;   // zlib level 0-9
         int threads = 0; // 0: one per core
         int bandRows = 0; // 0: chosen from the picture's size
+        // The resolution written into the file (a pHYs chunk, pixels per metre); 0 writes none.
+        int dotsPerMeter = 0;
+        // Called as bands are compressed (from worker threads, one call at a time).
+        std::function<void(int done, int total)> progress = {};
     };
 
     // The PNG file's bytes, written to `device`; false with `error` set when the picture is null

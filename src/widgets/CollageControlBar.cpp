@@ -184,7 +184,19 @@ CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, 
     connect(d->clearColor, &QToolButton::clicked, this, &CollageControlBar::clearTessaryBackgroundColor);
     showBackgroundColor(view.tessaryBackgroundColor());
     connect(&view, &TessaryView::tessaryBackgroundColorChanged, this, &CollageControlBar::showBackgroundColor);
+
+    actions->addSpacing(12);
+    m_resultButton = new QPushButton(tr("Make Collage"));
+    m_resultButton->setObjectName(QStringLiteral("resultButton"));
+    m_resultButton->setToolTip(tr("Render the collage at full size and show it in the result window (Ctrl+R)"));
+    m_resultButton->setAutoDefault(false);
+    QFont strong = m_resultButton->font();
+    strong.setBold(true);
+    m_resultButton->setFont(strong);
+    actions->addWidget(m_resultButton);
 }
+
+QAbstractButton *CollageControlBar::resultButton() const { return m_resultButton; }
 
 CollageControlBar::~CollageControlBar() = default;
 

@@ -9,6 +9,7 @@ class QAbstractButton;
 class QButtonGroup;
 class QComboBox;
 class QLabel;
+class QPushButton;
 class QSpinBox;
 class TessaryView;
 class UserDefaults;
@@ -37,6 +38,8 @@ public:
     QAbstractButton *clearBackgroundButton() const;
     // Press and hold: the menu of the three blend commands.
     DelayedPopupMenuButton *blendButton() const;
+    // Makes the collage picture; hidden while one is being made.
+    QAbstractButton *resultButton() const;
 
 public slots:
     void jumble();
@@ -55,4 +58,5 @@ private:
 
     struct Private;
     std::unique_ptr<Private> d;
+    QPushButton *m_resultButton = nullptr;
 };

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "model/CollageLayout.h"
+#include "model/CollageRenderer.h"
+
+#include <QFutureWatcher>
+#include <QImage>
+#include <QObject>
+#include <QThreadPool>
+
+#include <functional>
+
+class PleaseWaitWindow;
+class TessaryView;
+class UserDefaults;
+
+// Makes the collage picture for the result window: shows the please-wait window, waits one
+// second so it and its spinner are drawn, then renders the current layout at the scale chosen
+// from the photos and the free memory on a worker thread, the bar following the tiles drawn.
+// The windows stay live throughout. A render that gives nothing only hides the please-wait
+// window.
+class CollageMaker : public QObject
+{
+    Q_OBJECT
+public:
+    struct Rendered {
+        QImage image;
+        // Photo pixels on one pixel of the picture, for its sharpest photo (0: unknown).
+        double sharpest = 0.0;
+    };
+    // Renders `layout` enlarged `scale` times; runs on a worker thread.
+    using Renderer = std::function<CollageRenderer::Result(const CollageLayout &layout, qint64 scale,
+                                                           const CollageRenderer::Options &options)>;
+
+    CollageMaker(TessaryView &view, UserDefaults &defaults, PleaseWaitWindow &pleaseWait, QObject *parent = nullptr);
+    ~CollageMaker() override;
+
+    // For tests: another renderer, and another pause before the render (1000 ms).
+    void setRenderer(Renderer renderer) { m_renderer = std::move(renderer); }
+    void setDelay(int milliseconds) { m_delayMs = milliseconds; }
+
+    bool isBusy() const { return m_busy; }
+
+public slots:
+    // Starts making the collage; ignored while one is being made.
+    void imageCollage();
+
+signals:
+    // The render is starting (the result button hides) and has ended (whatever came of it).
+    void started();
+    void finished();
+    // The picture, when the render gave one.
+    void collageReady(const QImage &image, double sharpest);
+
+private:
+    void render();
+
+    TessaryView &m_view;
+    UserDefaults &m_defaults;
+    PleaseWaitWindow &m_pleaseWait;
+    Renderer m_renderer;
+    int m_delayMs = 1000;
+    bool m_busy = false;
+    // The render's own thread, never one of the global pool's: Qt's image scaling and conversion
+    // split their work over the global pool and wait for it, so a render holding a global thread
+    // while another job holds the other could wait for ever on a small machine.
+    QThreadPool m_pool;
+    QFutureWatcher<Rendered> m_watcher;
+};

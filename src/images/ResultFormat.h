@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QByteArray>
+#include <QList>
+#include <QString>
+
+// The file formats a result is saved in and the names its files get. The format choice of the
+// save dialog starts at the format of the first photo of the list (or of the placeholder picture
+// when the list is empty), so a collage of JPEG photos is offered as JPEG.
+class ResultFormat
+{
+public:
+    // The formats offered, in this order, among PNG, JPEG, TIFF, WebP and BMP: those Qt can
+    // write here (Qt's own names: "png", "jpeg", "tiff", "webp", "bmp").
+    static QList<QByteArray> writableFormats();
+    static bool isWritable(const QByteArray &format);
+
+    // The format the choice starts at for a reference picture: its own format when it is one of
+    // the writable ones, PNG for any other picture, and empty when the file cannot be read as a
+    // picture at all (then no save dialog is shown).
+    static QByteArray startingFormat(const QString &referencePath);
+
+    // "PNG", "JPEG", "TIFF", "WebP", "BMP".
+    static QString displayName(const QByteArray &format);
+    // The extension written: "png", "jpg", "tif", "webp", "bmp".
+    static QString suffix(const QByteArray &format);
+    // A file dialog name filter, e.g. "JPEG (*.jpg *.jpeg)".
+    static QString nameFilter(const QByteArray &format);
+    // Whether the format has a quality setting (JPEG, WebP) or a compression choice (TIFF).
+    static bool hasQuality(const QByteArray &format);
+    static bool hasCompression(const QByteArray &format);
+    // Whether the format keeps transparency; the others are flattened on white.
+    static bool keepsAlpha(const QByteArray &format);
+
+    // The path with its extension replaced by (or, without one, given) the format's.
+    static QString withSuffix(const QString &path, const QByteArray &format);
+    // The name the save dialog starts with.
+    static QString defaultFileName(const QByteArray &format);
+    // A file name of Tessary's own for a picture it makes: a fresh UUID with ".png".
+    static QString uuidPngName();
+    // The temporary PNG handed to the default viewer, a fresh UUID name in `folder`.
+    static QString temporaryPngPath(const QString &folder);
+};

@@ -1,0 +1,102 @@
+#include "AppFixture.h"
+
+#include "app/CollageMaker.h"
+#include "app/HalvernDesktopController.h"
+#include "app/MainWindow.h"
+#include "app/PleaseWaitWindow.h"
+#include "app/ResultOutputs.h"
+#include "app/ResultSaveDialog.h"
+#include "app/ResultWindow.h"
+#include "foundation/Paths.h"
+#include "foundation/Preferences.h"
+#include "widgets/ResultImageView.h"
+#include "widgets/SaveOptionsPanel.h"
+#include "widgets/TessaryView.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDoubleSpinBox>
+#include <QGroupBox>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QSpinBox>
+#include <QTest>
+
+namespace {
+
+// The collage of the factory photos made from the menu, as the X server shows the please-wait
+// window, the result window and its save dialog.
+class ResultWindowScreenshotTest : public AppFixture
+{
+protected:
+    void SetUp() override
+    {
+        AppFixture::SetUp();
+        defaults->setBool(true, Preferences::DoNotShowWelcomeWindowAgain);
+        controller = std::make_unique<HalvernDesktopController>(*defaults, Paths::resourcesFolder());
+        controller->mainWindow().resize(1400, 900);
+        controller->launch();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&controller->mainWindow(), 10000));
+        TessaryView &view = controller->mainWindow().tessaryView();
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !view.currentLayout().tiles.empty() && view.allTilesFilled(); }, 30000));
+    }
+    void TearDown() override
+    {
+        controller.reset();
+        AppFixture::TearDown();
+    }
+    static QImage grabFrame(QWidget &w)
+    {
+        QTest::qWait(300); // let the last paints reach the server
+        const QRect frame = w.frameGeometry();
+        return w.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();
+    }
+    static void save(const QImage &image, const char *name)
+    {
+        const QString folder = qEnvironmentVariable("TESSARY_SCREENSHOTS", QStringLiteral(TESSARY_BINARY_DIR "/screenshots"));
+        QDir().mkpath(folder);
+        EXPECT_TRUE(image.save(QDir(folder).filePath(QLatin1String(name) + QStringLiteral(".png"))));
+    }
+
+    std::unique_ptr<HalvernDesktopController> controller;
+};
+
+TEST_F(ResultWindowScreenshotTest, CollageOfTheFactoryPhotos)
+{
+    save(grabFrame(controller->mainWindow()), "main-window-make-collage");
+    PleaseWaitWindow &wait = controller->pleaseWaitWindow();
+    QSignalSpy ready(&controller->collageMaker(), &CollageMaker::collageReady);
+    controller->mainWindow().action(QStringLiteral("imageCollage"))->trigger();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&wait, 5000));
+    save(grabFrame(wait), "please-wait-window");
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return ready.count() == 1; }, 120000));
+    ResultWindow &window = controller->resultWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window, 5000));
+    window.resize(1100, 820);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return window.resultView().previewReady(); }, 30000));
+    const QImage grab = grabFrame(window);
+    save(grab, "result-window");
+
+    // The collage fills the view's width or height, and shows photos, not the backdrop.
+    ResultImageView &view = window.resultView();
+    const QRectF shown = view.pictureRect();
+    EXPECT_TRUE(qAbs(shown.width() - view.viewport()->width()) < 1.5 || qAbs(shown.height() - view.viewport()->height()) < 1.5);
+    const QPoint centre = view.viewport()->mapTo(&window, shown.center().toPoint()) +
+                          (window.geometry().topLeft() - window.frameGeometry().topLeft());
+    EXPECT_NE(grab.pixelColor(centre), QColor(58, 60, 64));
+
+    // The save dialog with a print size that enlarges too far.
+    window.action(QStringLiteral("saveResult"))->trigger();
+    ResultSaveDialog *dialog = controller->resultOutputs().saveDialog();
+    ASSERT_NE(dialog, nullptr);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog, 5000));
+    SaveOptionsPanel &panel = dialog->options();
+    panel.formatPopUp()->setCurrentIndex(panel.formatPopUp()->findData(QByteArray("jpeg")));
+    panel.printGroup()->setChecked(true);
+    panel.widthBox()->setValue(panel.widthBox()->value() * 4);
+    save(grabFrame(*dialog), "result-save-dialog");
+    dialog->reject();
+}
+
+} // namespace
