@@ -96,6 +96,9 @@ void HalvernDesktopController::awakeFromNib()
     connect(blend, &DelayedPopupMenuButton::stitchLeftToRight, m_tileAndBlend, &TileAndBlendActions::stitchLeftToRight);
     connect(blend, &DelayedPopupMenuButton::stitchBottomToTop, m_tileAndBlend, &TileAndBlendActions::stitchBottomToTop);
     connect(blend, &DelayedPopupMenuButton::stitchSquare, m_tileAndBlend, &TileAndBlendActions::stitchSquare);
+    m_tileAndBlend->setBackgroundColor(window->controlBar().blendBackgroundColor());
+    connect(&window->controlBar(), &CollageControlBar::blendBackgroundColorChanged, m_tileAndBlend,
+            &TileAndBlendActions::setBackgroundColor);
     if (QAction *tile = window->action(QStringLiteral("tilePhoto")))
         connect(tile, &QAction::triggered, m_tileAndBlend, &TileAndBlendActions::showTilePhotosWindow);
     // The result window and the please-wait window belong to the main window.
@@ -125,6 +128,11 @@ void HalvernDesktopController::awakeFromNib()
     connect(result.action(QStringLiteral("copyAndOpenResult")), &QAction::triggered, &outputs,
             &ResultOutputs::putImageOnClipboardAndOpenInPreview);
     connect(result.action(QStringLiteral("insertResult")), &QAction::triggered, &outputs, &ResultOutputs::insertResult);
+    // A completed save ends the progress sheet, as a shown result does.
+    connect(&outputs, &ResultOutputs::saved, this, [this] {
+        m_tileAndBlend->progressSheet().endSheet();
+        m_stitchInProgress = false;
+    });
 }
 
 void HalvernDesktopController::launch(const QStringList &imageFiles)
@@ -259,6 +267,7 @@ void HalvernDesktopController::showResult(const QImage &image, bool isButton, do
     if (isButton)
         showResultWindow();
     m_resultWindow->setResult(image, sharpest);
+    m_stitchInProgress = false;
     if (!m_pendingOutputPath.isEmpty()) {
         // Written once: whatever comes of it, the path is used up.
         m_resultOutputs->writePendingOutput(image, m_pendingOutputPath);

@@ -146,6 +146,8 @@ private:
     // first, before the photo list it edits.
     std::unique_ptr<ImageEditorWindow> m_editorWindow;
     bool m_terminated = false;
+    // Cleared when a result is shown and when a save completes.
+    bool m_stitchInProgress = false;
     ResultWindow *m_resultWindow = nullptr;
     PleaseWaitWindow *m_pleaseWaitWindow = nullptr;
     CollageMaker *m_collageMaker = nullptr;

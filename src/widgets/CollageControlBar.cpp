@@ -57,6 +57,8 @@ struct CollageControlBar::Private {
     QPushButton *undoJumble = nullptr;
     QPushButton *unjumble = nullptr;
     QToolButton *colorWell = nullptr;
+    QToolButton *blendColorWell = nullptr;
+    QColor blendColor = Qt::white;
     QToolButton *clearColor = nullptr;
     DelayedPopupMenuButton *blend = nullptr;
 };
@@ -168,6 +170,13 @@ CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, 
     d->blend->setObjectName(QStringLiteral("blendButton"));
     d->blend->setToolTip(tr("Press for the blend commands: join the photos into one seamless picture"));
     actions->addWidget(d->blend);
+    d->blendColorWell = new QToolButton;
+    d->blendColorWell->setObjectName(QStringLiteral("blendBackgroundColorWell"));
+    d->blendColorWell->setToolTip(tr("Blend background colour: fills the margin around a blended picture"));
+    d->blendColorWell->setIconSize(QSize(20, 16));
+    d->blendColorWell->setIcon(swatch(d->blendColor));
+    actions->addWidget(d->blendColorWell);
+    connect(d->blendColorWell, &QToolButton::clicked, this, &CollageControlBar::chooseBlendBackgroundColor);
 
     actions->addStretch(1);
     auto *background = new QLabel(tr("Background:"));
@@ -212,6 +221,8 @@ QAbstractButton *CollageControlBar::unjumbleButton() const { return d->unjumble;
 QAbstractButton *CollageControlBar::backgroundColorWell() const { return d->colorWell; }
 QAbstractButton *CollageControlBar::clearBackgroundButton() const { return d->clearColor; }
 DelayedPopupMenuButton *CollageControlBar::blendButton() const { return d->blend; }
+QAbstractButton *CollageControlBar::blendBackgroundColorWell() const { return d->blendColorWell; }
+QColor CollageControlBar::blendBackgroundColor() const { return d->blendColor; }
 
 void CollageControlBar::jumble() { d->view.jumble(); }
 void CollageControlBar::undoJumble() { d->view.undojumble(); }
@@ -227,6 +238,26 @@ void CollageControlBar::chooseBackgroundColor()
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QColorDialog::colorSelected, &d->view, &TessaryView::setTessaryBackgroundColor);
     dialog->open();
+}
+
+void CollageControlBar::chooseBlendBackgroundColor()
+{
+    auto *dialog = new QColorDialog(d->blendColor, this);
+    dialog->setObjectName(QStringLiteral("blendBackgroundColorDialog"));
+    dialog->setOption(QColorDialog::DontUseNativeDialog);
+    dialog->setWindowModality(Qt::WindowModal);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QColorDialog::colorSelected, this, &CollageControlBar::setBlendBackgroundColor);
+    dialog->open();
+}
+
+void CollageControlBar::setBlendBackgroundColor(const QColor &color)
+{
+    if (!color.isValid() || color == d->blendColor)
+        return;
+    d->blendColor = color;
+    d->blendColorWell->setIcon(swatch(color));
+    emit blendBackgroundColorChanged(color);
 }
 
 void CollageControlBar::clearTessaryBackgroundColor()

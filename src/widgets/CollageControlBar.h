@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QWidget>
 
 #include <memory>
@@ -38,6 +39,9 @@ public:
     QAbstractButton *clearBackgroundButton() const;
     // Press and hold: the menu of the three blend commands.
     DelayedPopupMenuButton *blendButton() const;
+    // The colour that fills the margin around a blended picture.
+    QAbstractButton *blendBackgroundColorWell() const;
+    QColor blendBackgroundColor() const;
     // Makes the collage picture; hidden while one is being made.
     QAbstractButton *resultButton() const;
 
@@ -48,8 +52,11 @@ public slots:
     // Opens the colour chooser on the window (window-modal).
     void chooseBackgroundColor();
     void clearTessaryBackgroundColor();
+    void chooseBlendBackgroundColor();
+    void setBlendBackgroundColor(const QColor &color);
 
 signals:
+    void blendBackgroundColorChanged(const QColor &color);
     // Undo Jumble and Unjumble may be used (the menu items follow).
     void jumbleActionsEnabledChanged(bool undoAndUnjumbleEnabled);
 

@@ -14,6 +14,7 @@
 #include "widgets/DelayedPopupMenuButton.h"
 #include "widgets/TilingProgressIndicator.h"
 
+#include <QColorDialog>
 #include <QComboBox>
 #include <QFileInfo>
 #include <QMenu>
@@ -249,6 +250,18 @@ TEST_F(TileAndBlendActionsTest, BlendButtonOfTheMainWindowBlends)
     ASSERT_TRUE(finished.wait(20000));
     EXPECT_EQ(finished.first().first().value<QImage>().size(), QSize(2 * 50 - 10, 40));
     EXPECT_FALSE(blending.progressSheet().isVisible());
+
+    // The blend background well beside the button gives the colour that frames a blend.
+    CollageControlBar &bar = controller.mainWindow().controlBar();
+    bar.blendBackgroundColorWell()->click();
+    auto *chooser = bar.findChild<QColorDialog *>(QStringLiteral("blendBackgroundColorDialog"));
+    ASSERT_TRUE(chooser);
+    EXPECT_EQ(chooser->windowModality(), Qt::WindowModal);
+    chooser->setCurrentColor(Qt::darkGreen);
+    chooser->accept();
+    defaults->setDouble(4, Preferences::MatchingMarginWidth);
+    blending.insetForBlender(finished.first().first().value<QImage>());
+    EXPECT_EQ(blending.blendBackgroundColor(), QColor(Qt::darkGreen));
 
     // Tiling is in the Edit menu.
     controller.mainWindow().action(QStringLiteral("tilePhoto"))->trigger();

@@ -130,7 +130,7 @@ TEST_F(MainWindowScreenshotTest, FirstStart)
     QWidget *sheet = controller->mainWindow().findChild<WelcomeSheet *>();
     ASSERT_NE(sheet, nullptr);
     ASSERT_TRUE(QTest::qWaitFor([&] { return sheet->isVisible(); }, 5000));
-    QTest::qWaitForWindowExposed(sheet, 5000);
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(sheet, 5000));
     const QImage grab = grabMainWindow();
     save(grab, "main-window-first-start");
     const QRect sheetArea(sheet->frameGeometry().topLeft() - controller->mainWindow().frameGeometry().topLeft(),

@@ -276,8 +276,9 @@ TEST_F(TemplateGallerySheetTest, FailedLoadsAreLoggedThenAlertedASecondLater)
         ASSERT_TRUE(QTest::qWaitFor([&] { return !alerts.alerts.isEmpty(); }, 5000));
         EXPECT_EQ(alerts.alerts.first().messageText, QStringLiteral("Templates Could No Be Loaded"));
         EXPECT_FALSE(alerts.alerts.first().informativeText.isEmpty());
-        if (silent)
+        if (silent) {
             EXPECT_EQ(alerts.alerts.first().informativeText, QStringLiteral("The request timed out."));
+        }
         EXPECT_EQ(alerts.alerts.first().style, AlertPresenter::Style::Critical);
         EXPECT_EQ(alerts.beeps, 1);
         EXPECT_FALSE(gallery.isVisible());
