@@ -154,7 +154,20 @@ TEST_F(ImageEditorScreenshotTest, AdjustmentsPanelBeside)
     AdjustmentsPanel *panel = editor->editPanel();
     ASSERT_NE(panel, nullptr);
     ASSERT_TRUE(QTest::qWaitForWindowExposed(panel, 5000));
-    save(grab(panel), "editor-adjustments");
+    const QImage before = grab();
+    // Brighter, warmer and richer: the view shows the live preview.
+    QSignalSpy previews(panel, &AdjustmentsPanel::previewReady);
+    PhotoAdjustments lift;
+    lift.exposure = 0.6;
+    lift.shadows = 0.4;
+    lift.saturation = 0.35;
+    lift.temperature = 0.25;
+    panel->setAdjustments(lift);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !previews.isEmpty() && !panel->isPreviewing(); }, 5000));
+    const QImage shot = grab(panel);
+    save(shot, "editor-adjustments");
+    const QPoint middle(editor->width() / 2, editor->height() / 2);
+    EXPECT_GT(qGray(shot.pixel(middle + QPoint(-200, 150))), qGray(before.pixel(middle + QPoint(-200, 150))));
     EXPECT_FALSE(panel->frameGeometry().intersects(editor->frameGeometry().adjusted(0, 0, -30, 0)));
 }
 
