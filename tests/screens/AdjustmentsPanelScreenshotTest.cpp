@@ -1,3 +1,4 @@
+#include "ScreenGrab.h"
 #include "foundation/Paths.h"
 #include "widgets/AdjustmentsPanel.h"
 
@@ -12,13 +13,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-QString screenshotPath(const char *name)
-{
-    const QString folder = qEnvironmentVariable("TESSARY_SCREENSHOTS", QStringLiteral(TESSARY_BINARY_DIR "/screenshots"));
-    QDir().mkpath(folder);
-    return QDir(folder).filePath(QLatin1String(name) + QStringLiteral(".png"));
-}
 
 // A factory photo when the resources are built, else a painted stand-in.
 QImage samplePhoto()
@@ -70,7 +64,7 @@ TEST(AdjustmentsPanelScreenshot, PanelAndItsPreview)
     const QRect frame = panel.frameGeometry();
     const QImage shot = panel.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();
     ASSERT_FALSE(shot.isNull());
-    EXPECT_TRUE(shot.save(screenshotPath("adjustments-panel")));
+    saveScreenshotImage(shot, "adjustments-panel");
 
     const QImage after = spy.last().at(0).value<QImage>();
     ASSERT_EQ(after.size(), photo.size());
@@ -80,7 +74,7 @@ TEST(AdjustmentsPanelScreenshot, PanelAndItsPreview)
     p.drawImage(0, 0, photo);
     p.drawImage(photo.width() + 12, 0, after);
     p.end();
-    EXPECT_TRUE(strip.save(screenshotPath("adjustments-before-after")));
+    saveScreenshotImage(strip, "adjustments-before-after");
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "AppFixture.h"
+#include "ScreenGrab.h"
 
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
@@ -51,9 +52,7 @@ protected:
     }
     void save(const QImage &image, const char *name)
     {
-        const QString folder = qEnvironmentVariable("TESSARY_SCREENSHOTS", QStringLiteral(TESSARY_BINARY_DIR "/screenshots"));
-        QDir().mkpath(folder);
-        EXPECT_TRUE(image.save(QDir(folder).filePath(QLatin1String(name) + QStringLiteral(".png"))));
+        saveScreenshotImage(image, name);
     }
 
     QObject m_links;

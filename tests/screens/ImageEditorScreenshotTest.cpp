@@ -1,4 +1,5 @@
 #include "AppFixture.h"
+#include "ScreenGrab.h"
 
 #include "app/ImageEditorWindow.h"
 #include "foundation/Paths.h"
@@ -62,11 +63,7 @@ protected:
     }
     QString save(const QImage &image, const char *name)
     {
-        const QString folder = qEnvironmentVariable("TESSARY_SCREENSHOTS", QStringLiteral(TESSARY_BINARY_DIR "/screenshots"));
-        QDir().mkpath(folder);
-        const QString path = QDir(folder).filePath(QLatin1String(name) + QStringLiteral(".png"));
-        EXPECT_TRUE(image.save(path)) << path.toStdString();
-        return path;
+        return saveScreenshotImage(image, name);
     }
     // A picture point as it shows in a grab of the window.
     QPoint inGrab(const QPointF &picturePoint) const

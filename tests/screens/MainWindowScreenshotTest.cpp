@@ -1,4 +1,5 @@
 #include "AppFixture.h"
+#include "ScreenGrab.h"
 
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
@@ -59,11 +60,7 @@ protected:
     }
     QString save(const QImage &image, const char *name)
     {
-        const QString folder = qEnvironmentVariable("TESSARY_SCREENSHOTS", QStringLiteral(TESSARY_BINARY_DIR "/screenshots"));
-        QDir().mkpath(folder);
-        const QString path = QDir(folder).filePath(QLatin1String(name) + QStringLiteral(".png"));
-        EXPECT_TRUE(image.save(path)) << path.toStdString();
-        return path;
+        return saveScreenshotImage(image, name);
     }
     // A point of the collage's document view in the grabbed picture of the main window.
     QPoint inGrab(const QPointF &documentPoint) const

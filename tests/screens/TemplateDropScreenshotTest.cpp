@@ -1,4 +1,5 @@
 #include "AppFixture.h"
+#include "ScreenGrab.h"
 
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
@@ -71,9 +72,7 @@ protected:
     }
     void save(const QImage &image, const char *name)
     {
-        const QString folder = qEnvironmentVariable("TESSARY_SCREENSHOTS", QStringLiteral(TESSARY_BINARY_DIR "/screenshots"));
-        QDir().mkpath(folder);
-        EXPECT_TRUE(image.save(QDir(folder).filePath(QLatin1String(name) + QStringLiteral(".png"))));
+        saveScreenshotImage(image, name);
     }
     // Holds a drag over the user table at the point, without letting go.
     void hover(QMimeData *data, const QPoint &at)

@@ -1,4 +1,5 @@
 #include "AppFixture.h"
+#include "ScreenGrab.h"
 
 #include "app/HalvernDesktopController.h"
 #include "app/LoadFileSheet.h"
@@ -323,9 +324,7 @@ TEST_F(TemplateGallerySheetTest, Screenshot)
     QTest::qWait(600);
     const QRect frame = sheet().frameGeometry();
     const QImage grab = sheet().screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();
-    const QString folder = qEnvironmentVariable("TESSARY_SCREENSHOTS", QStringLiteral(TESSARY_BINARY_DIR "/screenshots"));
-    QDir().mkpath(folder);
-    EXPECT_TRUE(grab.save(QDir(folder).filePath(QStringLiteral("template-gallery.png"))));
+    saveScreenshotImage(grab, "template-gallery");
     // The page is drawn: its warm grey ground shows in the view's top-left corner.
     const QPoint corner = sheet().templateWebview()->mapToGlobal(QPoint(6, 6)) - frame.topLeft();
     const QColor ground = grab.pixelColor(corner);
