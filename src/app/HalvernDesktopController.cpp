@@ -89,6 +89,14 @@ void HalvernDesktopController::awakeFromNib()
     initEditor();
     m_harpSound = new CompletionSound(QDir(m_resourcesFolder).filePath(QStringLiteral("harp.aif")), this);
 
+    connectTileAndBlend();
+    connectResultOutputs();
+}
+
+// The tile sheet, the blend button's commands and the blend background well.
+void HalvernDesktopController::connectTileAndBlend()
+{
+    MainWindow *window = m_mainWindow.get();
     m_tileAndBlend = new TileAndBlendActions(m_defaults, *m_imageBrowserController, m_alerts, window,
                                              window->tilingProgress(), this);
     connect(m_tileAndBlend, &TileAndBlendActions::blendFinished, this, &HalvernDesktopController::displayResultForBlender);
@@ -101,6 +109,12 @@ void HalvernDesktopController::awakeFromNib()
             &TileAndBlendActions::setBackgroundColor);
     if (QAction *tile = window->action(QStringLiteral("tilePhoto")))
         connect(tile, &QAction::triggered, m_tileAndBlend, &TileAndBlendActions::showTilePhotosWindow);
+}
+
+// The result window, the please-wait window, the Make Collage button and the five ways out.
+void HalvernDesktopController::connectResultOutputs()
+{
+    MainWindow *window = m_mainWindow.get();
     // The result window and the please-wait window belong to the main window.
     TessaryView &collage = m_mainWindow->tessaryView();
     m_resultWindow = new ResultWindow(m_defaults, window);

@@ -127,6 +127,8 @@ private:
     void applicationWillFinishLaunching();
     void applicationDidFinishLaunching();
     void connectActions();
+    void connectTileAndBlend();
+    void connectResultOutputs();
     // displayResult, knowing how sharp the picture's sharpest photo is (0: unknown).
     void showResult(const QImage &image, bool isButton, double sharpest);
 
