@@ -1,3 +1,4 @@
+#include "SyntheticPhoto.h"
 #include "images/UIImage.h"
 
 #include <QBuffer>
@@ -12,23 +13,6 @@
 
 namespace {
 
-// A deterministic photo-like test picture: smooth gradients with fine texture, so that the JPEG
-// encoder has real work (a flat picture would decode unrealistically fast).
-QImage syntheticPhoto(int w, int h)
-{
-    QImage img(w, h, QImage::Format_RGB32);
-    quint32 seed = 12345;
-    for (int y = 0; y < h; ++y) {
-        auto *line = reinterpret_cast<QRgb *>(img.scanLine(y));
-        for (int x = 0; x < w; ++x) {
-            seed = seed * 1664525u + 1013904223u;
-            const int noise = int(seed >> 28) - 8;
-            line[x] = qRgb(qBound(0, x * 255 / w + noise, 255), qBound(0, y * 255 / h + noise, 255),
-                           qBound(0, ((x / 37 + y / 23) % 7) * 36 + noise, 255));
-        }
-    }
-    return img;
-}
 
 // The 12-megapixel (4000 x 3000) JPEG shared by the loading cases, written once per run.
 const QString &twelveMegapixelJpeg()

@@ -1,3 +1,4 @@
+#include "SyntheticPhoto.h"
 #include "images/PhotoAdjustments.h"
 
 #include <QImage>
@@ -6,22 +7,6 @@
 
 namespace {
 
-// A deterministic photo-like picture: gradients, texture and hard edges.
-QImage syntheticPhoto(int w, int h)
-{
-    QImage img(w, h, QImage::Format_RGB32);
-    quint32 seed = 4242;
-    for (int y = 0; y < h; ++y) {
-        auto *line = reinterpret_cast<QRgb *>(img.scanLine(y));
-        for (int x = 0; x < w; ++x) {
-            seed = seed * 1664525u + 1013904223u;
-            const int noise = int(seed >> 28) - 8;
-            line[x] = qRgb(qBound(0, x * 255 / w + noise, 255), qBound(0, y * 255 / h + noise, 255),
-                           qBound(0, ((x / 41 + y / 29) % 6) * 45 + noise, 255));
-        }
-    }
-    return img;
-}
 
 // A 24-megapixel photo (6000 x 4000) and its screen-sized proxy (fitted into 1920 x 1280),
 // made once per run.
