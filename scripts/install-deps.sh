@@ -14,7 +14,7 @@ packages=(
   libjpeg-dev
   zlib1g-dev
   xvfb xauth
-  sox
+  sox ccache
   desktop-file-utils appstream dpkg-dev fakeroot file man-db
 )
 if [ "${TESSARY_BENCH_TOOLS:-0}" = 1 ]; then
