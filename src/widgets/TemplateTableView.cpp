@@ -9,6 +9,7 @@
 #include <QFileInfo>
 #include <QImage>
 #include <QMimeData>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QTemporaryDir>
 #include <QUrl>
@@ -165,6 +166,24 @@ QMimeData *TemplateTableView::dragData(int row) const
     if (!name.isEmpty() && QFileInfo::exists(path))
         data->setUrls({QUrl::fromLocalFile(path)});
     return data;
+}
+
+void TemplateTableView::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::RightButton) {
+        event->accept(); // the contextual menu event follows
+        return;
+    }
+    QListView::mousePressEvent(event);
+}
+
+void TemplateTableView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (event->button() == Qt::RightButton) {
+        event->accept();
+        return;
+    }
+    QListView::mouseReleaseEvent(event);
 }
 
 void TemplateTableView::startDrag(Qt::DropActions)

@@ -58,6 +58,9 @@ signals:
     void linksDropped(const QList<QUrl> &links, qsizetype row);
 
 protected:
+    // A right click only opens the row's menu: it neither selects nor applies the row.
+    void mousePressEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
     void startDrag(Qt::DropActions supportedActions) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dragMoveEvent(QDragMoveEvent *event) override;

@@ -49,12 +49,12 @@ protected:
         return *view;
     }
     void addUserTemplates(const QVariantList &templates) { store->addTemplatesFromDictionary(file(templates)); }
-    void click(TemplateTable table, int row)
+    void click(TemplateTable table, int row, Qt::MouseButton button = Qt::LeftButton)
     {
         QListView *list = view->tableView(table);
         const QModelIndex index = list->model()->index(row, 0);
         list->scrollTo(index);
-        QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, list->visualRect(index).center());
+        QTest::mouseClick(list->viewport(), button, {}, list->visualRect(index).center());
     }
     QString label(TemplateTable table) const { return view->rowLabel(table)->text(); }
     std::pair<TemplateTable, qsizetype> lastChosen() const
@@ -116,18 +116,22 @@ TEST_F(TemplateTabViewTest, SelectionChangesAreStoredAndApplied)
         qint64 stored;
         const char *label;
         int chosen; // the row applied, -1: nothing applied
+        Qt::MouseButton button;
     } steps[] = {
-        {"built-in click", TemplateTable::BuiltIn, 5, Preferences::SelectedTemplateTableRow, 5, "6", 5},
-        {"another built-in row", TemplateTable::BuiltIn, 40, Preferences::SelectedTemplateTableRow, 40, "41", 40},
-        {"built-in cleared", TemplateTable::BuiltIn, -1, Preferences::SelectedTemplateTableRow, -1, " ", -1},
-        {"user click", TemplateTable::User, 2, Preferences::SelectedUserTemplateTableRow, 2, "3", 2},
-        {"user cleared", TemplateTable::User, -1, Preferences::SelectedUserTemplateTableRow, -1, " ", -1},
+        {"built-in click", TemplateTable::BuiltIn, 5, Preferences::SelectedTemplateTableRow, 5, "6", 5, Qt::LeftButton},
+        {"another built-in row", TemplateTable::BuiltIn, 40, Preferences::SelectedTemplateTableRow, 40, "41", 40, Qt::LeftButton},
+        // A right click is for the row's menu: it changes neither the selection nor the collage.
+        {"built-in right click", TemplateTable::BuiltIn, 9, Preferences::SelectedTemplateTableRow, 40, "41", -1, Qt::RightButton},
+        {"built-in cleared", TemplateTable::BuiltIn, -1, Preferences::SelectedTemplateTableRow, -1, " ", -1, Qt::LeftButton},
+        {"user click", TemplateTable::User, 2, Preferences::SelectedUserTemplateTableRow, 2, "3", 2, Qt::LeftButton},
+        {"user right click", TemplateTable::User, 0, Preferences::SelectedUserTemplateTableRow, 2, "3", -1, Qt::RightButton},
+        {"user cleared", TemplateTable::User, -1, Preferences::SelectedUserTemplateTableRow, -1, " ", -1, Qt::LeftButton},
     };
     for (const Step &s : steps) {
         tabs.setCurrentTable(s.tab);
         spy->clear();
         if (s.clickRow >= 0)
-            click(s.tab, s.clickRow);
+            click(s.tab, s.clickRow, s.button);
         else
             tabs.tableView(s.tab)->clearSelection();
         EXPECT_EQ(defaults->integerForKey(s.key), s.stored) << s.name;
