@@ -4,13 +4,13 @@
 #include "foundation/UserDefaults.h"
 #include "model/CoordinateTransform.h"
 #include "widgets/DelayedPopupMenuButton.h"
+#include "widgets/FlowLayout.h"
 #include "widgets/TessaryView.h"
 
 #include <QButtonGroup>
 #include <QColorDialog>
 #include <QComboBox>
 #include <QHBoxLayout>
-#include <QVBoxLayout>
 #include <QLabel>
 #include <QPainter>
 #include <QPushButton>
@@ -67,17 +67,20 @@ CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, 
     : QWidget(parent)
     , d(std::make_unique<Private>(view, defaults))
 {
-    // Two rows, so the bar fits under a collage on a small screen: how the tiles are laid out,
-    // then what is done to them.
-    auto *rows = new QVBoxLayout(this);
-    rows->setContentsMargins(8, 4, 8, 6);
-    rows->setSpacing(4);
-    auto *row = new QHBoxLayout;
-    row->setSpacing(6);
-    auto *actions = new QHBoxLayout;
-    actions->setSpacing(6);
-    rows->addLayout(row);
-    rows->addLayout(actions);
+    // Groups of controls that wrap as units onto as many lines as the width needs, so the bar
+    // stays whole under a collage in a narrow window: how the tiles are laid out, then what is
+    // done to them.
+    auto *flow = new FlowLayout(this, 14, 4);
+    flow->setContentsMargins(8, 4, 8, 6);
+    const auto group = [flow](int spacing = 6) {
+        auto *box = new QWidget;
+        auto *layout = new QHBoxLayout(box);
+        layout->setContentsMargins(0, 0, 0, 0);
+        layout->setSpacing(spacing);
+        flow->addWidget(box);
+        return layout;
+    };
+    QHBoxLayout *row = group();
 
     // The transform segments, in value order, and the name of the chosen one.
     d->transforms = new QButtonGroup(this);
@@ -107,7 +110,7 @@ CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, 
         d->transformName->setText(name);
     });
 
-    row->addSpacing(10);
+    row = group();
     d->spacingType = new QComboBox;
     d->spacingType->addItems({tr("Inset"), tr("Outset")});
     d->spacingType->setToolTip(tr("Inset leaves gaps between the tiles; Outset makes them overlap"));
@@ -136,14 +139,14 @@ CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, 
     d->height = spin(tr("H:"), Preferences::CollageHeightIncrement, prefs.collageHeightIncrement(),
                      tr("Vertical spacing of the tiles"));
 
-    row->addSpacing(10);
+    row = group();
     d->frameStyle = new QComboBox;
     d->frameStyle->addItems({tr("None"), tr("Photo"), tr("Grey Bezel"), tr("Groove"), tr("Button")});
     d->frameStyle->setToolTip(tr("Frame drawn around every photo"));
     connect(d->frameStyle, &QComboBox::currentIndexChanged, &view, &TessaryView::setImageFrameStyle);
     row->addWidget(d->frameStyle);
 
-    row->addStretch(1);
+    QHBoxLayout *actions = group();
     d->jumble = new QPushButton(tr("Jumble"));
     d->jumble->setToolTip(tr("Scatter the tiles over the collage"));
     d->undoJumble = new QPushButton(tr("Undo Jumble"));
@@ -165,7 +168,7 @@ CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, 
     showJumbled(view.isJumbled());
     connect(&view, &TessaryView::jumbledChanged, this, showJumbled);
 
-    actions->addSpacing(10);
+    actions = group();
     d->blend = new DelayedPopupMenuButton(tr("Blend"));
     d->blend->setObjectName(QStringLiteral("blendButton"));
     d->blend->setToolTip(tr("Press for the blend commands: join the photos into one seamless picture"));
@@ -178,7 +181,7 @@ CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, 
     actions->addWidget(d->blendColorWell);
     connect(d->blendColorWell, &QToolButton::clicked, this, &CollageControlBar::chooseBlendBackgroundColor);
 
-    actions->addStretch(1);
+    actions = group();
     auto *background = new QLabel(tr("Background:"));
     actions->addWidget(background);
     d->colorWell = new QToolButton;
@@ -194,7 +197,7 @@ CollageControlBar::CollageControlBar(TessaryView &view, UserDefaults &defaults, 
     showBackgroundColor(view.tessaryBackgroundColor());
     connect(&view, &TessaryView::tessaryBackgroundColorChanged, this, &CollageControlBar::showBackgroundColor);
 
-    actions->addSpacing(12);
+    actions = group();
     m_resultButton = new QPushButton(tr("Make Collage"));
     m_resultButton->setObjectName(QStringLiteral("resultButton"));
     m_resultButton->setToolTip(tr("Render the collage at full size and show it in the result window (Ctrl+R)"));
@@ -230,7 +233,12 @@ void CollageControlBar::unjumble() { d->view.unjumble(); }
 
 void CollageControlBar::chooseBackgroundColor()
 {
-    auto *dialog = new QColorDialog(d->view.tessaryBackgroundColor(), this);
+    // The clear colour (no background) starts the dialog as opaque white: picking a colour
+    // then shows it, instead of keeping the clear colour's alpha of 0.
+    QColor start = d->view.tessaryBackgroundColor();
+    if (start.alpha() == 0)
+        start = Qt::white;
+    auto *dialog = new QColorDialog(start, this);
     dialog->setObjectName(QStringLiteral("tessaryBackgroundColorDialog"));
     dialog->setOption(QColorDialog::DontUseNativeDialog);
     dialog->setOption(QColorDialog::ShowAlphaChannel);

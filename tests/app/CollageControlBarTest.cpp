@@ -74,15 +74,21 @@ TEST_F(CollageControlBarTest, EachFrameStyleIsDrawn)
             EXPECT_NE(edge(shots[a]), edge(shots[b])) << "styles " << a << " and " << b;
 }
 
-// The colour well opens Qt's colour dialog on the window; the chosen colour fills the
-// collage behind the tiles, and Clear takes it away.
+// The colour well opens Qt's colour dialog on the window, opaque even from the clear colour;
+// a colour picked by its red, green and blue alone fills the collage behind the tiles, and
+// Clear takes it away.
 TEST_F(CollageControlBarTest, BackgroundColourWellAndClear)
 {
+    ASSERT_EQ(view->tessaryBackgroundColor().alpha(), 0);
     bar->backgroundColorWell()->click();
     auto *dialog = window->findChild<QColorDialog *>(QStringLiteral("tessaryBackgroundColorDialog"));
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(dialog->windowModality(), Qt::WindowModal);
-    dialog->setCurrentColor(QColor(200, 30, 40));
+    EXPECT_EQ(dialog->currentColor().alpha(), 255);
+    // As a person types into the red, green and blue fields, leaving alpha alone.
+    QColor picked = dialog->currentColor();
+    picked.setRgb(200, 30, 40, picked.alpha());
+    dialog->setCurrentColor(picked);
     dialog->accept();
     EXPECT_EQ(view->tessaryBackgroundColor(), QColor(200, 30, 40));
     const QImage document = view->documentView()->grab().toImage();
