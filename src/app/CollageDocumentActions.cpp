@@ -67,10 +67,12 @@ CollageDocumentActions::CollageDocumentActions(MainWindow &window, ImageBrowserC
     , m_defaults(defaults)
     , m_alerts(alerts)
 {
+    if (QAction *a = window.action(QStringLiteral("saveCollage")))
+        connect(a, &QAction::triggered, this, &CollageDocumentActions::saveCurrentCollage);
     if (QAction *a = window.action(QStringLiteral("saveCollageAs")))
         connect(a, &QAction::triggered, this, &CollageDocumentActions::saveCollageAs);
     if (QAction *a = window.action(QStringLiteral("openCollage")))
-        connect(a, &QAction::triggered, this, &CollageDocumentActions::chooseCollageToOpen);
+        connect(a, &QAction::triggered, this, [this] { askToSaveChanges([this] { chooseCollageToOpen(); }); });
     m_recentMenu = window.findChild<QMenu *>(QStringLiteral("openRecentMenu"));
     rebuildRecentMenu();
 
@@ -80,6 +82,13 @@ CollageDocumentActions::CollageDocumentActions(MainWindow &window, ImageBrowserC
     connect(&view, &TessaryView::layoutChanged, this, &CollageDocumentActions::collageChanged);
     connect(&view, &TessaryView::jumbledChanged, this, &CollageDocumentActions::collageChanged);
     connect(&view, &TessaryView::tessaryBackgroundColorChanged, this, &CollageDocumentActions::collageChanged);
+    // The controls count even while a jumbled collage is not laid out again.
+    connect(&view, &TessaryView::coordinateTransformChanged, this, &CollageDocumentActions::collageChanged);
+    CollageControlBar &bar = window.controlBar();
+    for (QComboBox *popUp : {bar.spacingTypePopUp(), bar.imageFrameStylePopUp()})
+        connect(popUp, &QComboBox::currentIndexChanged, this, &CollageDocumentActions::collageChanged);
+    for (QSpinBox *spacing : {bar.widthSpacing(), bar.heightSpacing()})
+        connect(spacing, &QSpinBox::valueChanged, this, &CollageDocumentActions::collageChanged);
     connect(&window.templateTabView(), &TemplateTabView::templateChosen, this, &CollageDocumentActions::collageChanged);
 }
 
@@ -204,35 +213,31 @@ void CollageDocumentActions::apply(const CollageDocument &doc)
 
 void CollageDocumentActions::becomeCurrent(const QString &path)
 {
-    m_path = QFileInfo(path).absoluteFilePath();
-    m_baseline = currentCollage().toPropertyList(QFileInfo(m_path).absolutePath());
-    m_modified = false;
-    addRecent(m_path);
+    m_tracker.becomeCurrent(path, currentCollage());
+    addRecent(m_tracker.path());
     updateTitle();
     emit documentStateChanged();
 }
 
 void CollageDocumentActions::collageChanged()
 {
-    if (m_applying || m_path.isEmpty())
+    if (m_applying || !m_tracker.hasDocument())
         return;
-    const bool modified = currentCollage().toPropertyList(QFileInfo(m_path).absolutePath()) != m_baseline;
-    if (modified == m_modified)
+    if (!m_tracker.update(currentCollage()))
         return;
-    m_modified = modified;
     updateTitle();
     emit documentStateChanged();
 }
 
 void CollageDocumentActions::updateTitle()
 {
-    if (m_path.isEmpty()) {
+    if (!m_tracker.hasDocument()) {
         m_window.setWindowTitle(QStringLiteral("Tessary"));
         m_window.setWindowModified(false);
         return;
     }
-    m_window.setWindowTitle(QStringLiteral("%1[*] — Tessary").arg(QFileInfo(m_path).completeBaseName()));
-    m_window.setWindowModified(m_modified);
+    m_window.setWindowTitle(QStringLiteral("%1[*] — Tessary").arg(QFileInfo(m_tracker.path()).completeBaseName()));
+    m_window.setWindowModified(m_tracker.isModified());
 }
 
 QStringList CollageDocumentActions::recentDocuments() const
@@ -267,7 +272,7 @@ void CollageDocumentActions::rebuildRecentMenu()
         QAction *a = m_recentMenu->addAction(QFileInfo(path).fileName());
         a->setToolTip(path);
         a->setData(path);
-        connect(a, &QAction::triggered, this, [this, path] { openCollage(path); });
+        connect(a, &QAction::triggered, this, [this, path] { openCollageAskingFirst(path); });
     }
     m_recentMenu->setEnabled(!recent.isEmpty());
 }
@@ -277,8 +282,8 @@ void CollageDocumentActions::saveCollageAs()
     QFileDialog *dialog = makeDialog(&m_window, tr("Save Collage As"));
     dialog->setAcceptMode(QFileDialog::AcceptSave);
     dialog->setDefaultSuffix(CollageDocument::kFileSuffix);
-    if (!m_path.isEmpty())
-        dialog->selectFile(m_path);
+    if (m_tracker.hasDocument())
+        dialog->selectFile(m_tracker.path());
     else
         dialog->selectFile(tr("Collage.tessary"));
     connect(dialog, &QFileDialog::fileSelected, this, [this](const QString &file) { saveCollage(file); });
@@ -292,4 +297,45 @@ void CollageDocumentActions::chooseCollageToOpen()
     dialog->setFileMode(QFileDialog::ExistingFile);
     connect(dialog, &QFileDialog::fileSelected, this, [this](const QString &file) { openCollage(file); });
     dialog->open();
+}
+
+void CollageDocumentActions::saveCurrentCollage()
+{
+    if (m_tracker.hasDocument())
+        saveCollage(m_tracker.path());
+    else
+        saveCollageAs();
+}
+
+void CollageDocumentActions::openCollageAskingFirst(const QString &path)
+{
+    askToSaveChanges([this, path] { openCollage(path); });
+}
+
+void CollageDocumentActions::askToSaveChanges(const std::function<void()> &then)
+{
+    // The collage may have changed since the last signal (a photo's alignment, say).
+    collageChanged();
+    if (!m_tracker.isModified()) {
+        then();
+        return;
+    }
+    if (m_asking)
+        return; // the question is already on the window
+    m_asking = true;
+    AlertPresenter::Alert alert;
+    alert.messageText = tr("Do you want to save the changes to the collage “%1”?")
+                            .arg(QFileInfo(m_tracker.path()).completeBaseName());
+    alert.informativeText = tr("Your changes will be lost if you don't save them.");
+    alert.defaultButton = tr("Save");
+    alert.alternateButton = tr("Cancel");
+    alert.otherButton = tr("Don't Save");
+    m_alerts.presentAlert(alert, [this, then](int response) {
+        m_asking = false;
+        if (response == AlertPresenter::AlternateButton)
+            return;
+        if (response == AlertPresenter::DefaultButton && !saveCollage(m_tracker.path()))
+            return;
+        then();
+    });
 }

@@ -1,10 +1,13 @@
 #pragma once
 
 #include "model/CollageDocument.h"
+#include "model/CollageDocumentTracker.h"
 
 #include <QObject>
 #include <QString>
 #include <QStringList>
+
+#include <functional>
 
 class AlertPresenter;
 class ImageBrowserController;
@@ -12,11 +15,13 @@ class MainWindow;
 class QMenu;
 class UserDefaults;
 
-// File > Save Collage As…, Open Collage… and Open Recent: keeps the main window's whole collage
+// File > Save Collage, Save Collage As…, Open Collage… and Open Recent: keeps the main window's whole collage
 // in a ".tessary" document and brings one back as the current collage. The values are read from
 // and set through the panels that hold them (the collage view and its control bar, the photo
 // list, the template values in the store), so opening a document is the same as making those
-// changes by hand. The window title names the current document and marks unsaved changes.
+// changes by hand. The window title names the current document and marks unsaved changes;
+// before the collage with unsaved changes is replaced or the program quits, the person is
+// asked whether to save them.
 class CollageDocumentActions : public QObject
 {
     Q_OBJECT
@@ -40,9 +45,17 @@ public:
     // The dialogs (Qt's own, window-modal, never waited on).
     void saveCollageAs();
     void chooseCollageToOpen();
+    // Saves the open document where it is; Save As when there is none.
+    void saveCurrentCollage();
+    // Opens the document once the current collage's unsaved changes are dealt with.
+    void openCollageAskingFirst(const QString &path);
+    // Runs then at once when nothing is unsaved; otherwise asks "Save", "Don't Save" or
+    // "Cancel" on the window and runs it after a successful save or on "Don't Save". Cancel,
+    // or a save that failed, runs nothing.
+    void askToSaveChanges(const std::function<void()> &then);
 
-    QString documentPath() const { return m_path; }
-    bool isModified() const { return m_modified; }
+    QString documentPath() const { return m_tracker.path(); }
+    bool isModified() const { return m_tracker.isModified(); }
     QStringList recentDocuments() const;
 
 signals:
@@ -62,9 +75,7 @@ private:
     UserDefaults &m_defaults;
     AlertPresenter &m_alerts;
     QMenu *m_recentMenu = nullptr;
-    QString m_path;
-    // The collage as last saved or opened, to tell whether it changed since.
-    QVariantMap m_baseline;
-    bool m_modified = false;
+    CollageDocumentTracker m_tracker;
     bool m_applying = false;
+    bool m_asking = false;
 };

@@ -22,6 +22,7 @@
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QPointer>
+#include <QSignalSpy>
 #include <QSpinBox>
 #include <QTest>
 
@@ -277,6 +278,11 @@ TEST_F(CollageDocumentWindowTest, TheMenuItemsUseTheFileDialogs)
 
     changeCollage();
     window.action(QStringLiteral("openCollage"))->trigger();
+    QMessageBox *question = waitForDialog<QMessageBox>();
+    ASSERT_NE(question, nullptr) << "the changes come first";
+    for (QAbstractButton *b : question->buttons())
+        if (b->text() == QStringLiteral("Don't Save"))
+            b->click();
     QFileDialog *open = waitForDialog<QFileDialog>();
     ASSERT_NE(open, nullptr);
     open->setDirectory(album);
@@ -284,6 +290,76 @@ TEST_F(CollageDocumentWindowTest, TheMenuItemsUseTheFileDialogs)
     QTest::keyClick(open, Qt::Key_Return);
     ASSERT_TRUE(QTest::qWaitFor([&] { return browser().images() == photos; }, 5000));
     EXPECT_TRUE(view().isJumbled());
+}
+
+// File > Save Collage saves the open document where it is (Save As without one). With unsaved
+// changes, quitting and opening another document ask first: Cancel keeps all as it is, Save
+// writes the document and goes on, Don't Save goes on and writes nothing.
+TEST_F(CollageDocumentWindowTest, SaveCollageAndTheUnsavedQuestion)
+{
+    MainWindow &window = controller->mainWindow();
+    window.action(QStringLiteral("saveCollage"))->trigger();
+    QFileDialog *saveAs = waitForDialog<QFileDialog>();
+    ASSERT_NE(saveAs, nullptr) << "no document yet: Save As";
+    saveAs->reject();
+
+    makeCollage();
+    view().unjumble(); // the transform relays the collage out
+    const QString other = QDir(album).filePath(QStringLiteral("other.tessary"));
+    const QString first = QDir(album).filePath(QStringLiteral("first.tessary"));
+    ASSERT_TRUE(documents().saveCollage(other));
+    ASSERT_TRUE(documents().saveCollage(first));
+    const auto storedTransform = [&first] { return CollageDocument::read(first).document->coordinateTransform; };
+    view().setCoordinateTransform(1);
+    ASSERT_TRUE(window.isWindowModified());
+    window.action(QStringLiteral("saveCollage"))->trigger();
+    EXPECT_FALSE(window.isWindowModified());
+    EXPECT_EQ(storedTransform(), 1);
+
+    QSignalSpy closing(&window, &MainWindow::closing);
+    const struct {
+        const char *name;
+        bool quit; // else Open Recent: "other"
+        const char *answer;
+        int storedTransform;
+        bool wentOn;
+    } cases[] = {
+        {"open, Cancel", false, "Cancel", 1, false},
+        {"open, Don't Save", false, "Don't Save", 1, true},
+        {"open, Save", false, "Save", 4, true},
+        {"quit, Cancel", true, "Cancel", 1, false},
+        {"quit, Save", true, "Save", 4, true},
+    };
+    for (const auto &c : cases) {
+        if (documents().documentPath() != first) {
+            ASSERT_TRUE(documents().openCollage(first)) << c.name;
+        }
+        view().setCoordinateTransform(1);
+        ASSERT_TRUE(documents().saveCollage(first));
+        view().setCoordinateTransform(4);
+        closing.clear();
+        if (c.quit)
+            window.action(QStringLiteral("quit"))->trigger();
+        else
+            window.findChild<QMenu *>(QStringLiteral("openRecentMenu"))->actions().at(1)->trigger();
+        QMessageBox *box = waitForDialog<QMessageBox>();
+        ASSERT_NE(box, nullptr) << c.name;
+        EXPECT_EQ(box->text(), QStringLiteral("Do you want to save the changes to the collage “first”?")) << c.name;
+        EXPECT_EQ(box->windowModality(), Qt::WindowModal) << c.name;
+        QAbstractButton *answer = nullptr;
+        for (QAbstractButton *b : box->buttons())
+            if (b->text() == QString::fromUtf8(c.answer))
+                answer = b;
+        ASSERT_NE(answer, nullptr) << c.name;
+        answer->click();
+        QTest::qWait(20);
+        EXPECT_EQ(storedTransform(), c.storedTransform) << c.name;
+        if (c.quit) {
+            EXPECT_EQ(closing.count(), c.wentOn ? 1 : 0) << c.name;
+        } else {
+            EXPECT_EQ(documents().documentPath(), c.wentOn ? other : first) << c.name;
+        }
+    }
 }
 
 // Files opened with Tessary: photos join the photo list, a templates file is imported into My
@@ -304,8 +380,13 @@ TEST_F(CollageDocumentWindowTest, OpenWithSortsPhotosTemplatesAndCollages)
     const QString file = QDir(album).filePath(QStringLiteral("opened.tessary"));
     ASSERT_TRUE(documents().saveCollage(file));
     changeCollage();
-    controller->openFiles({file});
-    EXPECT_EQ(browser().images(), photos);
+    controller->openFiles({file}); // asks first about the changes
+    QMessageBox *question = waitForDialog<QMessageBox>();
+    ASSERT_NE(question, nullptr);
+    for (QAbstractButton *b : question->buttons())
+        if (b->text() == QStringLiteral("Don't Save"))
+            b->click();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return browser().images() == photos; }, 5000));
     EXPECT_EQ(controller->mainWindow().windowTitle(), QStringLiteral("opened[*] — Tessary"));
 }
 
