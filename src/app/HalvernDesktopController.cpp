@@ -21,6 +21,7 @@
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "images/ImageBrowserController.h"
+#include "templates/MainWindowState.h"
 #include "templates/TemplateStore.h"
 #include "widgets/CollageControlBar.h"
 #include "widgets/DelayedPopupMenuButton.h"
@@ -77,6 +78,16 @@ void HalvernDesktopController::awakeFromNib()
     connect(m_welcomeWindow, &WelcomeSheet::visitWebsiteRequested, this, &HalvernDesktopController::goToWebsite);
     m_preferencesWindow = new PreferencesWindow(m_defaults, m_resourcesFolder, window);
     m_collageDocuments = new CollageDocumentActions(*window, *m_imageBrowserController, m_defaults, m_alerts, this);
+    // Closing the window (and so quitting) asks first about a document's unsaved changes.
+    window->setCloseGuard([this] {
+        if (m_closeAnswered || !m_collageDocuments->isModified())
+            return true;
+        m_collageDocuments->askToSaveChanges([this] {
+            m_closeAnswered = true;
+            m_mainWindow->close();
+        });
+        return false;
+    });
 
     // A template change that could not be stored is said on the window, as the photo list's is.
     connect(&m_mainWindow->tessaryView().templateStore(), &TemplateStore::writeFailed, this,
@@ -161,7 +172,7 @@ void HalvernDesktopController::openFiles(const QStringList &files)
 {
     const OpenedFiles sorted = OpenedFiles::sort(files);
     if (!sorted.collages.isEmpty())
-        m_collageDocuments->openCollage(sorted.collages.first());
+        m_collageDocuments->openCollageAskingFirst(sorted.collages.first());
     if (!sorted.templateFiles.isEmpty()) {
         QStringList skipped;
         m_mainWindow->templateActions().editor().importTemplateFiles(sorted.templateFiles, false, &skipped);
@@ -178,15 +189,23 @@ void HalvernDesktopController::openFiles(const QStringList &files)
 void HalvernDesktopController::applicationWillFinishLaunching()
 {
     Preferences prefs(m_defaults);
-    m_mainWindow->show();
-    m_mainWindow->raise();
-    if (prefs.markPresent(Preferences::FirstRun)) {
-        if (QScreen *screen = m_mainWindow->screen()) {
-            QRect frame = m_mainWindow->frameGeometry();
-            frame.moveCenter(screen->availableGeometry().center());
-            m_mainWindow->move(frame.topLeft());
-        }
+    prefs.markPresent(Preferences::FirstRun);
+    // Where the window was left, when that is still on a screen; centred at its preferred size
+    // (within the screen) otherwise, the first start included.
+    QList<QRect> screens;
+    if (QScreen *primary = QGuiApplication::primaryScreen())
+        screens.append(primary->availableGeometry());
+    for (QScreen *screen : QGuiApplication::screens()) {
+        if (screen != QGuiApplication::primaryScreen())
+            screens.append(screen->availableGeometry());
     }
+    const MainWindowState state(m_defaults);
+    m_mainWindow->setGeometry(state.windowFrame(screens, MainWindow::kPreferredSize, m_mainWindow->minimumSizeHint()));
+    if (state.windowMaximized())
+        m_mainWindow->showMaximized();
+    else
+        m_mainWindow->show();
+    m_mainWindow->raise();
     if (m_defaults.isReadOnly()) {
         // Everything can be looked at, nothing is kept: say so once, before any change is lost.
         doAlert(QStringLiteral("Changes cannot be saved."),
@@ -201,7 +220,12 @@ void HalvernDesktopController::applicationDidFinishLaunching()
 {
     qCInfo(lcTessary, "documentsPath = %s", qUtf8Printable(Paths::documentsFolder()));
     m_imageBrowserController->setInitialSelection();
-    m_mainWindow->templateTabView().setFirstTemplate();
+    // The tab left in front: bringing "My Templates" forward applies its saved row.
+    TemplateTabView &tabs = m_mainWindow->templateTabView();
+    if (MainWindowState(m_defaults).collage(m_mainWindow->tessaryView().templateSelection()).tab == TemplateTable::User)
+        tabs.setCurrentTable(TemplateTable::User);
+    else
+        tabs.setFirstTemplate();
 }
 
 void HalvernDesktopController::showPreferences()
@@ -261,6 +285,7 @@ void HalvernDesktopController::applicationWillTerminate()
     m_terminated = true;
     Preferences prefs(m_defaults);
     prefs.setTessaryBackgroundColor(m_mainWindow->tessaryView().tessaryBackgroundColor());
+    MainWindowState(m_defaults).setWindowFrame(m_mainWindow->normalGeometry(), m_mainWindow->isMaximized());
     closeNoSave();
     m_imageBrowserController->appWillTerminate();
     m_mainWindow->tessaryView().saveImageCacheToUserDefaults();
@@ -383,7 +408,8 @@ void HalvernDesktopController::connectActions()
         if (QAction *a = w.action(QString::fromLatin1(name)))
             connect(a, &QAction::triggered, this, slot);
     };
-    on("quit", [] { QApplication::quit(); });
+    // Quitting closes the main window, which asks first about unsaved changes.
+    on("quit", [this] { m_mainWindow->close(); });
     on("loadSampleFlowers", [this] { loadFlowerImages(); });
     on("loadFactoryPhotos", [this] { m_imageBrowserController->loadFactoryImages(); });
     ImageBrowserPanel &browser = w.imageBrowserPanel();

@@ -148,6 +148,8 @@ private:
     // first, before the photo list it edits.
     std::unique_ptr<ImageEditorWindow> m_editorWindow;
     bool m_terminated = false;
+    // The unsaved-changes question was answered: the window may close.
+    bool m_closeAnswered = false;
     // Cleared when a result is shown and when a save completes.
     bool m_stitchInProgress = false;
     ResultWindow *m_resultWindow = nullptr;

@@ -2,6 +2,7 @@
 
 #include "app/MessageBoxAlertPresenter.h"
 #include "images/ImageBrowserController.h"
+#include "templates/MainWindowState.h"
 #include "widgets/CollageControlBar.h"
 #include "widgets/ImageBrowserPanel.h"
 #include "widgets/TemplateActions.h"
@@ -11,6 +12,8 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QComboBox>
+#include <QTabWidget>
 #include <QMenuBar>
 #include <QSplitter>
 #include <QStatusBar>
@@ -28,7 +31,6 @@ MainWindow::MainWindow(UserDefaults &defaults, ImageBrowserController &browser, 
     m_tessaryView = new TessaryView(defaults, browser, alerts, resourcesFolder);
     m_browserPanel = new ImageBrowserPanel(browser, m_tessaryView->imageCacheLoader(), defaults);
     m_templateTabs = new TemplateTabView(m_tessaryView->templateStore(), m_tessaryView->templateSelection(), defaults);
-    m_templateTabs->setMinimumWidth(270); // both tab titles whole
     m_controlBar = new CollageControlBar(*m_tessaryView, defaults);
     m_templateActions = new TemplateActions(m_tessaryView->templateStore(), defaults, alerts, this);
     m_templateTabs->setTemplateActions(*m_templateActions);
@@ -47,7 +49,9 @@ MainWindow::MainWindow(UserDefaults &defaults, ImageBrowserController &browser, 
     splitter->setStretchFactor(1, 1);
     splitter->setStretchFactor(2, 0);
     splitter->setChildrenCollapsible(false);
-    splitter->setSizes({380, 700, 280});
+    // The collage takes what the side panels leave; at the smallest width (half of a 1920
+    // screen) each panel is at its own minimum.
+    splitter->setSizes({330, 700, 250});
     setCentralWidget(splitter);
 
     browser.setCollageReloader([this] { m_tessaryView->reloadData(); });
@@ -74,7 +78,32 @@ MainWindow::MainWindow(UserDefaults &defaults, ImageBrowserController &browser, 
     };
     jumbledActions(m_tessaryView->isJumbled());
     connect(m_tessaryView, &TessaryView::jumbledChanged, this, jumbledActions);
-    resize(1280, 800);
+    restoreCollageControls();
+    resize(kPreferredSize);
+}
+
+void MainWindow::restoreCollageControls()
+{
+    const MainWindowState saved(m_defaults);
+    const MainWindowState::Collage collage = saved.collage(m_tessaryView->templateSelection());
+    {
+        const QSignalBlocker spacing(m_controlBar->spacingTypePopUp());
+        const QSignalBlocker frameStyle(m_controlBar->imageFrameStylePopUp());
+        m_controlBar->spacingTypePopUp()->setCurrentIndex(collage.spacingType);
+        m_controlBar->imageFrameStylePopUp()->setCurrentIndex(collage.imageFrameStyle);
+    }
+    m_tessaryView->restoreControls(collage.coordinateTransform, collage.spacingType, collage.imageFrameStyle);
+    // The tab is brought back at launch, where its row is applied.
+
+    UserDefaults &defaults = m_defaults;
+    connect(m_controlBar->spacingTypePopUp(), &QComboBox::currentIndexChanged, this,
+            [&defaults](int type) { MainWindowState(defaults).setSpacingType(type); });
+    connect(m_controlBar->imageFrameStylePopUp(), &QComboBox::currentIndexChanged, this,
+            [&defaults](int style) { MainWindowState(defaults).setImageFrameStyle(style); });
+    connect(m_tessaryView, &TessaryView::coordinateTransformChanged, this,
+            [&defaults](int transform) { MainWindowState(defaults).setCoordinateTransform(transform); });
+    connect(m_templateTabs->tabWidget(), &QTabWidget::currentChanged, this,
+            [this] { MainWindowState(m_defaults).setTemplateTab(m_templateTabs->currentTable()); });
 }
 
 MainWindow::~MainWindow() = default;
@@ -103,6 +132,7 @@ void MainWindow::buildMenus()
     file->addSeparator();
     add(file, "openCollage", tr("Open Collage…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
     file->addMenu(tr("Open Recent"))->setObjectName(QStringLiteral("openRecentMenu"));
+    add(file, "saveCollage", tr("Save Collage"), QKeySequence::Save);
     add(file, "saveCollageAs", tr("Save Collage As…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
     file->addSeparator();
     add(file, "quit", tr("Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q))->setMenuRole(QAction::QuitRole);
@@ -136,6 +166,10 @@ void MainWindow::buildMenus()
 
 void MainWindow::closeEvent(QCloseEvent *event)
 {
+    if (m_closeGuard && !m_closeGuard()) {
+        event->ignore();
+        return;
+    }
     emit closing();
     event->accept();
 }

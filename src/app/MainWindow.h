@@ -2,6 +2,8 @@
 
 #include <QMainWindow>
 
+#include <functional>
+
 class CollageControlBar;
 class ImageBrowserController;
 class ImageBrowserPanel;
@@ -37,6 +39,13 @@ public:
     // and for tests.
     QAction *action(const QString &name) const;
 
+    // The size the window opens at when nothing fits better (a large screen's first start).
+    static constexpr QSize kPreferredSize{1280, 800};
+
+    // Asked before the window closes: true lets it close now; false keeps it open (the guard
+    // asks the person and closes the window again once answered).
+    void setCloseGuard(std::function<bool()> guard) { m_closeGuard = std::move(guard); }
+
 signals:
     // The window is closing: the application saves and quits.
     void closing();
@@ -46,6 +55,9 @@ protected:
 
 private:
     void buildMenus();
+    // The transform, spacing type, frame style and template tab as last left, and each kept as
+    // it changes.
+    void restoreCollageControls();
 
     UserDefaults &m_defaults;
     ImageBrowserController &m_browser;
@@ -55,4 +67,5 @@ private:
     CollageControlBar *m_controlBar;
     TemplateActions *m_templateActions;
     TilingProgressIndicator *m_tilingProgress;
+    std::function<bool()> m_closeGuard;
 };

@@ -394,6 +394,18 @@ void TessaryView::setImageFrameStyle(int index)
     reloadData();
 }
 
+void TessaryView::restoreControls(int transform, int spacingType, int imageFrameStyle)
+{
+    d->coordinateTransform = transform;
+    d->engine.setCoordinateTransform(transform);
+    d->spacingType = spacingType;
+    d->engine.setSpacingType(spacingType);
+    d->imageFrameStyle = imageFrameStyle;
+    d->engine.setImageFrameStyle(imageFrameStyle);
+    if (CoordinateTransform::isValid(transform))
+        emit coordinateTransformChanged(transform, CoordinateTransform::name(transform));
+}
+
 void TessaryView::swapDataViewTagged(qint64 a, qint64 b)
 {
     d->delegate.exchangeItem(a, b);

@@ -93,6 +93,8 @@ public slots:
     void setCoordinateTransform(int transform);
     void setSpacingType(int index);
     void setImageFrameStyle(int index);
+    // The three controls as a start brings them back, before anything is laid out (no relayout).
+    void restoreControls(int transform, int spacingType, int imageFrameStyle);
     // Scatters the tiles (from any state), swaps scattered and previous places, and ends the
     // jumble by choosing the current template row again.
     void jumble();

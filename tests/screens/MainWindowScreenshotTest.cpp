@@ -32,9 +32,9 @@ protected:
         QDesktopServices::setUrlHandler(QStringLiteral("https"), &m_links, "open");
         QDesktopServices::setUrlHandler(QStringLiteral("file"), &m_links, "open");
         controller = std::make_unique<HalvernDesktopController>(*defaults, Paths::resourcesFolder());
-        controller->mainWindow().resize(1400, 900);
         controller->launch();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(&controller->mainWindow(), 10000));
+        controller->mainWindow().resize(1400, 900);
         ASSERT_TRUE(waitForTiles());
     }
     void TearDown() override
@@ -172,6 +172,21 @@ TEST_F(MainWindowScreenshotTest, TurnedAndJumbled)
     grab = grabMainWindow();
     save(grab, "main-window-jumbled");
     EXPECT_GE(checkTileCentres(grab), 1);
+}
+
+// On a 1024 x 640 screen the whole window is on screen, the control bar wrapped under the
+// collage, every photo in its tile.
+TEST_F(MainWindowScreenshotTest, SmallScreen)
+{
+    if (QWidget *sheet = controller->mainWindow().findChild<WelcomeSheet *>())
+        sheet->close();
+    MainWindow &w = controller->mainWindow();
+    w.resize(1024, 640);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return w.size() == QSize(1024, 640); }, 5000));
+    ASSERT_TRUE(waitForTiles());
+    const QImage grab = grabMainWindow();
+    save(grab, "main-window-1024x640");
+    EXPECT_GE(checkTileCentres(grab), 49);
 }
 
 TEST_F(MainWindowScreenshotTest, PreferencesWindow)
