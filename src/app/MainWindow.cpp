@@ -13,6 +13,7 @@
 #include <QAction>
 #include <QCloseEvent>
 #include <QComboBox>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QMenuBar>
 #include <QSplitter>
@@ -31,6 +32,9 @@ MainWindow::MainWindow(UserDefaults &defaults, ImageBrowserController &browser, 
     m_tessaryView = new TessaryView(defaults, browser, alerts, resourcesFolder);
     m_browserPanel = new ImageBrowserPanel(browser, m_tessaryView->imageCacheLoader(), defaults);
     m_templateTabs = new TemplateTabView(m_tessaryView->templateStore(), m_tessaryView->templateSelection(), defaults);
+    // Both tab titles whole, however narrow the panel is dragged.
+    m_templateTabs->setMinimumWidth(
+        std::max(m_templateTabs->minimumWidth(), m_templateTabs->tabWidget()->tabBar()->sizeHint().width() + 8));
     m_controlBar = new CollageControlBar(*m_tessaryView, defaults);
     m_templateActions = new TemplateActions(m_tessaryView->templateStore(), defaults, alerts, this);
     m_templateTabs->setTemplateActions(*m_templateActions);
