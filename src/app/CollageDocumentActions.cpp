@@ -10,6 +10,7 @@
 #include "model/LayoutEngine.h"
 #include "templates/TemplateStore.h"
 #include "widgets/CollageControlBar.h"
+#include "widgets/SaveFileDialog.h"
 #include "widgets/TemplateTabView.h"
 #include "widgets/TessaryView.h"
 
@@ -279,14 +280,18 @@ void CollageDocumentActions::rebuildRecentMenu()
 
 void CollageDocumentActions::saveCollageAs()
 {
-    QFileDialog *dialog = makeDialog(&m_window, tr("Save Collage As"));
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
+    // Asks before replacing, about the name with the suffix Qt adds.
+    auto *dialog = new SaveFileDialog(&m_window, tr("Save Collage As"));
+    dialog->setObjectName(QStringLiteral("collageDocumentDialog"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setNameFilter(kNameFilter);
+    dialog->setDirectory(Paths::documentsFolder());
     dialog->setDefaultSuffix(CollageDocument::kFileSuffix);
     if (m_tracker.hasDocument())
         dialog->selectFile(m_tracker.path());
     else
         dialog->selectFile(tr("Collage.tessary"));
-    connect(dialog, &QFileDialog::fileSelected, this, [this](const QString &file) { saveCollage(file); });
+    connect(dialog, &SaveFileDialog::targetChosen, this, [this](const QString &file) { saveCollage(file); });
     dialog->open();
 }
 

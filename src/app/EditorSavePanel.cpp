@@ -2,6 +2,7 @@
 
 #include "images/EditedImageWriter.h"
 #include "images/JpegQuality.h"
+#include "images/ResultFormat.h"
 
 #include <QFileInfo>
 #include <QGridLayout>
@@ -10,39 +11,17 @@
 #include <QLineEdit>
 #include <QSlider>
 
-namespace {
-
-QString formatTitle(const QByteArray &format)
-{
-    if (format == "jpeg")
-        return QStringLiteral("JPEG");
-    if (format == "webp")
-        return QStringLiteral("WebP");
-    return QString::fromLatin1(format).toUpper();
-}
-
-} // namespace
-
 QString EditorSavePanel::nameFilter(const QByteArray &format)
 {
-    QString patterns = QStringLiteral("*.") + EditedImageWriter::suffixForFormat(format);
-    if (format == "jpeg")
-        patterns = QStringLiteral("*.jpg *.jpeg");
-    else if (format == "tiff")
-        patterns = QStringLiteral("*.tif *.tiff");
-    return QStringLiteral("%1 (%2)").arg(formatTitle(format), patterns);
+    return ResultFormat::nameFilter(format);
 }
 
 EditorSavePanel::EditorSavePanel(const QString &representedPath, const QByteArray &sourceFormat, int sourceQuality,
                                  QWidget *parent)
-    : QFileDialog(parent, tr("Save Edited Photo"))
+    : SaveFileDialog(parent, tr("Save Edited Photo"))
     , m_formats(EditedImageWriter::saveFormats())
 {
     setObjectName(QStringLiteral("savePanel"));
-    setOption(QFileDialog::DontUseNativeDialog);
-    setAcceptMode(QFileDialog::AcceptSave);
-    setFileMode(QFileDialog::AnyFile);
-    setWindowModality(Qt::WindowModal);
 
     for (const QByteArray &f : std::as_const(m_formats))
         m_filters.append(nameFilter(f));
@@ -75,7 +54,7 @@ EditorSavePanel::EditorSavePanel(const QString &representedPath, const QByteArra
     }
     filterChanged(selectedNameFilter());
     connect(this, &QFileDialog::filterSelected, this, &EditorSavePanel::filterChanged);
-    connect(this, &QDialog::finished, this, &EditorSavePanel::answered);
+    connect(this, &SaveFileDialog::targetChosen, this, &EditorSavePanel::answered);
 }
 
 QByteArray EditorSavePanel::formatOfFilter(const QString &filter) const
@@ -87,26 +66,23 @@ QByteArray EditorSavePanel::formatOfFilter(const QString &filter) const
 void EditorSavePanel::filterChanged(const QString &filter)
 {
     const QByteArray format = formatOfFilter(filter);
-    const bool hasQuality = EditedImageWriter::hasQuality(format);
+    const bool hasQuality = ResultFormat::hasQuality(format);
     m_qualityLabel->setVisible(hasQuality);
     m_qualityRow->setVisible(hasQuality);
     // The name follows the format chosen.
     if (auto *name = findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))) {
-        const QFileInfo typed(name->text());
-        if (!typed.completeBaseName().isEmpty() && EditedImageWriter::formatForSuffix(typed.suffix()) != format)
-            name->setText(typed.completeBaseName() + QLatin1Char('.') + EditedImageWriter::suffixForFormat(format));
+        if (!QFileInfo(name->text()).completeBaseName().isEmpty())
+            name->setText(ResultFormat::withSuffix(name->text(), format));
     }
 }
 
-void EditorSavePanel::answered(int result)
+QString EditorSavePanel::targetFor(const QString &typed)
 {
-    if (result != QDialog::Accepted || selectedFiles().isEmpty())
-        return;
-    QString path = selectedFiles().constFirst();
-    QByteArray format = EditedImageWriter::formatForSuffix(QFileInfo(path).suffix());
-    if (format.isEmpty()) {
-        format = formatOfFilter(selectedNameFilter());
-        path += QLatin1Char('.') + EditedImageWriter::suffixForFormat(format);
-    }
-    emit saveRequested(path, format, EditedImageWriter::hasQuality(format) ? m_quality->value() : -1);
+    return ResultFormat::saveTarget(typed, formatOfFilter(selectedNameFilter())).path;
+}
+
+void EditorSavePanel::answered(const QString &path)
+{
+    const QByteArray format = ResultFormat::formatForSuffix(QFileInfo(path).suffix());
+    emit saveRequested(path, format, ResultFormat::hasQuality(format) ? m_quality->value() : -1);
 }

@@ -1,15 +1,17 @@
 #pragma once
 
+#include "widgets/SaveFileDialog.h"
+
 #include <QByteArray>
-#include <QFileDialog>
 
 class QSlider;
 
 // The image editor's save dialog: Qt's own file dialog, window-modal, proposing the edited
 // file's name in its folder, with the formats the editor writes and, for JPEG and WebP, a
 // quality slider. Format and quality start as the source file's. When accepted it tells the
-// path, the format (from the name's extension, else the chosen filter) and the quality.
-class EditorSavePanel : public QFileDialog
+// path, the format (from the name's extension, else the chosen filter, whose extension is then
+// added) and the quality; an existing file at that path is replaced only after asking.
+class EditorSavePanel : public SaveFileDialog
 {
     Q_OBJECT
 public:
@@ -26,9 +28,12 @@ signals:
     // The user chose where to save; quality is -1 for formats without one.
     void saveRequested(const QString &path, const QByteArray &format, int quality);
 
+protected:
+    QString targetFor(const QString &typed) override;
+
 private:
     void filterChanged(const QString &filter);
-    void answered(int result);
+    void answered(const QString &path);
 
     QList<QByteArray> m_formats;
     QStringList m_filters;

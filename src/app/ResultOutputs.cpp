@@ -5,6 +5,7 @@
 #include "app/ResultWindow.h"
 #include "foundation/AtomicFileWriter.h"
 #include "foundation/Log.h"
+#include "foundation/MimeHandlers.h"
 #include "foundation/Preferences.h"
 #include "images/ImageBrowserController.h"
 #include "images/ResultFormat.h"
@@ -13,10 +14,12 @@
 #include <QClipboard>
 #include <QDesktopServices>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QFutureWatcher>
 #include <QGuiApplication>
 #include <QMimeData>
+#include <QMimeDatabase>
 #include <QPromise>
 #include <QStatusBar>
 #include <QtConcurrent/QtConcurrentRun>
@@ -30,9 +33,13 @@ ResultOutputs::ResultOutputs(ResultWindow &window, ImageBrowserController &brows
     , m_sound(sound)
     , m_defaultImage(defaultImage)
     , m_temporaryFolder(QDir::tempPath())
-    , m_opener([](const QUrl &url) { return QDesktopServices::openUrl(url); })
+    , m_opener([](const QUrl &url) {
+        const QString type = QMimeDatabase().mimeTypeForFile(url.toLocalFile()).name();
+        return MimeHandlers::hasHandler(type) && QDesktopServices::openUrl(url);
+    })
 {
     m_pool.setMaxThreadCount(2);
+    m_alerts.setParentWindow(&m_window);
 }
 
 ResultOutputs::~ResultOutputs()
@@ -40,6 +47,8 @@ ResultOutputs::~ResultOutputs()
     // Writes under way finish before the objects they report to go.
     for (auto *watcher : findChildren<QFutureWatcherBase *>())
         watcher->waitForFinished();
+    for (const QString &path : std::as_const(m_temporaryFiles))
+        QFile::remove(path);
 }
 
 void ResultOutputs::run(const QString &text, Job job, std::function<void(const Outcome &)> done)
@@ -56,7 +65,7 @@ void ResultOutputs::run(const QString &text, Job job, std::function<void(const O
         const Outcome outcome = watcher->future().resultCount() > 0 ? watcher->result() : Outcome();
         watcher->deleteLater();
         if (shown && --m_running == 0)
-            m_window.endWork(outcome.ok ? QString() : tr("Failed: %1").arg(outcome.error));
+            m_window.endWork(QString()); // a failure is told in an alert by `done`
         done(outcome);
     });
     watcher->setFuture(QtConcurrent::run(&m_pool, [job](QPromise<Outcome> &promise) {
@@ -72,10 +81,34 @@ bool ResultOutputs::autoOpen() const
     return Preferences(m_defaults).autoOpenStitchedImageFile();
 }
 
-void ResultOutputs::openFile(const QString &path)
+void ResultOutputs::tell(const QString &message, const QString &reason)
 {
-    if (m_opener)
-        m_opener(QUrl::fromLocalFile(path));
+    AlertPresenter::Alert alert;
+    alert.messageText = message;
+    alert.informativeText = reason;
+    alert.style = AlertPresenter::Style::Warning;
+    m_alerts.beep();
+    m_alerts.presentAlert(alert, {});
+}
+
+bool ResultOutputs::openFile(const QString &path)
+{
+    if (m_opener && m_opener(QUrl::fromLocalFile(path)))
+        return true;
+    tell(tr("No program is set up to open %1 files.").arg(QFileInfo(path).suffix().toUpper()),
+         tr("Choose a program for them in your desktop's settings, then try again."));
+    return false;
+}
+
+void ResultOutputs::openTemporary(const QString &path)
+{
+    if (openFile(path)) {
+        // The viewer may still be reading it: it goes at quit.
+        m_temporaryFiles << path;
+        emit opened(path);
+    } else {
+        QFile::remove(path);
+    }
 }
 
 void ResultOutputs::save()
@@ -88,9 +121,9 @@ void ResultOutputs::save()
     if (format.isEmpty())
         return; // no reference picture: no dialog, as with no type to start from
     const QImage image = m_window.image();
-    m_saveDialog = new ResultSaveDialog(&m_window, format, image.size(), m_window.sharpest());
-    connect(m_saveDialog, &QFileDialog::accepted, this, [this] {
-        saveImageToPath(m_saveDialog->chosenPath(), m_saveDialog->settings());
+    m_saveDialog = new ResultSaveDialog(&m_window, m_defaults, format, image.size(), m_window.sharpest());
+    connect(m_saveDialog, &SaveFileDialog::targetChosen, this, [this](const QString &path) {
+        saveImageToPath(path, m_saveDialog->settings());
     });
     m_saveDialog->open();
 }
@@ -112,6 +145,8 @@ void ResultOutputs::saveImageToPath(const QString &path, const ResultEncoder::Se
                 m_window.statusBar()->showMessage(tr("Saved %1").arg(QDir::toNativeSeparators(o.path)), 6000);
                 if (autoOpen())
                     openFile(o.path);
+            } else {
+                tell(tr("“%1” could not be saved.").arg(QFileInfo(o.path).fileName()), o.error);
             }
             emit saved(o.path, o.ok);
         });
@@ -121,17 +156,16 @@ void ResultOutputs::saveImage(const QImage &image)
 {
     if (image.isNull() || m_tiffDialog)
         return;
-    m_tiffDialog = new QFileDialog(&m_window, tr("Save as TIFF"));
-    m_tiffDialog->setObjectName(QStringLiteral("tiffSaveDialog"));
-    m_tiffDialog->setOption(QFileDialog::DontUseNativeDialog);
-    m_tiffDialog->setAcceptMode(QFileDialog::AcceptSave);
-    m_tiffDialog->setWindowModality(Qt::WindowModal);
-    m_tiffDialog->setAttribute(Qt::WA_DeleteOnClose);
-    m_tiffDialog->setNameFilter(ResultFormat::nameFilter("tiff"));
-    m_tiffDialog->setDefaultSuffix(QStringLiteral("tif"));
-    m_tiffDialog->selectFile(QStringLiteral("Untitled.tif"));
-    connect(m_tiffDialog, &QFileDialog::fileSelected, this, [this, image](const QString &file) {
-        const QString path = ResultFormat::withSuffix(file, "tiff");
+    auto *dialog = new SaveFileDialog(&m_window, tr("Save as TIFF"), &m_defaults);
+    m_tiffDialog = dialog;
+    dialog->setObjectName(QStringLiteral("tiffSaveDialog"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->startInLastSaveFolder(QDir::homePath());
+    dialog->setNameFilter(ResultFormat::nameFilter("tiff"));
+    // Qt adds "tif" to a name without an extension, and the question is about that name.
+    dialog->setDefaultSuffix(QStringLiteral("tif"));
+    dialog->selectFile(QStringLiteral("Untitled.tif"));
+    connect(dialog, &SaveFileDialog::targetChosen, this, [this, image](const QString &path) {
         ResultEncoder::Settings settings;
         settings.format = "tiff";
         settings.tiffCompression = 0;
@@ -145,6 +179,8 @@ void ResultOutputs::saveImage(const QImage &image)
             [this](const Outcome &o) {
                 if (o.ok && autoOpen())
                     openFile(o.path);
+                if (!o.ok)
+                    tell(tr("“%1” could not be saved.").arg(QFileInfo(o.path).fileName()), o.error);
                 emit saved(o.path, o.ok);
             });
     });
@@ -176,12 +212,14 @@ void ResultOutputs::putImageOnClipboard()
             progress(2, 2);
             o.ok = !o.png.isEmpty() && !o.tiff.isEmpty();
             if (!o.ok)
-                o.error = QStringLiteral("the picture could not be encoded");
+                o.error = QStringLiteral("The picture could not be encoded.");
             return o;
         },
         [this, image](const Outcome &o) {
-            if (!o.ok)
+            if (!o.ok) {
+                tell(tr("The collage could not be copied."), o.error);
                 return;
+            }
             setClipboard(image, o);
             if (m_sound)
                 m_sound->play();
@@ -203,11 +241,11 @@ void ResultOutputs::openResultInPreview()
             return o;
         },
         [this](const Outcome &o) {
-            if (!o.ok)
+            if (!o.ok) {
+                tell(tr("The collage could not be opened in a viewer."), o.error);
                 return;
-            // The temporary file stays: the viewer may still be reading it.
-            openFile(o.path);
-            emit opened(o.path);
+            }
+            openTemporary(o.path);
         });
 }
 
@@ -230,12 +268,13 @@ void ResultOutputs::putImageOnClipboardAndOpenInPreview()
             return o;
         },
         [this, image](const Outcome &o) {
-            if (!o.ok)
+            if (!o.ok) {
+                tell(tr("The collage could not be copied and opened."), o.error);
                 return;
+            }
             setClipboard(image, o);
-            openFile(o.path);
             emit copied();
-            emit opened(o.path);
+            openTemporary(o.path);
             if (m_sound)
                 m_sound->play();
         });
@@ -256,8 +295,10 @@ void ResultOutputs::insertResult()
             return o;
         },
         [this](const Outcome &o) {
-            if (!o.ok)
+            if (!o.ok) {
+                tell(tr("The collage could not be added to the photos."), o.error);
                 return;
+            }
             m_browser.insertImage(o.path, 0);
             emit inserted(o.path);
         });

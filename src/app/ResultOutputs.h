@@ -2,6 +2,7 @@
 
 #include "model/ResultEncoder.h"
 
+#include "app/MessageBoxAlertPresenter.h"
 #include "app/ResultSaveDialog.h"
 
 #include <QFileDialog>
@@ -22,12 +23,15 @@ class UserDefaults;
 // picture, open in the default viewer, copy and open, and insert into the photo list; plus the
 // plain TIFF save of a given picture and the pending output path. Every encode and write runs on
 // a worker thread with the window's status bar showing how far it is; the window only waits for
-// the answer.
+// the answer. A save, copy or open that fails is an alert on the result window with the system's
+// reason; a file is only replaced after the save dialog asked. The temporary PNGs handed to the
+// viewer are removed when this object goes (at quit), or at once when no program opens them.
 class ResultOutputs : public QObject
 {
     Q_OBJECT
 public:
-    // Opens a file with the default application (QDesktopServices::openUrl by default).
+    // Opens a file with the default application; false when there is none. By default: a
+    // program registered for the file's type, through QDesktopServices::openUrl.
     using Opener = std::function<bool(const QUrl &url)>;
 
     // `defaultImage`: the placeholder picture, the reference for the format when the photo list
@@ -79,8 +83,12 @@ private:
     // Runs the job on a worker; `text` in the window's status bar while it runs (none: quietly).
     void run(const QString &text, Job job, std::function<void(const Outcome &)> done);
     void setClipboard(const QImage &image, const Outcome &encoded);
-    void openFile(const QString &path);
+    // Opens the file; false (after telling so) when no program opens it.
+    bool openFile(const QString &path);
     bool autoOpen() const;
+    void tell(const QString &message, const QString &reason);
+    // Opens a temporary PNG in the viewer; without a program it is told and the file removed.
+    void openTemporary(const QString &path);
 
     ResultWindow &m_window;
     ImageBrowserController &m_browser;
@@ -91,6 +99,8 @@ private:
     Opener m_opener;
     QPointer<ResultSaveDialog> m_saveDialog;
     QPointer<QFileDialog> m_tiffDialog;
+    MessageBoxAlertPresenter m_alerts;
+    QStringList m_temporaryFiles;
     int m_running = 0;
     // The encodes' own threads, apart from the global pool, which Qt's image conversions use
     // and wait for.

@@ -3,6 +3,7 @@
 
 #include "foundation/AtomicFileWriter.h"
 #include "images/ImageFileReader.h"
+#include "images/ResultFormat.h"
 #include "images/UIImage.h"
 
 #include <QBuffer>
@@ -18,25 +19,11 @@ const char *kHelp =
     "      and its number of frames\n"
     "  tessary-cli image fit IN WIDTH HEIGHT METHOD OUT\n"
     "      fits IN into WIDTH x HEIGHT pixels and writes OUT in the format its extension names\n"
-    "      (.png, .jpg/.jpeg, .tif/.tiff, .webp). METHOD:\n"
+    "      (.png, .jpg/.jpeg, .tif/.tiff, .webp, .bmp). METHOD:\n"
     "        0  crop to fill, centred\n"
     "        1  crop to fill, keeping the start (left end, or top of a tall picture)\n"
     "        2  crop to fill, keeping the end (right end, or bottom of a tall picture)\n"
     "        3  scale to fit inside, centred, leaving transparent bands\n";
-
-QByteArray formatForSuffix(const QString &path)
-{
-    const QString suffix = QFileInfo(path).suffix().toLower();
-    if (suffix == QLatin1String("png"))
-        return "png";
-    if (suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg"))
-        return "jpeg";
-    if (suffix == QLatin1String("tif") || suffix == QLatin1String("tiff"))
-        return "tiff";
-    if (suffix == QLatin1String("webp"))
-        return "webp";
-    return {};
-}
 
 bool parseDimension(const QString &text, int *value)
 {
@@ -72,9 +59,9 @@ int fit(const QStringList &args, CliContext &context)
     if (!ok || method < 0 || method > 3)
         return context.fail(QStringLiteral("image fit: METHOD must be 0, 1, 2 or 3, not '%1'").arg(args[3]), 2);
     const QString out = args[4];
-    const QByteArray format = formatForSuffix(out);
+    const QByteArray format = ResultFormat::formatForSuffix(QFileInfo(out).suffix());
     if (format.isEmpty())
-        return context.fail(QStringLiteral("image fit: cannot tell the format of '%1' from its extension (use .png, .jpg, .tiff or .webp)").arg(out), 2);
+        return context.fail(QStringLiteral("image fit: cannot tell the format of '%1' from its extension (use .png, .jpg, .tiff, .webp or .bmp)").arg(out), 2);
 
     const UIImage::LoadResult in = UIImage::loadFile(args[0]);
     if (!in.ok())

@@ -10,6 +10,7 @@
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "images/ImageBookmarks.h"
+#include "images/ResultFormat.h"
 #include "model/CollageDocument.h"
 #include "model/CollageRenderer.h"
 #include "model/CoordinateTransform.h"
@@ -157,21 +158,6 @@ std::optional<QSizeF> parseSize(const QString &text)
     if (!h)
         return std::nullopt;
     return QSizeF(*w, *h);
-}
-
-// The image format for an output file name, by its extension.
-QByteArray formatForOutput(const QString &path)
-{
-    const QString ext = QFileInfo(path).suffix().toLower();
-    if (ext == QLatin1String("png"))
-        return "png";
-    if (ext == QLatin1String("tif") || ext == QLatin1String("tiff"))
-        return "tiff";
-    if (ext == QLatin1String("jpg") || ext == QLatin1String("jpeg"))
-        return "jpeg";
-    if (ext == QLatin1String("webp"))
-        return "webp";
-    return QByteArray();
 }
 
 // Parses the arguments; an error message on failure.
@@ -332,8 +318,8 @@ QString parse(const QStringList &args, Request &r)
     if (!r.layoutOnly) {
         if (r.output.isEmpty())
             return QStringLiteral("name the picture to write with -o OUT");
-        if (formatForOutput(r.output).isEmpty())
-            return QStringLiteral("'%1': the extension must be .png, .tif, .tiff, .jpg, .jpeg or .webp").arg(r.output);
+        if (ResultFormat::formatForSuffix(QFileInfo(r.output).suffix()).isEmpty())
+            return QStringLiteral("'%1': the extension must be .png, .tif, .tiff, .jpg, .jpeg, .webp or .bmp").arg(r.output);
     }
     return QString();
 }
@@ -569,7 +555,7 @@ private:
     // Writes the picture atomically: a failed write leaves any earlier file in place.
     QString write(QImage image)
     {
-        const QByteArray format = formatForOutput(m_request.output);
+        const QByteArray format = ResultFormat::formatForSuffix(QFileInfo(m_request.output).suffix());
         if (format == "jpeg" && image.hasAlphaChannel()) {
             // JPEG has no transparency: what is clear becomes white, as on a page.
             QImage flat(image.size(), QImage::Format_RGB32);

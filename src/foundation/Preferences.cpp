@@ -4,6 +4,8 @@
 #include "foundation/PlainColorArchive.h"
 #include "foundation/UserDefaults.h"
 
+#include <QFileInfo>
+
 bool Preferences::isPresent(const QString &presenceKey) const
 {
     return m_defaults.hasObject(presenceKey);
@@ -49,6 +51,17 @@ bool Preferences::cropResult() const { return boolOr(CropResult, false); }
 bool Preferences::uniformlyCrop() const { return boolOr(UniformlyCrop, true); }
 bool Preferences::uniformlyCropFit() const { return boolOr(UniformlyCropFit, true); }
 bool Preferences::autoOpenStitchedImageFile() const { return boolOr(AutoOpenStitchedImageFile, false); }
+QString Preferences::lastSaveFolder() const
+{
+    const QString folder = m_defaults.stringForKey(LastSaveFolder);
+    return !folder.isEmpty() && QFileInfo(folder).isDir() ? folder : QString();
+}
+
+bool Preferences::setLastSaveFolder(const QString &folder)
+{
+    return m_defaults.setObject(folder, LastSaveFolder);
+}
+
 bool Preferences::renderEmptyTiles() const { return boolOr(RenderEmptyTiles, false); }
 float Preferences::iconSize() const { return m_defaults.floatForKey(IconSize); }
 

@@ -35,6 +35,8 @@ public:
     static inline const QString UniformlyCropFit = QStringLiteral("UniformlyCropFit");
     static inline const QString AutoOpenStitchedImageFile = QStringLiteral("AutoOpenStitchedImageFile");
     static inline const QString RenderEmptyTiles = QStringLiteral("RenderEmptyTiles");
+    // The folder of the last file saved, where the next save dialog opens.
+    static inline const QString LastSaveFolder = QStringLiteral("LastSaveFolder");
     static inline const QString IconSize = QStringLiteral("IconSize");
     static inline const QString TessaryBackgroundColor = QStringLiteral("TessaryBackgroundColor");
     static inline const QString Bookmarks = QStringLiteral("Bookmarks");
@@ -89,6 +91,9 @@ public:
     QColor tessaryBackgroundColor() const;  // clear when absent or unreadable
     bool setTessaryBackgroundColor(const QColor &color);
     qint64 imageBrowserSeletion() const;
+    // Empty when absent or when the folder no longer exists.
+    QString lastSaveFolder() const;
+    bool setLastSaveFolder(const QString &folder);
     qint64 selectedTemplateTableRow() const; // 297 when absent; a stored -1 stands
 
     qint64 selectedUserTemplateTableRow() const;

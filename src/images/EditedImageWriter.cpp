@@ -1,6 +1,8 @@
 #include "images/EditedImageWriter.h"
 
+#include "foundation/AtomicFileWriter.h"
 #include "images/PhotoMetadata.h"
+#include "images/ResultFormat.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -11,39 +13,11 @@
 #include <cstdio>
 #include <cstring>
 
-bool EditedImageWriter::hasQuality(const QByteArray &format)
-{
-    return format == "jpeg" || format == "jpg" || format == "webp";
-}
-
-QString EditedImageWriter::suffixForFormat(const QByteArray &format)
-{
-    if (format == "jpeg")
-        return QStringLiteral("jpg");
-    if (format == "tiff")
-        return QStringLiteral("tif");
-    return QString::fromLatin1(format);
-}
-
-QByteArray EditedImageWriter::formatForSuffix(const QString &suffix)
-{
-    const QString s = suffix.toLower();
-    if (s == QLatin1String("jpg") || s == QLatin1String("jpeg") || s == QLatin1String("jpe"))
-        return "jpeg";
-    if (s == QLatin1String("tif") || s == QLatin1String("tiff"))
-        return "tiff";
-    for (const QByteArray &format : saveFormats())
-        if (s == QLatin1String(format))
-            return format;
-    return QByteArray();
-}
-
 QList<QByteArray> EditedImageWriter::saveFormats()
 {
     QList<QByteArray> formats;
-    const QList<QByteArray> supported = QImageWriter::supportedImageFormats();
     for (const char *format : {"jpeg", "png", "tiff", "webp", "bmp"})
-        if (supported.contains(format))
+        if (ResultFormat::isWritable(format))
             formats.append(format);
     return formats;
 }
@@ -61,16 +35,15 @@ bool EditedImageWriter::write(const QImage &image, const QString &path, const QB
     const QFileInfo target(path);
     QTemporaryFile temporary(QDir(target.absolutePath()).filePath(QStringLiteral(".%1.XXXXXX").arg(target.fileName())));
     if (!temporary.open())
-        return fail(QStringLiteral("%1 cannot be written: %2").arg(path, temporary.errorString()));
+        return fail(QStringLiteral("%1 cannot be written: %2").arg(path, AtomicFileWriter::failureReason(temporary)));
     QImageWriter writer(&temporary, format);
-    if (quality >= 0 && hasQuality(format))
+    if (quality >= 0 && ResultFormat::hasQuality(format))
         writer.setQuality(quality);
     // A picture without transparency is written without an alpha channel.
     const QImage pixels = image.hasAlphaChannel() ? image : image.convertToFormat(QImage::Format_RGB32);
-    if (!writer.write(pixels))
-        return fail(QStringLiteral("%1 cannot be written: %2").arg(path, writer.errorString()));
-    if (!temporary.flush())
-        return fail(QStringLiteral("%1 cannot be written: %2").arg(path, temporary.errorString()));
+    if (!writer.write(pixels) || !temporary.flush())
+        return fail(QStringLiteral("%1 cannot be written: %2")
+                        .arg(path, AtomicFileWriter::failureReason(temporary, writer.errorString())));
     temporary.close();
     if (!metadataSource.isEmpty()) {
         QString reason;

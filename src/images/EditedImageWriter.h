@@ -10,13 +10,8 @@
 class EditedImageWriter
 {
 public:
-    // Whether the format has a quality setting (JPEG, WebP).
-    static bool hasQuality(const QByteArray &format);
-    // The extension for a format ("jpg" for "jpeg").
-    static QString suffixForFormat(const QByteArray &format);
-    // The format for a file name's extension (empty when unknown).
-    static QByteArray formatForSuffix(const QString &suffix);
-    // The formats offered when saving that this Qt can write, most common first.
+    // The formats offered when saving that this Qt can write, most common first (names,
+    // extensions and qualities as in ResultFormat).
     static QList<QByteArray> saveFormats();
 
     // quality -1 keeps the encoder's default; metadataSource may be empty.

@@ -35,7 +35,7 @@ const FormatInfo *infoOf(const QByteArray &format)
 QByteArray canonical(QByteArray format)
 {
     format = format.toLower();
-    if (format == "jpg")
+    if (format == "jpg" || format == "jpe")
         return "jpeg";
     if (format == "tif")
         return "tiff";
@@ -104,17 +104,30 @@ bool ResultFormat::keepsAlpha(const QByteArray &format)
     return format == "png" || format == "tiff" || format == "webp";
 }
 
+QByteArray ResultFormat::formatForSuffix(const QString &suffix)
+{
+    if (suffix.isEmpty())
+        return QByteArray();
+    const QByteArray format = canonical(suffix.toLatin1());
+    return infoOf(format) && isWritable(format) ? format : QByteArray();
+}
+
+ResultFormat::Target ResultFormat::saveTarget(const QString &typedPath, const QByteArray &chosenFormat)
+{
+    const QByteArray typed = formatForSuffix(QFileInfo(typedPath).suffix());
+    if (!typed.isEmpty())
+        return {typedPath, typed};
+    return {typedPath + QLatin1Char('.') + suffix(chosenFormat), chosenFormat};
+}
+
 QString ResultFormat::withSuffix(const QString &path, const QByteArray &format)
 {
     const QFileInfo info(path);
-    const QString wanted = suffix(format);
-    const QString current = info.suffix().toLower();
-    if (current == wanted || canonical(current.toLatin1()) == format)
+    const QByteArray current = formatForSuffix(info.suffix());
+    if (current == format)
         return path;
-    const QString base = current.isEmpty() || !infoOf(canonical(current.toLatin1()))
-                             ? path
-                             : path.left(path.size() - info.suffix().size() - 1);
-    return base + QLatin1Char('.') + wanted;
+    const QString base = current.isEmpty() ? path : path.left(path.size() - info.suffix().size() - 1);
+    return base + QLatin1Char('.') + suffix(format);
 }
 
 QString ResultFormat::defaultFileName(const QByteArray &format)

@@ -32,7 +32,24 @@ public:
     // Whether the format keeps transparency; the others are flattened on white.
     static bool keepsAlpha(const QByteArray &format);
 
-    // The path with its extension replaced by (or, without one, given) the format's.
+    // The writable format a file name's extension names ("jpg", "jpeg" and "jpe" JPEG, "tif" and
+    // "tiff" TIFF, any case); empty for an extension of no format written here. The one table of
+    // extensions for every save of the program and the command line.
+    static QByteArray formatForSuffix(const QString &suffix);
+
+    // Where a save writes and in what format.
+    struct Target {
+        QString path;
+        QByteArray format;
+        bool operator==(const Target &) const = default;
+    };
+    // From the name typed and the format chosen in the dialog: a typed extension of a format
+    // written here chooses that format, and the name stays as typed; any other name gets the
+    // chosen format's extension added ("my.holiday" becomes "my.holiday.jpg"). So the file
+    // written is the one named, and a file is only ever replaced under its own name.
+    static Target saveTarget(const QString &typedPath, const QByteArray &chosenFormat);
+    // The name with its extension set to the format's, as a choice of format changes the name
+    // field: a known extension is replaced, any other name gets the extension added.
     static QString withSuffix(const QString &path, const QByteArray &format);
     // The name the save dialog starts with.
     static QString defaultFileName(const QByteArray &format);

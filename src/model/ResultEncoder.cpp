@@ -1,5 +1,6 @@
 #include "model/ResultEncoder.h"
 
+#include "foundation/AtomicFileWriter.h"
 #include "images/ResultFormat.h"
 #include "model/ParallelPngWriter.h"
 
@@ -94,16 +95,19 @@ bool ResultEncoder::writeFile(const QImage &image, const QString &path, const Se
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly)) {
         if (error)
-            *error = file.errorString();
+            *error = AtomicFileWriter::failureReason(file);
         return false;
     }
-    if (!writeTo(image, file, settings, error, progress)) {
+    QString reason;
+    if (!writeTo(image, file, settings, &reason, progress)) {
+        if (error)
+            *error = AtomicFileWriter::failureReason(file, reason);
         file.cancelWriting();
         return false;
     }
     if (!file.commit()) {
         if (error)
-            *error = file.errorString();
+            *error = AtomicFileWriter::failureReason(file);
         return false;
     }
     return true;

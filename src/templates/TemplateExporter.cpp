@@ -26,6 +26,26 @@ bool writeBytes(const QString &path, const QByteArray &bytes)
     return true;
 }
 
+QString iconFileName(const QString &folderName, qsizetype k)
+{
+    return QStringLiteral("Tessary-Icon-%1-%2.png").arg(folderName).arg(k);
+}
+
+QString templateFileName(const QString &folderName, qsizetype k)
+{
+    return QStringLiteral("Tessary-Template-%1-%2.plist").arg(folderName).arg(k);
+}
+
+QString indexFileName(const QString &folderName)
+{
+    return QStringLiteral("Tessary-Templates-%1.html").arg(folderName);
+}
+
+QString folderNameOf(const QString &folder)
+{
+    return QFileInfo(QDir::cleanPath(folder)).fileName();
+}
+
 QByteArray thumbnailData(const QVariantMap &t)
 {
     const QVariant v = t.value(kThumbnail);
@@ -95,7 +115,7 @@ TemplateExporter::ManyFilesResult TemplateExporter::saveAllIconsAndTemplates(con
 {
     ManyFilesResult result;
     const QDir dir(folder);
-    const QString name = QFileInfo(QDir::cleanPath(folder)).fileName();
+    const QString name = folderNameOf(folder);
     QList<std::pair<QString, QString>> links;
     const TemplateStore::Templates &templates = m_store.userTemplates();
     for (qsizetype i = 0; i < templates.size(); ++i) {
@@ -103,8 +123,8 @@ TemplateExporter::ManyFilesResult TemplateExporter::saveAllIconsAndTemplates(con
         if (!t.contains(kThumbnail))
             continue; // no icon, no entry: the numbering keeps the gap
         const qsizetype k = i + 1;
-        const QString iconName = QStringLiteral("Tessary-Icon-%1-%2.png").arg(name).arg(k);
-        const QString templateName = QStringLiteral("Tessary-Template-%1-%2.plist").arg(name).arg(k);
+        const QString iconName = iconFileName(name, k);
+        const QString templateName = templateFileName(name, k);
         links.append({templateName, iconName});
         result.ok &= writeBytes(dir.filePath(iconName), thumbnailData(t));
         result.ok &= writeTemplatesFile(dir.filePath(templateName), TemplatesFile::makeTemplateDictionaryWithTemplateData(t));
@@ -114,9 +134,26 @@ TemplateExporter::ManyFilesResult TemplateExporter::saveAllIconsAndTemplates(con
     // UTF-16 in the machine's byte order, led by a byte-order mark.
     QStringEncoder encoder(QStringConverter::Utf16, QStringConverter::Flag::WriteBom);
     const QByteArray page = encoder.encode(htmlIndex(links));
-    result.indexFile = QStringLiteral("Tessary-Templates-%1.html").arg(name);
+    result.indexFile = indexFileName(name);
     result.ok &= writeBytes(dir.filePath(result.indexFile), page);
     return result;
+}
+
+QStringList TemplateExporter::existingManyFiles(const QString &folder) const
+{
+    const QDir dir(folder);
+    const QString name = folderNameOf(folder);
+    QStringList names;
+    const TemplateStore::Templates &templates = m_store.userTemplates();
+    for (qsizetype i = 0; i < templates.size(); ++i)
+        if (templates[i]->contains(kThumbnail))
+            names << iconFileName(name, i + 1) << templateFileName(name, i + 1);
+    names << indexFileName(name);
+    QStringList existing;
+    for (const QString &n : std::as_const(names))
+        if (dir.exists(n))
+            existing << n;
+    return existing;
 }
 
 QImage TemplateExporter::getIconForTemplateMenu(TemplateTable table, qsizetype clickedRow) const

@@ -46,6 +46,8 @@ public:
     // "Tessary-Icon-<folder>-<n>.png" (n its 1-based position, so templates without thumbnail
     // leave gaps), and "Tessary-Templates-<folder>.html" linking them, in UTF-16 with a BOM.
     ManyFilesResult saveAllIconsAndTemplates(const QString &folder) const;
+    // The files of saveAllIconsAndTemplates that already exist in the folder (asked about first).
+    QStringList existingManyFiles(const QString &folder) const;
     // The index page for (template file, icon file) pairs, as text.
     static QString htmlIndex(const QList<std::pair<QString, QString>> &links);
 

@@ -9,6 +9,7 @@
 #include "widgets/TemplateFileDialogs.h"
 
 #include <QClipboard>
+#include <QFileInfo>
 #include <QGuiApplication>
 
 TemplateActions::TemplateActions(TemplateStore &store, UserDefaults &defaults, AlertPresenter &alerts, QWidget *window)
@@ -89,10 +90,10 @@ void TemplateActions::exportTemplates(TemplateTable table)
     m_exporter.exportTemplates(
         table,
         [this](const QVariantMap &file, const QString &name) {
-            TemplateFileDialogs::saveFile(m_window, name, QStringLiteral("plist"), [file](const QString &path) {
+            TemplateFileDialogs::saveFile(m_window, name, QStringLiteral("plist"), [this, file](const QString &path) {
                 QString error;
                 if (!TemplateExporter::writeTemplatesFile(path, file, &error))
-                    qCWarning(lcTessary, "templates export not written: %s", qUtf8Printable(error));
+                    tellNotWritten(path, error);
             });
         },
         [this] { saveAllIconsAndTemplates(); });
@@ -101,10 +102,40 @@ void TemplateActions::exportTemplates(TemplateTable table)
 void TemplateActions::saveAllIconsAndTemplates()
 {
     TemplateFileDialogs::chooseDestinationFolder(m_window, [this](const QString &folder) {
-        const TemplateExporter::ManyFilesResult result = m_exporter.saveAllIconsAndTemplates(folder);
-        if (!result.ok)
-            qCWarning(lcTessary, "templates export into %s: not every file was written", qUtf8Printable(folder));
+        const auto write = [this, folder] {
+            const TemplateExporter::ManyFilesResult result = m_exporter.saveAllIconsAndTemplates(folder);
+            if (!result.ok)
+                tellNotWritten(QStringLiteral("Not every template file could be written into “%1”.").arg(folder),
+                               QString());
+        };
+        const QStringList existing = m_exporter.existingManyFiles(folder);
+        if (existing.isEmpty())
+            return write();
+        // Files of an earlier export are replaced only when the person says so.
+        AlertPresenter::Alert alert;
+        alert.messageText = existing.size() == 1
+                                ? QStringLiteral("“%1” already exists. Do you want to replace it?").arg(existing.first())
+                                : QStringLiteral("%1 of the files already exist in “%2”. Do you want to replace them?")
+                                      .arg(existing.size())
+                                      .arg(QFileInfo(folder).fileName());
+        alert.informativeText = existing.mid(0, 6).join(QLatin1Char('\n')) + (existing.size() > 6 ? QStringLiteral("\n…") : QString());
+        alert.defaultButton = QStringLiteral("Replace");
+        alert.alternateButton = QStringLiteral("Cancel");
+        m_alerts.presentAlert(alert, [write](int response) {
+            if (response == AlertPresenter::DefaultButton)
+                write();
+        });
     });
+}
+
+void TemplateActions::tellNotWritten(const QString &what, const QString &reason)
+{
+    AlertPresenter::Alert alert;
+    alert.messageText = reason.isEmpty() ? what
+                                         : QStringLiteral("“%1” could not be saved.").arg(QFileInfo(what).fileName());
+    alert.informativeText = reason;
+    m_alerts.beep();
+    m_alerts.presentAlert(alert, {});
 }
 
 void TemplateActions::exportTemplate(TemplateTable table, qsizetype clickedRow)
@@ -114,10 +145,10 @@ void TemplateActions::exportTemplate(TemplateTable table, qsizetype clickedRow)
     if (!clicked)
         return;
     const QString name = TemplateEditor::generateTemplateFileOrIconNameWithExtension(QStringLiteral(".plist"));
-    TemplateFileDialogs::saveFile(m_window, name, QStringLiteral("plist"), [clicked](const QString &path) {
+    TemplateFileDialogs::saveFile(m_window, name, QStringLiteral("plist"), [this, clicked](const QString &path) {
         QString error;
         if (!TemplateExporter::writeTemplatesFile(path, TemplatesFile::makeTemplateDictionaryWithTemplateData(*clicked), &error))
-            qCWarning(lcTessary, "template export not written: %s", qUtf8Printable(error));
+            tellNotWritten(path, error);
     });
 }
 
@@ -131,10 +162,10 @@ void TemplateActions::copyIconImage(TemplateTable table, qsizetype clickedRow)
 void TemplateActions::saveIconImage(TemplateTable table, qsizetype clickedRow)
 {
     m_exporter.saveIconImage(table, clickedRow, [this](const QByteArray &png, const QString &name) {
-        TemplateFileDialogs::saveFile(m_window, name, QStringLiteral("png"), [png](const QString &path) {
+        TemplateFileDialogs::saveFile(m_window, name, QStringLiteral("png"), [this, png](const QString &path) {
             QString error;
             if (!AtomicFileWriter::write(path, png, &error))
-                qCWarning(lcTessary, "template icon not written: %s", qUtf8Printable(error));
+                tellNotWritten(path, error);
         });
     });
 }

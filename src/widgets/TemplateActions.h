@@ -67,6 +67,9 @@ signals:
     void selectionAfterDelete(qsizetype row);
 
 private:
+    // A save that failed, as an alert: `what` is the file (with the system's `reason`) or, with
+    // no reason, the whole message.
+    void tellNotWritten(const QString &what, const QString &reason);
     void saveAllIconsAndTemplates();
 
     TemplateStore &m_store;

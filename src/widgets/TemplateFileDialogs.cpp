@@ -1,5 +1,7 @@
 #include "widgets/TemplateFileDialogs.h"
 
+#include "widgets/SaveFileDialog.h"
+
 #include <QFileDialog>
 #include <QGridLayout>
 #include <QLabel>
@@ -51,13 +53,13 @@ void TemplateFileDialogs::chooseDestinationFolder(QWidget *parent, const std::fu
 void TemplateFileDialogs::saveFile(QWidget *parent, const QString &proposedName, const QString &extension,
                                    const std::function<void(const QString &)> &chosen)
 {
-    QFileDialog *dialog = makeDialog(parent, QObject::tr("Save"));
-    dialog->setAcceptMode(QFileDialog::AcceptSave);
-    dialog->setFileMode(QFileDialog::AnyFile);
+    // Asks before replacing, about the name with the extension Qt adds to it.
+    auto *dialog = new SaveFileDialog(parent, QObject::tr("Save"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setNameFilter(QStringLiteral("%1 (*.%1)").arg(extension));
     dialog->setDefaultSuffix(extension);
     dialog->selectFile(proposedName);
-    QObject::connect(dialog, &QFileDialog::fileSelected, dialog, [chosen](const QString &file) {
+    QObject::connect(dialog, &SaveFileDialog::targetChosen, dialog, [chosen](const QString &file) {
         if (!file.isEmpty())
             chosen(file);
     });

@@ -1,4 +1,5 @@
 #include "images/EditedImageWriter.h"
+#include "images/ResultFormat.h"
 #include "images/ImageFileReader.h"
 #include "images/JpegQuality.h"
 #include "images/UIImage.h"
@@ -32,7 +33,7 @@ TEST_P(EditedImageWriterTest, WritesTheFormatAndQualityAskedFor)
         picture = picture.convertToFormat(QImage::Format_ARGB32);
         picture.setPixelColor(0, 0, QColor(255, 0, 0, 0));
     }
-    const QString path = dir.filePath(QStringLiteral("edited.") + EditedImageWriter::suffixForFormat(c.format));
+    const QString path = dir.filePath(QStringLiteral("edited.") + ResultFormat::suffix(c.format));
     ASSERT_TRUE(testimages::writeFile(path, "an older file in the way"));
     QString error;
     ASSERT_TRUE(EditedImageWriter::write(picture, path, c.format, c.quality, QString(), &error)) << error.toStdString();
@@ -67,17 +68,6 @@ TEST(EditedImageWriterFailureTest, AWriteThatCannotHappenSaysWhyAndLeavesNothing
     EXPECT_FALSE(error.isEmpty());
     EXPECT_FALSE(EditedImageWriter::write(QImage(), dir.filePath(QStringLiteral("x.png")), "png", -1, QString(), &error));
     EXPECT_TRUE(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden).isEmpty());
-}
-
-TEST(EditedImageWriterFormatTest, SuffixesAndFormats)
-{
-    EXPECT_EQ(EditedImageWriter::formatForSuffix(QStringLiteral("JPG")), QByteArray("jpeg"));
-    EXPECT_EQ(EditedImageWriter::formatForSuffix(QStringLiteral("tif")), QByteArray("tiff"));
-    EXPECT_EQ(EditedImageWriter::formatForSuffix(QStringLiteral("png")), QByteArray("png"));
-    EXPECT_TRUE(EditedImageWriter::formatForSuffix(QStringLiteral("txt")).isEmpty());
-    EXPECT_EQ(EditedImageWriter::suffixForFormat("jpeg"), QStringLiteral("jpg"));
-    EXPECT_TRUE(EditedImageWriter::hasQuality("jpeg"));
-    EXPECT_FALSE(EditedImageWriter::hasQuality("png"));
 }
 
 // The source's metadata goes into the written file, with the orientation made normal: the

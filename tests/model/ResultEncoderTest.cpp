@@ -1,3 +1,5 @@
+#include "support/FaultFolder.h"
+
 #include "images/PrintSize.h"
 #include "images/ResultFormat.h"
 #include "model/CollageLayout.h"
@@ -13,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <map>
+#include <memory>
 
 namespace {
 
@@ -138,23 +141,66 @@ TEST(ResultEncoder, LzwTiffAndCompressionChoice)
     EXPECT_TRUE(ResultEncoder::png(image).startsWith("\x89PNG"));
 }
 
-TEST(ResultEncoder, FailuresSayWhyAndLeaveTheOldFile)
+// Noise: a picture that compresses badly, so its file is far larger than 64 KiB.
+QImage noise(QSize size)
+{
+    QImage image(size, QImage::Format_RGB32);
+    quint32 x = 12345;
+    for (int y = 0; y < size.height(); ++y) {
+        auto *line = reinterpret_cast<QRgb *>(image.scanLine(y));
+        for (int i = 0; i < size.width(); ++i) {
+            x = x * 1664525u + 1013904223u;
+            line[i] = 0xff000000u | (x >> 8);
+        }
+    }
+    return image;
+}
+
+// A write that fails says why in the system's words (never "Unknown error", which is all the
+// encoders say after a short write), and leaves the file that was there before.
+TEST(ResultEncoder, FailuresSayWhyInTheSystemsWordsAndLeaveTheOldFile)
 {
     QTemporaryDir dir;
-    const QString path = dir.filePath(QStringLiteral("kept.png"));
-    ASSERT_TRUE(ResultEncoder::writeFile(collage(QSize(10, 10)), path, settingsOf("png")));
-    const QByteArray before = [&] { QFile f(path); f.open(QIODevice::ReadOnly); return f.readAll(); }();
-    QString error;
-    EXPECT_FALSE(ResultEncoder::writeFile(QImage(), path, settingsOf("png"), &error));
-    EXPECT_FALSE(error.isEmpty());
-    error.clear();
-    EXPECT_FALSE(ResultEncoder::writeFile(collage(QSize(10, 10)), path, settingsOf("gif"), &error));
-    EXPECT_FALSE(error.isEmpty());
-    EXPECT_FALSE(ResultEncoder::writeFile(collage(QSize(10, 10)), dir.filePath(QStringLiteral("no/such/dir.png")),
-                                          settingsOf("png"), &error));
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
-    EXPECT_EQ(f.readAll(), before);
+    const QString kept = dir.filePath(QStringLiteral("kept.png"));
+    ASSERT_TRUE(ResultEncoder::writeFile(collage(QSize(10, 10)), kept, settingsOf("png")));
+    QFile(dir.filePath(QStringLiteral("plain-file"))).open(QIODevice::WriteOnly);
+    FaultFolder readOnly(dir.path(), FaultFolder::Kind::ReadOnly);
+    std::unique_ptr<FaultFolder> full; // made last: its fallback limits every write of the process
+
+    struct Case {
+        const char *name;
+        QString path;
+        QByteArray format;
+        QString reason; // empty: any words but "Unknown error"
+        QImage image = noise(QSize(400, 300));
+    };
+    QList<Case> cases{
+        {"no picture", kept, "png", QString(), QImage()},
+        {"format not written here", kept, "gif", QString()},
+        {"missing folder", dir.filePath(QStringLiteral("no/such/x.png")), "png", QStringLiteral("No such file or directory")},
+        {"folder is a file", dir.filePath(QStringLiteral("plain-file/x.jpg")), "jpeg", QStringLiteral("Not a directory")},
+    };
+    if (readOnly.usable())
+        cases.append({"read-only", readOnly.filePath(QStringLiteral("x.png")), "png", readOnly.reason()});
+    full = std::make_unique<FaultFolder>(dir.path(), FaultFolder::Kind::Full);
+    if (full->usable()) {
+        for (const char *format : {"png", "jpeg", "tiff"})
+            cases.append({"full disk", full->filePath(QStringLiteral("x.") + ResultFormat::suffix(format)), format, full->reason()});
+    }
+    for (const Case &c : cases) {
+        QString error;
+        EXPECT_FALSE(ResultEncoder::writeFile(c.image, c.path, settingsOf(c.format.constData()), &error)) << c.name;
+        if (c.reason.isEmpty()) {
+            EXPECT_FALSE(error.isEmpty()) << c.name;
+            EXPECT_NE(error, QStringLiteral("Unknown error")) << c.name;
+        } else {
+            EXPECT_EQ(error, c.reason) << c.name << " " << c.format.constData();
+        }
+        EXPECT_FALSE(QFile::exists(c.path) && c.path != kept) << c.name;
+    }
+    full.reset();
+    QImageReader back(kept);
+    EXPECT_EQ(back.read().size(), QSize(10, 10));
 }
 
 // A transparent collage keeps its transparency where the format can, and lies on white where

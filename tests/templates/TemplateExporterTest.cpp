@@ -34,8 +34,14 @@ TEST_F(TemplateExporterTest, ManyFilesSkipTemplatesWithoutThumbnailKeepingNumber
     store.addTemplatesFromDictionary(file({makeTemplate(1, 1), makeTemplate(2, 2, false), makeTemplate(3, 3)}));
     const QString folder = dir.filePath(QStringLiteral("Spring"));
     QDir().mkpath(folder);
+    // The files an export would replace are asked about first: none yet, then exactly the
+    // export's own (and nothing else that lies in the folder).
+    QFile(QDir(folder).filePath(QStringLiteral("unrelated.png"))).open(QIODevice::WriteOnly);
+    EXPECT_TRUE(exporter.existingManyFiles(folder).isEmpty());
     const TemplateExporter::ManyFilesResult r = exporter.saveAllIconsAndTemplates(folder);
     EXPECT_TRUE(r.ok);
+    QFile::remove(QDir(folder).filePath(QStringLiteral("unrelated.png")));
+    EXPECT_EQ(exporter.existingManyFiles(folder).size(), 5);
     EXPECT_EQ(r.templateFiles, (QStringList{QStringLiteral("Tessary-Template-Spring-1.plist"), QStringLiteral("Tessary-Template-Spring-3.plist")}));
     QStringList onDisk = QDir(folder).entryList(QDir::Files, QDir::Name);
     EXPECT_EQ(onDisk, (QStringList{QStringLiteral("Tessary-Icon-Spring-1.png"), QStringLiteral("Tessary-Icon-Spring-3.png"),
