@@ -1,5 +1,7 @@
 #include "app/PageSetupSheet.h"
 
+#include "model/CollageRenderer.h"
+
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QDoubleSpinBox>
@@ -41,6 +43,7 @@ PageSetupSheet::PageSetupSheet(QWidget *parent, const PagePreset &start, const Q
     m_dpi->setSuffix(tr(" dpi"));
     m_summary = new QLabel;
     m_summary->setObjectName(QStringLiteral("pageSummary"));
+    m_summary->setWordWrap(true);
     m_warning = new QLabel;
     m_warning->setObjectName(QStringLiteral("pageWarning"));
     m_warning->setWordWrap(true);
@@ -64,6 +67,7 @@ PageSetupSheet::PageSetupSheet(QWidget *parent, const PagePreset &start, const Q
     layout->addWidget(m_warning);
     layout->addStretch(1);
     layout->addWidget(m_buttons);
+    setMinimumWidth(460);
 
     m_page->setCurrentIndex(std::max<int>(0, int(PagePreset::names().indexOf(start.name()))));
     m_orientation->setCurrentIndex(start.isLandscape() ? 1 : 0);
@@ -99,10 +103,16 @@ void PageSetupSheet::showOutcome()
 {
     const PagePreset page = preset();
     const QSize render = page.renderSize(QSizeF(m_picture));
-    const bool ok = page.isValid() && !render.isEmpty();
-    m_export->setEnabled(ok);
-    if (!ok) {
-        m_summary->setText(tr("The margins leave no room on the page."));
+    const bool room = page.isValid() && !render.isEmpty();
+    const bool fits = room && qint64(render.width()) * render.height() <= CollageRenderer::kMaxCanvasPixels;
+    m_export->setEnabled(fits);
+    if (!fits) {
+        m_summary->setText(!room ? tr("The margins leave no room on the page.")
+                                 : tr("%1 × %2 pixels is too large to render (at most %3 megapixels): choose a "
+                                      "lower resolution.")
+                                       .arg(render.width())
+                                       .arg(render.height())
+                                       .arg(CollageRenderer::kMaxCanvasPixels / 1000000));
         m_warning->hide();
         return;
     }

@@ -92,7 +92,9 @@ PrintOutputs::Job PrintOutputs::job() const
 
 bool PrintOutputs::busy() const
 {
-    return m_window.image().isNull() || m_window.isWorking() || m_sheet || m_fileDialog || m_alert;
+    const auto open = [](QWidget *w) { return w && w->isVisible(); };
+    return m_window.image().isNull() || m_window.isWorking() || open(m_sheet) || open(m_fileDialog) ||
+           open(m_alert) || open(m_preview);
 }
 
 void PrintOutputs::stop()
@@ -193,7 +195,7 @@ void PrintOutputs::print()
 
 void PrintOutputs::printPreview()
 {
-    if (busy() || m_preview)
+    if (busy())
         return;
     m_preview = new QPrintPreviewDialog(&m_printer, &m_window);
     m_preview->setObjectName(QStringLiteral("printPreview"));
