@@ -21,6 +21,7 @@
 #include <QSpinBox>
 #include <QPushButton>
 #include <QTest>
+#include <QToolButton>
 
 namespace {
 
@@ -28,7 +29,8 @@ class PrintPreviewScreenshot : public AppFixture
 {
 };
 
-// The factory collage put on paper: the page sheet of Export PDF… and the print preview.
+// The factory collage put on paper: the page sheet of Export PDF…, an export under way with its
+// Stop button, and the print preview.
 TEST_F(PrintPreviewScreenshot, PageSheetAndPrintPreview)
 {
     defaults->setBool(true, Preferences::DoNotShowWelcomeWindowAgain);
@@ -53,7 +55,22 @@ TEST_F(PrintPreviewScreenshot, PageSheetAndPrintPreview)
     EXPECT_TRUE(sheet->summary().text().contains(QStringLiteral("too large to render")));
     EXPECT_FALSE(sheet->findChild<QPushButton *>(QStringLiteral("pageExport"))->isEnabled());
     saveScreenshotImage(grabScreenArea(window.frameGeometry()), "page-setup-sheet");
-    sheet->reject();
+    sheet->findChild<QSpinBox *>(QStringLiteral("pageDpi"))->setValue(300);
+    sheet->accept(); // the page chosen; the file dialog that follows is closed unanswered
+    ASSERT_TRUE(QTest::qWaitFor([&] { return controller->printOutputs().pdfDialog() != nullptr; }, 5000));
+    controller->printOutputs().pdfDialog()->reject();
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return !controller->printOutputs().pdfDialog() || !controller->printOutputs().pdfDialog()->isVisible(); },
+        5000));
+
+    // An A1 poster at 300 dpi being made: the bar and Stop in the status bar; Stop ends it.
+    PrintOutputs &print = controller->printOutputs();
+    QSignalSpy written(&print, &PrintOutputs::pdfWritten);
+    print.writePdf(dir.filePath(QStringLiteral("poster.pdf")));
+    EXPECT_TRUE(print.stopButton().isVisible());
+    saveScreenshotImage(grabScreenArea(window.frameGeometry()), "result-window-making-pdf");
+    QTest::mouseClick(&print.stopButton(), Qt::LeftButton);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return written.count() == 1; }, 60000));
 
     QPrinter &printer = controller->printOutputs().printer();
     printer.setOutputFormat(QPrinter::PdfFormat);
