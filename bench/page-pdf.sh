@@ -2,8 +2,9 @@
 # An A4 PDF at 300 dpi of the 49 factory photos (the template shown at first start):
 #  - from the command line: wall time and peak resident memory of tessary-cli (median of three);
 #  - from the result window: Export PDF… timed in process, with the longest main-thread stall
-#    while the page is rendered and written (and the peak resident memory of that process,
-#    the window and its collage included).
+#    while the page is rendered and written and the most processor time the main thread spent
+#    on its own in one tick (and the peak resident memory of that process, the window and its
+#    collage included).
 #
 #   bench/page-pdf.sh [BUILD_DIR]      (default: build)
 set -eu
