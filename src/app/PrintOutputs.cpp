@@ -16,6 +16,7 @@
 #include <QPrintPreviewDialog>
 #include <QStandardPaths>
 #include <QStatusBar>
+#include <QThread>
 #include <QTimer>
 #include <QToolButton>
 
@@ -29,6 +30,8 @@ QImage PrintOutputs::pictureFor(const Job &job, const PagePreset &page, const Re
         CollageRenderer::Options options = job.options;
         options.progress = [&progress](int done, int total) { progress(done, total + 1); };
         options.cancelled = [cancel] { return cancel->load(); };
+        // One core stays with the window, so it keeps answering while the page is made.
+        options.threads = std::max(1, QThread::idealThreadCount() - 1);
         CollageRenderer::Result r = PageRenderer::render(*job.layout, page, options);
         picture = std::move(r.image);
         *error = r.error;
