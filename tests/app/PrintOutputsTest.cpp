@@ -135,6 +135,15 @@ TEST_F(PrintOutputsTest, ExportPdfThroughTheSheetAndTheFileDialog)
     ASSERT_EQ(facts.images.size(), 1u);
     EXPECT_NEAR(facts.images[0].width(), expected.width(), 1);
     EXPECT_NEAR(facts.images[0].height(), expected.height(), 1);
+    // Photos, not the window's plain stand-in picture.
+    const QImage embedded = PdfFacts::firstImage(base + QStringLiteral(".pdf"));
+    ASSERT_FALSE(embedded.isNull());
+    int differing = 0;
+    for (int i = 1; i < 8; ++i) {
+        const QColor c = embedded.pixelColor(embedded.width() * i / 8, embedded.height() * i / 8);
+        differing += std::abs(c.red()) + std::abs(c.green() - 128) + std::abs(c.blue()) > 60;
+    }
+    EXPECT_GE(differing, 5);
 }
 
 // Printing to a PDF file through QPrinter: the printer's page, the picture at 300 dpi. Stop

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QImage>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QSize>
@@ -35,6 +36,14 @@ struct PdfFacts {
         if (!p.waitForFinished(30000) || p.exitCode() != 0)
             return QString();
         return QString::fromUtf8(p.readAllStandardOutput());
+    }
+
+    // The first picture embedded in the PDF, extracted beside it as PNG.
+    static QImage firstImage(const QString &path)
+    {
+        const QString prefix = path + QStringLiteral("-image");
+        run(QStringLiteral("pdfimages"), {QStringLiteral("-png"), QStringLiteral("-l"), QStringLiteral("1"), path, prefix});
+        return QImage(prefix + QStringLiteral("-000.png"));
     }
 
     static PdfFacts of(const QString &path)
