@@ -15,6 +15,7 @@ packages=(
   zlib1g-dev
   xvfb xauth
   sox ccache
+  poppler-utils
   desktop-file-utils appstream dpkg-dev fakeroot file man-db
 )
 if [ "${TESSARY_BENCH_TOOLS:-0}" = 1 ]; then

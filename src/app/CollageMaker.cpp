@@ -28,8 +28,11 @@ CollageMaker::CollageMaker(TessaryView &view, UserDefaults &defaults, PleaseWait
         m_pleaseWait.hidePleaseWaitWindow();
         m_busy = false;
         emit finished();
-        if (!rendered.image.isNull())
+        if (!rendered.image.isNull()) {
+            m_madeLayout = m_rendering;
+            m_madeOptions = m_renderingOptions;
             emit collageReady(rendered.image, rendered.sharpest);
+        }
     });
 }
 
@@ -57,6 +60,8 @@ void CollageMaker::render()
     options.background = m_view.tessaryBackgroundColor();
     options.renderEmptyTiles = Preferences(m_defaults).renderEmptyTiles();
     const Renderer renderer = m_renderer;
+    m_rendering = layout;
+    m_renderingOptions = options;
 
     m_watcher.setFuture(QtConcurrent::run(&m_pool, [layout, options, renderer](QPromise<Rendered> &promise) mutable {
         const qint64 scale = RenderScale::scaleFactor(RenderScale::freeMemoryMB(), layout.contentSize,

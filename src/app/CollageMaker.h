@@ -40,6 +40,9 @@ public:
     void setDelay(int milliseconds) { m_delayMs = milliseconds; }
 
     bool isBusy() const { return m_busy; }
+    // The layout and options of the last picture made (for rendering it again for a page).
+    const CollageLayout &madeLayout() const { return m_madeLayout; }
+    const CollageRenderer::Options &madeOptions() const { return m_madeOptions; }
 
 public slots:
     // Starts making the collage; ignored while one is being made.
@@ -66,4 +69,6 @@ private:
     // while another job holds the other could wait for ever on a small machine.
     QThreadPool m_pool;
     QFutureWatcher<Rendered> m_watcher;
+    CollageLayout m_rendering, m_madeLayout;
+    CollageRenderer::Options m_renderingOptions, m_madeOptions;
 };

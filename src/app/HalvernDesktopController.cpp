@@ -11,6 +11,7 @@
 #include "app/TemplateGallerySheet.h"
 #include "app/ProgressSheet.h"
 #include "app/TileAndBlendActions.h"
+#include "app/PrintOutputs.h"
 #include "app/ResultOutputs.h"
 #include "app/ResultWindow.h"
 #include "app/WelcomeSheet.h"
@@ -143,8 +144,11 @@ void HalvernDesktopController::connectResultOutputs()
         resultButton->setEnabled(true);
         resultButton->setVisible(true);
     });
-    connect(m_collageMaker, &CollageMaker::collageReady, this,
-            [this](const QImage &image, double sharpest) { showResult(image, true, sharpest); });
+    m_printOutputs = new PrintOutputs(*m_resultWindow, *m_resultOutputs, this);
+    connect(m_collageMaker, &CollageMaker::collageReady, this, [this](const QImage &image, double sharpest) {
+        m_printOutputs->setCollage(image, m_collageMaker->madeLayout(), m_collageMaker->madeOptions());
+        showResult(image, true, sharpest);
+    });
     ResultWindow &result = *m_resultWindow;
     ResultOutputs &outputs = *m_resultOutputs;
     connect(result.action(QStringLiteral("saveResult")), &QAction::triggered, &outputs, &ResultOutputs::save);
@@ -153,6 +157,10 @@ void HalvernDesktopController::connectResultOutputs()
     connect(result.action(QStringLiteral("copyAndOpenResult")), &QAction::triggered, &outputs,
             &ResultOutputs::putImageOnClipboardAndOpenInPreview);
     connect(result.action(QStringLiteral("insertResult")), &QAction::triggered, &outputs, &ResultOutputs::insertResult);
+    connect(result.action(QStringLiteral("exportPdf")), &QAction::triggered, m_printOutputs, &PrintOutputs::exportPdf);
+    connect(result.action(QStringLiteral("printResult")), &QAction::triggered, m_printOutputs, &PrintOutputs::print);
+    connect(result.action(QStringLiteral("printPreview")), &QAction::triggered, m_printOutputs,
+            &PrintOutputs::printPreview);
     // A completed save ends the progress sheet, as a shown result does.
     connect(&outputs, &ResultOutputs::saved, this, [this] {
         m_tileAndBlend->progressSheet().endSheet();

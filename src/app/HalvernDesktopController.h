@@ -15,6 +15,7 @@ class CompletionSound;
 class ImageEditorWindow;
 class CollageMaker;
 class PleaseWaitWindow;
+class PrintOutputs;
 class ResultOutputs;
 class ResultWindow;
 class LoadFileSheet;
@@ -101,6 +102,7 @@ public:
     // The result window, its outputs and the collage maker.
     ResultWindow &resultWindow() const { return *m_resultWindow; }
     ResultOutputs &resultOutputs() const { return *m_resultOutputs; }
+    PrintOutputs &printOutputs() const { return *m_printOutputs; }
     CollageMaker &collageMaker() const { return *m_collageMaker; }
     PleaseWaitWindow &pleaseWaitWindow() const { return *m_pleaseWaitWindow; }
     // Renders the collage and shows it in the result window.
@@ -156,5 +158,6 @@ private:
     PleaseWaitWindow *m_pleaseWaitWindow = nullptr;
     CollageMaker *m_collageMaker = nullptr;
     ResultOutputs *m_resultOutputs = nullptr;
+    PrintOutputs *m_printOutputs = nullptr;
     QString m_pendingOutputPath;
 };

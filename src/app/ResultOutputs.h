@@ -71,7 +71,8 @@ signals:
     void inserted(const QString &path);
     void pendingOutputWritten(const QString &path, bool ok);
 
-private:
+public:
+    // A job on the picture, run the way every output here runs (the print outputs use it too).
     struct Outcome {
         bool ok = false;
         QString error;
@@ -82,6 +83,8 @@ private:
     using Job = std::function<Outcome(const ResultEncoder::Progress &progress)>;
     // Runs the job on a worker; `text` in the window's status bar while it runs (none: quietly).
     void run(const QString &text, Job job, std::function<void(const Outcome &)> done);
+
+private:
     void setClipboard(const QImage &image, const Outcome &encoded);
     // Opens the file; false (after telling so) when no program opens it.
     bool openFile(const QString &path);

@@ -67,6 +67,11 @@ void ResultWindow::buildActions()
                              tr("Copy the collage, then open it in the default image viewer"));
     QAction *insert = make("insertResult", tr("Insert into Photos"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_I),
                            tr("Put the collage first in the photo list as a new photo"), QStyle::SP_ArrowBack);
+    QAction *pdf = make("exportPdf", tr("Export PDF…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_E),
+                        tr("Put the collage on a page of a PDF file (Ctrl+Shift+E)"));
+    QAction *print = make("printResult", tr("Print…"), QKeySequence::Print, tr("Print the collage (Ctrl+P)"));
+    QAction *preview = make("printPreview", tr("Print Preview…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_P),
+                            tr("See the collage on the printer's page"));
     QAction *fit = make("zoomToFit", tr("Zoom to Fit"), QKeySequence(Qt::CTRL | Qt::Key_0),
                         tr("Shrink a large collage to fit the window"));
     QAction *actual = make("actualSize", tr("Actual Size"), QKeySequence(Qt::CTRL | Qt::Key_1),
@@ -78,6 +83,10 @@ void ResultWindow::buildActions()
 
     QMenu *file = menuBar()->addMenu(tr("&File"));
     file->addAction(save);
+    file->addAction(pdf);
+    file->addSeparator();
+    file->addAction(preview);
+    file->addAction(print);
     file->addSeparator();
     file->addAction(open);
     file->addAction(insert);
@@ -184,7 +193,8 @@ void ResultWindow::endWork(const QString &message)
 void ResultWindow::updateActions()
 {
     const bool ready = !m_view->image().isNull() && !m_working;
-    for (const char *name : {"saveResult", "copyResult", "openResult", "copyAndOpenResult", "insertResult"})
+    for (const char *name : {"saveResult", "copyResult", "openResult", "copyAndOpenResult", "insertResult", "exportPdf",
+                             "printResult", "printPreview"})
         if (QAction *a = action(QString::fromLatin1(name)))
             a->setEnabled(ready);
 }

@@ -34,7 +34,8 @@ public:
     void actualSize();
 
     // Actions by object name: "saveResult", "copyResult", "openResult", "copyAndOpenResult",
-    // "insertResult", "zoomToFit", "actualSize", "closeResult".
+    // "insertResult", "exportPdf", "printResult", "printPreview", "zoomToFit", "actualSize",
+    // "closeResult".
     QAction *action(const QString &name) const;
 
     // Work on the picture under way: the output actions wait, the status bar shows the bar.

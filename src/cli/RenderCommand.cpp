@@ -10,11 +10,14 @@
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "images/ImageBookmarks.h"
+#include "images/PagePreset.h"
 #include "images/ResultFormat.h"
 #include "model/CollageDocument.h"
 #include "model/CollageRenderer.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
+#include "model/PageRenderer.h"
+#include "model/PhotoSharpness.h"
 #include "model/ParallelPngWriter.h"
 #include "model/RenderScale.h"
 #include "model/TileJumble.h"
@@ -59,7 +62,7 @@ const char *kHelp =
     "                           template's own size); the height fits the width when omitted\n"
     "\n"
     "Picture:\n"
-    "  -o, --output OUT         PNG, TIFF, JPEG or WebP, chosen by the extension\n"
+    "  -o, --output OUT         PNG, TIFF, JPEG or WebP, chosen by the extension (PDF with --page)\n"
     "  --scale auto|N           enlarge N times; auto (default) takes as much as the sharpest\n"
     "                           photo needs within a tenth of the free memory and 26 megapixels\n"
     "  --unscaled               the collage at its shown size as the window draws it, with the\n"
@@ -74,6 +77,17 @@ const char *kHelp =
     "                           (width, height, transform) and one 'tile' line per tile (index,\n"
     "                           x, y, width, height, alignment, photo), tab-separated\n"
     "  --verbose                also print the layout, cache and render debugging lines\n"
+    "\n"
+    "Page:\n"
+    "  --page NAME[,landscape]  put the collage on a page: A5 A4 A3 A2 A1 Letter Legal Tabloid\n"
+    "                           10x15cm 13x18cm 20x30cm (any case), rendered afresh at the pixels\n"
+    "                           the page needs; OUT ending in .pdf is a one-page PDF, any other\n"
+    "                           a picture of the whole page (white paper around the collage)\n"
+    "  --dpi N                  the page's resolution, 10-1200 (default 300)\n"
+    "  --margin MM              the margin on every side in millimetres (default 10 for paper,\n"
+    "                           0 for the photo sizes)\n"
+    "  --fill                   fill the page inside the margins, cutting what overflows evenly\n"
+    "                           from both ends (default: the whole collage fitted inside)\n"
     "\n"
     "Exit status: 0 done, 1 a file could not be read or written, 2 a bad argument,\n"
     "3 written, but some photos could not be read (their tiles are left empty).\n";
@@ -99,6 +113,10 @@ struct Request {
     QString output;
     int quality = -1;
     int threads = 0;
+    std::optional<PagePreset> page;
+    std::optional<double> dpi;
+    std::optional<double> margin;
+    bool fill = false;
 };
 
 std::optional<qint64> parseInteger(const QString &text, qint64 min, qint64 max)
@@ -158,6 +176,12 @@ std::optional<QSizeF> parseSize(const QString &text)
     if (!h)
         return std::nullopt;
     return QSizeF(*w, *h);
+}
+
+// Whether an output file name asks for a PDF page rather than a picture.
+bool isPdfOutput(const QString &path)
+{
+    return QFileInfo(path).suffix().compare(QLatin1String("pdf"), Qt::CaseInsensitive) == 0;
 }
 
 // Parses the arguments; an error message on failure.
@@ -275,6 +299,30 @@ QString parse(const QStringList &args, Request &r)
             if (!n)
                 return QStringLiteral("--seed: '%1' is not a whole number from 0 to 4294967295").arg(v->first());
             r.seed = quint32(*n);
+        } else if (a == QLatin1String("--page")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            QString error;
+            r.page = PagePreset::parse(v->first(), &error);
+            if (!r.page)
+                return QStringLiteral("--page: %1").arg(error);
+        } else if (a == QLatin1String("--dpi")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            r.dpi = parseNumber(v->first(), 10, 1200);
+            if (!r.dpi)
+                return QStringLiteral("--dpi: '%1' is not 10-1200").arg(v->first());
+        } else if (a == QLatin1String("--margin")) {
+            const auto v = value();
+            if (!v)
+                return missing();
+            r.margin = parseNumber(v->first(), 0, 1000);
+            if (!r.margin)
+                return QStringLiteral("--margin: '%1' is not millimetres from 0").arg(v->first());
+        } else if (a == QLatin1String("--fill")) {
+            r.fill = true;
         } else if (a == QLatin1String("--layout-only")) {
             r.layoutOnly = true;
         } else if (a == QLatin1String("--verbose")) {
@@ -315,11 +363,30 @@ QString parse(const QStringList &args, Request &r)
         return QStringLiteral("--collage brings its own template and photos: give no --template, --builtin or PHOTO");
     if (r.unscaled && r.scale > 0)
         return QStringLiteral("--unscaled and --scale exclude each other");
+    if (r.page) {
+        if (r.unscaled || r.scale > 0)
+            return QStringLiteral("--page renders at the page's own size: give no --scale or --unscaled");
+        r.page->setDotsPerInch(r.dpi.value_or(PagePreset::kDefaultDotsPerInch)).setFit(r.fill ? PagePreset::Fit::Fill
+                                                                                           : PagePreset::Fit::Inside);
+        if (r.margin)
+            r.page->setMargin(*r.margin);
+        if (!r.page->isValid())
+            return QStringLiteral("--margin: %1 mm on every side leaves no room on a %2 page")
+                .arg(r.page->margin())
+                .arg(r.page->name());
+    } else if (r.dpi || r.margin || r.fill) {
+        return QStringLiteral("--dpi, --margin and --fill need --page");
+    }
     if (!r.layoutOnly) {
         if (r.output.isEmpty())
             return QStringLiteral("name the picture to write with -o OUT");
-        if (ResultFormat::formatForSuffix(QFileInfo(r.output).suffix()).isEmpty())
-            return QStringLiteral("'%1': the extension must be .png, .tif, .tiff, .jpg, .jpeg, .webp or .bmp").arg(r.output);
+        if (isPdfOutput(r.output)) {
+            if (!r.page)
+                return QStringLiteral("'%1': a PDF is a page: choose it with --page NAME").arg(r.output);
+        } else if (ResultFormat::formatForSuffix(QFileInfo(r.output).suffix()).isEmpty()) {
+            return QStringLiteral("'%1': the extension must be .png, .tif, .tiff, .jpg, .jpeg, .webp or .bmp (.pdf with --page)")
+                .arg(r.output);
+        }
     }
     return QString();
 }
@@ -525,6 +592,8 @@ private:
             };
         }
 
+        if (m_request.page)
+            return renderPage(layout, options, terminal);
         qint64 scale = 1;
         CollageRenderer::Result result;
         if (m_request.unscaled) {
@@ -552,6 +621,40 @@ private:
         return result.warnings.isEmpty() ? 0 : 3;
     }
 
+    // The collage rendered afresh for the page, written as a PDF or as a picture of the page.
+    int renderPage(const CollageLayout &layout, const CollageRenderer::Options &options, bool terminal)
+    {
+        const PagePreset &page = *m_request.page;
+        const CollageRenderer::Result result = PageRenderer::render(layout, page, options);
+        if (terminal)
+            m_context.err << '\n';
+        if (!result.ok())
+            return m_context.fail(QStringLiteral("render: %1").arg(result.error));
+        for (const QString &w : result.warnings)
+            m_context.err << "tessary-cli: warning: " << w << " (its tile is left empty)\n";
+        const QSize shown = CollageRenderer::canvasSize(layout.contentSize, 1);
+        if (page.enlargesBeyond(shown, PhotoSharpness::sharpest(layout, 1)))
+            m_context.err << "tessary-cli: warning: the page enlarges the collage "
+                          << QString::number(page.enlargement(shown), 'f', 1)
+                          << " times, beyond the detail of its sharpest photo: the print will look soft\n";
+
+        QString error;
+        if (isPdfOutput(m_request.output)) {
+            const PageRenderer::Document document{QFileInfo(m_request.output).completeBaseName()};
+            if (!PageRenderer::writePdf(result.image, page, m_request.output, document, &error))
+                return m_context.fail(QStringLiteral("render: cannot write '%1': %2").arg(m_request.output, error));
+        } else if (const QString failed = write(PageRenderer::pageImage(result.image, page)); !failed.isEmpty()) {
+            return m_context.fail(QStringLiteral("render: %1").arg(failed));
+        }
+        const QSizeF points = page.sizeInPoints();
+        m_context.out << "Wrote " << m_request.output << ": " << page.name()
+                      << (page.isLandscape() ? " landscape" : "") << " page, " << QString::number(points.width(), 'f', 1)
+                      << " x " << QString::number(points.height(), 'f', 1) << " points, " << page.pixelSize().width()
+                      << " x " << page.pixelSize().height() << " pixels at " << page.dotsPerInch()
+                      << " dpi; the collage " << result.image.width() << " x " << result.image.height() << " pixels\n";
+        return result.warnings.isEmpty() ? 0 : 3;
+    }
+
     // Writes the picture atomically: a failed write leaves any earlier file in place.
     QString write(QImage image)
     {
@@ -571,6 +674,8 @@ private:
             ParallelPngWriter::Options png;
             png.level = m_request.quality >= 0 ? (100 - m_request.quality) * 9 / 100 : 1;
             png.threads = m_request.threads;
+            if (m_request.page)
+                png.dotsPerMeter = image.dotsPerMeterX();
             QString error;
             if (!ParallelPngWriter::writeFile(image, m_request.output, png, &error))
                 return QStringLiteral("cannot write '%1': %2").arg(m_request.output, error);

@@ -42,7 +42,7 @@ struct Shared {
 
 } // namespace
 
-QSize CollageRenderer::canvasSize(const QSizeF &contentSize, qint64 scale)
+QSize CollageRenderer::canvasSize(const QSizeF &contentSize, double scale)
 {
     // The products are taken in single precision, then rounded to whole pixels.
     const float w = float(contentSize.width()) * float(scale);
@@ -52,9 +52,9 @@ QSize CollageRenderer::canvasSize(const QSizeF &contentSize, qint64 scale)
     return QSize(int(std::lround(w)), int(std::lround(h)));
 }
 
-QRect CollageRenderer::pixelRect(const QRectF &frame, qint64 scale)
+QRect CollageRenderer::pixelRect(const QRectF &frame, double scale)
 {
-    const double s = double(scale);
+    const double s = scale;
     const long left = std::lround(frame.left() * s);
     const long top = std::lround(frame.top() * s);
     const long right = std::lround(frame.right() * s);
@@ -115,12 +115,22 @@ CollageRenderer::Result CollageRenderer::renderScaled(const CollageLayout &layou
     return render(layout, std::max<qint64>(scaleFactor, 1), options, false);
 }
 
+CollageRenderer::Result CollageRenderer::renderAtScale(const CollageLayout &layout, double scale, const Options &options)
+{
+    if (!(scale > 0) || !std::isfinite(scale)) {
+        Result result;
+        result.error = QStringLiteral("the collage cannot be enlarged %1 times").arg(scale);
+        return result;
+    }
+    return render(layout, scale, options, false);
+}
+
 CollageRenderer::Result CollageRenderer::renderUnscaled(const CollageLayout &layout, const Options &options)
 {
     return render(layout, 1, options, true);
 }
 
-CollageRenderer::Result CollageRenderer::render(const CollageLayout &layout, qint64 scale, const Options &options,
+CollageRenderer::Result CollageRenderer::render(const CollageLayout &layout, double scale, const Options &options,
                                                 bool decorated)
 {
     Result result;
@@ -170,15 +180,18 @@ CollageRenderer::Result CollageRenderer::render(const CollageLayout &layout, qin
     shared.drawn.assign(tiles.size(), 0);
     shared.warnings.resize(tiles.size());
     std::atomic<size_t> next{0};
+    std::atomic<bool> stopped{false};
     const int total = int(tiles.size());
 
     const auto work = [&]() {
         for (size_t i = next++; i < tiles.size(); i = next++) {
             const TileLayout &tile = *tiles[i];
             const QRect target = rects[i];
+            if (!stopped && options.cancelled && options.cancelled())
+                stopped = true;
             QString error;
             UIImage fitted;
-            if (!target.isEmpty())
+            if (!target.isEmpty() && !stopped)
                 fitted = loadFittedPhoto(tile.imagePath, target.size(), tile.imageAlignment, &error);
             const QImage photo = fitted.bestRepresentation();
 
@@ -212,6 +225,10 @@ CollageRenderer::Result CollageRenderer::render(const CollageLayout &layout, qin
     for (QFuture<void> &f : workers)
         f.waitForFinished();
 
+    if (stopped) {
+        result.error = QStringLiteral("cancelled");
+        return result;
+    }
     result.image = std::move(canvas);
     for (const QString &w : shared.warnings)
         if (!w.isEmpty())

@@ -35,6 +35,9 @@ public:
         int threads = 0;
         // Called after each tile is drawn (from a worker thread, one call at a time).
         std::function<void(int done, int total)> progress;
+        // Asked before each tile (from any worker); once it answers yes the remaining tiles are
+        // skipped and the render gives no picture.
+        std::function<bool()> cancelled;
     };
 
     struct Result {
@@ -53,14 +56,17 @@ public:
     static Result imageCollage(const CollageLayout &layout, bool scaled, const Options &options);
     // The collage enlarged `scaleFactor` times (at least 1).
     static Result renderScaled(const CollageLayout &layout, qint64 scaleFactor, const Options &options);
+    // The collage enlarged by any positive factor, e.g. the pixels per point a printed page
+    // needs; the canvas is canvasSize() of that factor.
+    static Result renderAtScale(const CollageLayout &layout, double scale, const Options &options);
     // The collage at its own size with every tile's decorations.
     static Result renderUnscaled(const CollageLayout &layout, const Options &options);
 
     // The canvas of a collage of `contentSize` points enlarged `scale` times, in whole pixels.
-    static QSize canvasSize(const QSizeF &contentSize, qint64 scale);
+    static QSize canvasSize(const QSizeF &contentSize, double scale);
     // The whole pixels a tile frame covers on a canvas enlarged `scale` times: its edges
     // rounded, so neighbouring tiles meet without seams or overlaps of their own making.
-    static QRect pixelRect(const QRectF &frame, qint64 scale);
+    static QRect pixelRect(const QRectF &frame, double scale);
 
     // The photo at `path` fitted by `method` (an image alignment) to exactly `size` pixels,
     // decoded at a reduced scale when that still covers the size. The empty image with `error`
@@ -68,5 +74,5 @@ public:
     static UIImage loadFittedPhoto(const QString &path, const QSize &size, int method, QString *error = nullptr);
 
 private:
-    static Result render(const CollageLayout &layout, qint64 scale, const Options &options, bool decorated);
+    static Result render(const CollageLayout &layout, double scale, const Options &options, bool decorated);
 };

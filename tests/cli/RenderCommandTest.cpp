@@ -1,5 +1,6 @@
 #include "CliArguments.h"
 #include "CliRunner.h"
+#include "support/PdfFacts.h"
 
 #include "foundation/Log.h"
 #include "foundation/Preferences.h"
@@ -112,6 +113,14 @@ INSTANTIATE_TEST_SUITE_P(
         BadArgs{"collageAndTemplate", {"--collage", "DIR/c.tessary", "--template", "TEMPLATES", "-o", "DIR/x.png"}, 2, "--collage brings"},
         BadArgs{"collageMissing", {"--collage", "DIR/none.tessary", "-o", "DIR/x.png"}, 1, "none.tessary"},
         BadArgs{"collageNotADocument", {"--collage", "TEMPLATES", "-o", "DIR/x.png"}, 1, "not a collage document"},
+        BadArgs{"pdfWithoutPage", {"--template", "TEMPLATES", "-o", "DIR/x.pdf"}, 2, "a PDF is a page"},
+        BadArgs{"unknownPage", {"--page", "B5", "-o", "DIR/x.pdf"}, 2, "--page: 'B5' is not a page"},
+        BadArgs{"sidewaysPage", {"--page", "a4,sideways", "-o", "DIR/x.pdf"}, 2, "neither landscape nor portrait"},
+        BadArgs{"pageAndScale", {"--page", "A4", "--scale", "2", "-o", "DIR/x.pdf"}, 2, "give no --scale"},
+        BadArgs{"dpiWithoutPage", {"--dpi", "300", "-o", "DIR/x.png"}, 2, "need --page"},
+        BadArgs{"badDpi", {"--page", "A4", "--dpi", "0", "-o", "DIR/x.png"}, 2, "--dpi: '0'"},
+        BadArgs{"marginLeavesNoRoom", {"--page", "10x15cm", "--margin", "50", "-o", "DIR/x.pdf"}, 2, "leaves no room"},
+        BadArgs{"unwritablePdf", {"--template", "TEMPLATES", "--page", "A5", "-o", "DIR/no/such/x.pdf"}, 1, "cannot write"},
         BadArgs{"unwritableOutput", {"--template", "TEMPLATES", "-o", "DIR/no/such/folder/x.png"}, 1, "cannot write"}));
 
 TEST_F(RenderCommandTest, WritesEveryFormatAtTheRequestedScale)
@@ -132,6 +141,39 @@ TEST_F(RenderCommandTest, WritesEveryFormatAtTheRequestedScale)
         EXPECT_GT(image.pixelColor(300, 150).blue(), 200) << ext;
         EXPECT_TRUE(r.out.contains(QStringLiteral("600 x 300 pixels, scale 3"))) << r.out.toStdString();
     }
+}
+
+// A 200 × 100 point collage on an A4 landscape page at 150 dpi (1754 × 1240 pixels with a
+// 59-pixel margin): the collage is rendered 1636 × 818 for the PDF, and the picture is the page.
+TEST_F(RenderCommandTest, PageAsPdfOrAsAPictureOfThePage)
+{
+    const QString pdf = path(QStringLiteral("page.pdf"));
+    CliRun r = run({"--template", templates, photos[0], photos[1], "--background", "white", "--page", "A4,LANDSCAPE",
+                    "--dpi", "150", "-o", pdf});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    EXPECT_TRUE(r.out.contains(QStringLiteral("A4 landscape page, 841.9 x 595.3 points, 1754 x 1240 pixels at 150 dpi; "
+                                              "the collage 1636 x 818 pixels")))
+        << r.out.toStdString();
+
+    const QString png = path(QStringLiteral("page.png"));
+    r = run({"--template", templates, photos[0], photos[1], "--page", "a4,landscape", "--dpi", "150", "--margin", "0",
+             "--fill", "-o", png});
+    ASSERT_EQ(r.code, 0) << r.err.toStdString();
+    const QImage page(png);
+    EXPECT_EQ(page.size(), QSize(1754, 1240));
+    EXPECT_EQ(page.dotsPerMeterX(), 5906);
+    EXPECT_GT(page.pixelColor(5, 620).red(), 200); // filled to the edge: red from the first tile
+    EXPECT_GT(page.pixelColor(1748, 620).green(), 200);
+
+    if (!PdfFacts::toolsPresent())
+        GTEST_SKIP() << PdfFacts::kMissing;
+    const PdfFacts facts = PdfFacts::of(pdf);
+    EXPECT_EQ(facts.pages, 1);
+    EXPECT_NEAR(facts.pageSize.width(), 842, 1);
+    EXPECT_NEAR(facts.pageSize.height(), 595, 1);
+    EXPECT_EQ(facts.title, QStringLiteral("page"));
+    ASSERT_EQ(facts.images.size(), 1u);
+    EXPECT_EQ(facts.images[0], QSize(1636, 818));
 }
 
 TEST_F(RenderCommandTest, LayoutOnlyPrintsTheTileFramesForScripts)

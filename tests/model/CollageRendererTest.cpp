@@ -2,11 +2,15 @@
 
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
+#include "model/PageRenderer.h"
 #include "model/RenderScale.h"
 #include "model/TilePainter.h"
 #include "images/ExifJpeg.h"
 #include "support/FakePhotoList.h"
+#include "support/PdfFacts.h"
 
+#include <QFile>
+#include <QFileInfo>
 #include <QPainter>
 #include <QTemporaryDir>
 
@@ -269,6 +273,81 @@ TEST_F(RendererTest, UnscaledRenderShowsOpacityBorderAndSelection)
     const CollageRenderer::Result plain = CollageRenderer::renderScaled(l, 1, options());
     EXPECT_TRUE(shows(plain.image, QPoint(a.center().x(), a.top() + 3), red));
     EXPECT_TRUE(shows(plain.image, QPoint(b.center().x(), b.top()), kColours[1]));
+}
+
+// A 200 × 100 point collage on an A4 landscape page at 150 dpi (1754 × 1240 pixels, a 10 mm
+// margin of 59): fitted it is rendered 1636 × 818; filling, 2244 × 1122 with the sides cut to the
+// 1636-pixel area. The PDF holds exactly the part on the page, at its own pixels.
+TEST_F(RendererTest, PagePdfHoldsTheCollageRenderedForThePage)
+{
+    const FakePhotoList photos({photo(QStringLiteral("a.jpg"), kColours[0]), photo(QStringLiteral("b.jpg"), kColours[1])});
+    const CollageLayout l = layout(2, 1, photos);
+    struct Case {
+        PagePreset::Fit fit;
+        QSize render;
+        QSize embedded;
+    };
+    for (const Case &c : {Case{PagePreset::Fit::Inside, {1636, 818}, {1636, 818}},
+                          Case{PagePreset::Fit::Fill, {2244, 1122}, {1636, 1122}}}) {
+        SCOPED_TRACE(int(c.fit));
+        PagePreset page = *PagePreset::parse(QStringLiteral("a4,landscape"));
+        page.setDotsPerInch(150).setFit(c.fit);
+        const CollageRenderer::Result r = PageRenderer::render(l, page, options());
+        ASSERT_TRUE(r.ok()) << r.error.toStdString();
+        EXPECT_EQ(r.image.size(), c.render);
+
+        // Painted on a page of its own: the margin stays paper, the tiles land centred.
+        QImage sheet(page.pixelSize(), QImage::Format_RGB32);
+        sheet.fill(Qt::white);
+        QPainter painter(&sheet);
+        PageRenderer::paint(painter, r.image, page, 150);
+        painter.end();
+        EXPECT_TRUE(shows(sheet, QPoint(30, 620), Qt::white));
+        EXPECT_TRUE(shows(sheet, QPoint(877 - 300, 620), kColours[0]));
+        EXPECT_TRUE(shows(sheet, QPoint(877 + 300, 620), kColours[1]));
+
+        const QString pdf = dir.filePath(QStringLiteral("page.pdf"));
+        QString error;
+        ASSERT_TRUE(PageRenderer::writePdf(r.image, page, pdf, {QStringLiteral("Holiday"), QStringLiteral("Tessary")},
+                                           &error))
+            << error.toStdString();
+        if (!PdfFacts::toolsPresent())
+            GTEST_SKIP() << PdfFacts::kMissing;
+        const PdfFacts facts = PdfFacts::of(pdf);
+        EXPECT_EQ(facts.pages, 1);
+        EXPECT_NEAR(facts.pageSize.width(), 842, 1);
+        EXPECT_NEAR(facts.pageSize.height(), 595, 1);
+        EXPECT_EQ(facts.title, QStringLiteral("Holiday"));
+        EXPECT_EQ(facts.creator, QStringLiteral("Tessary"));
+        ASSERT_EQ(facts.images.size(), 1u);
+        EXPECT_EQ(facts.images[0], c.embedded);
+    }
+}
+
+TEST_F(RendererTest, CancelledRenderGivesNoPictureAndAFailedPdfKeepsTheOldFile)
+{
+    const FakePhotoList photos({photo(QStringLiteral("a.jpg"), kColours[0])});
+    CollageRenderer::Options o = options();
+    o.cancelled = [] { return true; };
+    const CollageRenderer::Result r = CollageRenderer::renderAtScale(layout(2, 1, photos), 2.5, o);
+    EXPECT_FALSE(r.ok());
+    EXPECT_EQ(r.error, QStringLiteral("cancelled"));
+
+    QString error;
+    const QString old = dir.filePath(QStringLiteral("old.pdf"));
+    QFile file(old);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("old") == 3);
+    file.close();
+    const PagePreset tooWide = PagePreset::named(QStringLiteral("10x15cm"))->setMargin(60);
+    EXPECT_FALSE(PageRenderer::writePdf(QImage(10, 10, QImage::Format_RGB32), tooWide, old, {}, &error));
+    EXPECT_TRUE(error.contains(QStringLiteral("no room"))) << error.toStdString();
+    EXPECT_EQ(QFileInfo(old).size(), 3);
+    EXPECT_EQ(PageRenderer::pdfPath(QStringLiteral("/a/b")), QStringLiteral("/a/b.pdf"));
+    EXPECT_EQ(PageRenderer::pdfPath(QStringLiteral("/a/b.PDF")), QStringLiteral("/a/b.PDF"));
+    EXPECT_EQ(PageRenderer::pdfPath(QStringLiteral("/a/b.png")), QStringLiteral("/a/b.png.pdf"));
+    EXPECT_FALSE(PageRenderer::writePdf(QImage(10, 10, QImage::Format_RGB32), *PagePreset::named(QStringLiteral("A5")),
+                                        dir.filePath(QStringLiteral("no/such/folder/x.pdf")), {}, &error));
+    EXPECT_FALSE(error.isEmpty());
 }
 
 } // namespace
