@@ -38,7 +38,7 @@ ProgressSheet::ProgressSheet(QWidget *parent)
     m_spinner->setRange(0, 1);
     m_abort->setObjectName(QStringLiteral("abortButton"));
     m_abort->setAutoDefault(false);
-    m_abort->setToolTip(tr("The blend runs to its end"));
+    m_abort->setToolTip(tr("Stop the blend"));
     connect(m_abort, &QPushButton::clicked, this, &ProgressSheet::abort);
     connect(this, &QDialog::finished, this, &ProgressSheet::progreeSheetForStitchDidEnd);
 
