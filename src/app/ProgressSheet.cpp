@@ -1,5 +1,6 @@
 #include "app/ProgressSheet.h"
 
+#include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPixmap>
@@ -107,6 +108,14 @@ void ProgressSheet::progreeSheetForStitchDidEnd(int returnCode)
 {
     Q_UNUSED(returnCode);
     hide();
+}
+
+void ProgressSheet::closeEvent(QCloseEvent *event)
+{
+    if (isVisible())
+        emit aborted();
+    hide();
+    event->accept();
 }
 
 QString ProgressSheet::message() const

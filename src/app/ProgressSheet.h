@@ -50,6 +50,11 @@ public slots:
     // Escape does not end the sheet: only the work does.
     void reject() override {}
 
+protected:
+    // Closing the sheet (quitting closes every window first) is an Abort: the work stops and
+    // the sheet goes, so quitting is never held up by running work.
+    void closeEvent(QCloseEvent *event) override;
+
 private:
     static constexpr int kSteps = 1000; // the bar's resolution over 0 .. 1
 

@@ -3,6 +3,7 @@
 #include "app/ProgressSheet.h"
 #include "app/TileSheet.h"
 #include "foundation/AlertPresenter.h"
+#include "foundation/Log.h"
 #include "foundation/Preferences.h"
 #include "images/ImageBookmarks.h"
 #include "images/ImageBrowserController.h"
@@ -122,6 +123,19 @@ void TileAndBlendActions::stitchSquare()
     startStitch(PhotoBlender::Arrangement::Square);
 }
 
+bool TileAndBlendActions::stitchNamed(const QString &name)
+{
+    if (name == QLatin1String("left-to-right"))
+        stitchLeftToRight();
+    else if (name == QLatin1String("bottom-to-top"))
+        stitchBottomToTop();
+    else if (name == QLatin1String("square"))
+        stitchSquare();
+    else
+        return false;
+    return true;
+}
+
 void TileAndBlendActions::startStitch(PhotoBlender::Arrangement arrangement)
 {
     QStringList files = m_browser.images();
@@ -143,6 +157,7 @@ void TileAndBlendActions::startStitch(PhotoBlender::Arrangement arrangement)
         : prefs.uniformlyCropFit()               ? PhotoBlender::UniformSize::Fit
                                                  : PhotoBlender::UniformSize::Crop;
     options.megapixelLimit = prefs.megapixelLimit() ? PhotoBlender::kMegapixelLimit : 0.0;
+    qCInfo(lcTessary, "Blending %lld photos", static_cast<long long>(files.size()));
     m_blendJob.start([files, arrangement, options](BackgroundJob::Control &control) {
         PhotoBlender::Progress progress;
         progress.message = [&control](const QString &m) { control.setMessage(m); };

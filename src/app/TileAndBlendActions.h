@@ -52,6 +52,8 @@ public:
     void stitchLeftToRight();
     void stitchBottomToTop();
     void stitchSquare();
+    // The command named left-to-right, bottom-to-top or square; false for another name.
+    bool stitchNamed(const QString &name);
     // The sheet's Abort: the blend stops, the sheet ends, no picture comes.
     void abortStitch();
     // Stops the cut after its current tile; the tiles made stay in the list.
