@@ -28,6 +28,7 @@ ProgressSheet::ProgressSheet(QWidget *parent)
     m_viewer->setStyleSheet(QStringLiteral("background: palette(base);"));
     m_message->setObjectName(QStringLiteral("progressMessageField"));
     m_message->setMinimumWidth(340);
+    m_message->setWordWrap(true);
     m_bar->setObjectName(QStringLiteral("progressBar"));
     m_bar->setTextVisible(false);
     m_subBar->setObjectName(QStringLiteral("subProgressBar"));

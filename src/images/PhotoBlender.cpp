@@ -812,7 +812,7 @@ PhotoBlender::Outcome run(const std::function<std::vector<Photo>(const Stages &)
         outcome.wholeMegapixels = plan.wholeMegapixels;
         outcome.scaledToLimit = plan.scaled;
         if (plan.scaled)
-            stages.note = QObject::tr("Scaled to %1 megapixels, the megapixel limit (the whole picture would be %2).")
+            stages.note = QObject::tr("Scaled to the megapixel limit: %1 of %2 megapixels.")
                               .arg(options.megapixelLimit, 0, 'f', 0)
                               .arg(plan.wholeMegapixels, 0, 'f', 0);
         // Photos are read as streams; should libvips need one out of order, every photo is

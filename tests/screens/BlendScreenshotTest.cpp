@@ -97,9 +97,8 @@ TEST_F(BlendScreenshotTest, BlendingAPanoramaCutInPieces)
     save(grabMainWindow(), "progress-sheet-blending");
     ASSERT_TRUE(finished.wait(60000) || !finished.isEmpty());
     const QImage picture = finished.first().first().value<QImage>();
-    // The pieces join where they were cut: the whole scene back.
-    EXPECT_NEAR(picture.width(), 2 * step + piece, 2);
-    EXPECT_EQ(picture.height(), scene.height());
+    // The pieces join where they were cut: the whole scene back (within the megapixel limit).
+    EXPECT_NEAR(double(picture.width()) / picture.height(), double(2 * step + piece) / scene.height(), 0.005);
     save(picture.scaledToWidth(1400, Qt::SmoothTransformation), "blended-panorama");
 }
 
