@@ -881,7 +881,8 @@ void intoImage(const VImage &picture, PhotoBlender::Outcome &outcome, const Stag
     outcome.picture = toQImage(picture);
     if (outcome.picture.isNull())
         throw VError();
-    if (stages)
+    // The last preview is the picture itself, made only for someone who shows it.
+    if (stages && stages->progress.image)
         stages->image(outcome.picture.scaled(kPreviewSide, kPreviewSide, Qt::KeepAspectRatio, Qt::SmoothTransformation));
 }
 
