@@ -35,6 +35,7 @@ CollageMaker::CollageMaker(TessaryView &view, UserDefaults &defaults, PleaseWait
 
 CollageMaker::~CollageMaker()
 {
+    m_canceled->store(true);
     m_watcher.waitForFinished();
 }
 
@@ -57,6 +58,8 @@ void CollageMaker::render()
     options.background = m_view.tessaryBackgroundColor();
     options.renderEmptyTiles = Preferences(m_defaults).renderEmptyTiles();
     const Renderer renderer = m_renderer;
+    const auto canceled = m_canceled;
+    options.canceled = [canceled] { return canceled->load(); };
 
     m_watcher.setFuture(QtConcurrent::run(&m_pool, [layout, options, renderer](QPromise<Rendered> &promise) mutable {
         const qint64 scale = RenderScale::scaleFactor(RenderScale::freeMemoryMB(), layout.contentSize,

@@ -178,7 +178,8 @@ CollageRenderer::Result CollageRenderer::render(const CollageLayout &layout, qin
             const QRect target = rects[i];
             QString error;
             UIImage fitted;
-            if (!target.isEmpty())
+            const bool skip = options.canceled && options.canceled();
+            if (!target.isEmpty() && !skip)
                 fitted = loadFittedPhoto(tile.imagePath, target.size(), tile.imageAlignment, &error);
             const QImage photo = fitted.bestRepresentation();
 
@@ -212,6 +213,10 @@ CollageRenderer::Result CollageRenderer::render(const CollageLayout &layout, qin
     for (QFuture<void> &f : workers)
         f.waitForFinished();
 
+    if (options.canceled && options.canceled()) {
+        result.error = QStringLiteral("cancelled");
+        return result;
+    }
     result.image = std::move(canvas);
     for (const QString &w : shared.warnings)
         if (!w.isEmpty())

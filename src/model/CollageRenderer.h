@@ -35,6 +35,9 @@ public:
         int threads = 0;
         // Called after each tile is drawn (from a worker thread, one call at a time).
         std::function<void(int done, int total)> progress;
+        // Asked before each tile (from worker threads); once true, the remaining tiles are
+        // skipped and the render gives no picture.
+        std::function<bool()> canceled;
     };
 
     struct Result {
