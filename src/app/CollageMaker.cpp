@@ -38,6 +38,7 @@ CollageMaker::CollageMaker(TessaryView &view, UserDefaults &defaults, PleaseWait
 
 CollageMaker::~CollageMaker()
 {
+    m_canceled->store(true);
     m_watcher.waitForFinished();
 }
 
@@ -60,6 +61,8 @@ void CollageMaker::render()
     options.background = m_view.tessaryBackgroundColor();
     options.renderEmptyTiles = Preferences(m_defaults).renderEmptyTiles();
     const Renderer renderer = m_renderer;
+    const auto canceled = m_canceled;
+    options.cancelled = [canceled] { return canceled->load(); };
     m_rendering = layout;
     m_renderingOptions = options;
 

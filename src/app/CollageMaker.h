@@ -8,7 +8,9 @@
 #include <QObject>
 #include <QThreadPool>
 
+#include <atomic>
 #include <functional>
+#include <memory>
 
 class PleaseWaitWindow;
 class TessaryView;
@@ -18,7 +20,7 @@ class UserDefaults;
 // second so it and its spinner are drawn, then renders the current layout at the scale chosen
 // from the photos and the free memory on a worker thread, the bar following the tiles drawn.
 // The windows stay live throughout. A render that gives nothing only hides the please-wait
-// window.
+// window. Destroying the maker (quitting) cancels a running render.
 class CollageMaker : public QObject
 {
     Q_OBJECT
@@ -71,4 +73,6 @@ private:
     QFutureWatcher<Rendered> m_watcher;
     CollageLayout m_rendering, m_madeLayout;
     CollageRenderer::Options m_renderingOptions, m_madeOptions;
+    // Set when the maker goes (the program quits): a running render skips its remaining tiles.
+    std::shared_ptr<std::atomic<bool>> m_canceled = std::make_shared<std::atomic<bool>>(false);
 };

@@ -1,5 +1,6 @@
 #include "app/ProgressSheet.h"
 
+#include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPixmap>
@@ -27,6 +28,7 @@ ProgressSheet::ProgressSheet(QWidget *parent)
     m_viewer->setStyleSheet(QStringLiteral("background: palette(base);"));
     m_message->setObjectName(QStringLiteral("progressMessageField"));
     m_message->setMinimumWidth(340);
+    m_message->setWordWrap(true);
     m_bar->setObjectName(QStringLiteral("progressBar"));
     m_bar->setTextVisible(false);
     m_subBar->setObjectName(QStringLiteral("subProgressBar"));
@@ -38,7 +40,7 @@ ProgressSheet::ProgressSheet(QWidget *parent)
     m_spinner->setRange(0, 1);
     m_abort->setObjectName(QStringLiteral("abortButton"));
     m_abort->setAutoDefault(false);
-    m_abort->setToolTip(tr("The blend runs to its end"));
+    m_abort->setToolTip(tr("Stop the blend"));
     connect(m_abort, &QPushButton::clicked, this, &ProgressSheet::abort);
     connect(this, &QDialog::finished, this, &ProgressSheet::progreeSheetForStitchDidEnd);
 
@@ -107,6 +109,14 @@ void ProgressSheet::progreeSheetForStitchDidEnd(int returnCode)
 {
     Q_UNUSED(returnCode);
     hide();
+}
+
+void ProgressSheet::closeEvent(QCloseEvent *event)
+{
+    if (isVisible())
+        emit aborted();
+    hide();
+    event->accept();
 }
 
 QString ProgressSheet::message() const

@@ -8,8 +8,9 @@ class QProgressBar;
 class QPushButton;
 
 // The progress sheet of long photo work (blending): a message line, a picture of the work in
-// hand, a main and a secondary bar, a spinner and an Abort button. The button has no effect on
-// running work. Window-modal; prepareForStitch() then open(). The work ends it with endSheet().
+// hand, a main and a secondary bar, a spinner and an Abort button, which reports aborted() for
+// the work to stop. Window-modal; prepareForStitch() then open(). The work ends it with
+// endSheet().
 class ProgressSheet : public QDialog
 {
     Q_OBJECT
@@ -27,8 +28,8 @@ public:
     // bar turns indeterminate and animates; otherwise it is measured.
     void updateProgressBar(double value);
     void displayImage(const QImage &image);
-    // The Abort button's action: nothing.
-    void abort() {}
+    // The Abort button's action.
+    void abort() { emit aborted(); }
     // The sheet has ended: order it out.
     void progreeSheetForStitchDidEnd(int returnCode);
 
@@ -42,9 +43,17 @@ public:
     QProgressBar *indeterminateProgressBar() const { return m_spinner; }
     QPushButton *abortButton() const { return m_abort; }
 
+signals:
+    void aborted();
+
 public slots:
     // Escape does not end the sheet: only the work does.
     void reject() override {}
+
+protected:
+    // Closing the sheet (quitting closes every window first) is an Abort: the work stops and
+    // the sheet goes, so quitting is never held up by running work.
+    void closeEvent(QCloseEvent *event) override;
 
 private:
     static constexpr int kSteps = 1000; // the bar's resolution over 0 .. 1

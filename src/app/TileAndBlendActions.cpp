@@ -3,6 +3,7 @@
 #include "app/ProgressSheet.h"
 #include "app/TileSheet.h"
 #include "foundation/AlertPresenter.h"
+#include "foundation/Log.h"
 #include "foundation/Preferences.h"
 #include "images/ImageBookmarks.h"
 #include "images/ImageBrowserController.h"
@@ -39,11 +40,18 @@ TileAndBlendActions::TileAndBlendActions(UserDefaults &defaults, ImageBrowserCon
     });
     connect(&m_tiler, &PhotoTiler::tilingFinished, &m_tilingProgress, &TilingProgressIndicator::end);
 
+    connect(&m_tilingProgress, &TilingProgressIndicator::cancelRequested, this, &TileAndBlendActions::cancelTiling);
+
     ProgressSheet *sheet = m_progressSheet;
-    connect(&m_blender, &PhotoBlender::progressMessage, sheet, &ProgressSheet::updateProgressMessage);
-    connect(&m_blender, &PhotoBlender::progressFraction, sheet, &ProgressSheet::updateProgressBar);
-    connect(&m_blender, &PhotoBlender::progressImage, sheet, &ProgressSheet::displayImage);
-    connect(&m_blender, &PhotoBlender::finished, this, &TileAndBlendActions::blendFinished);
+    connect(&m_blendJob, &BackgroundJob::messageChanged, sheet, &ProgressSheet::updateProgressMessage);
+    connect(&m_blendJob, &BackgroundJob::progressChanged, sheet, &ProgressSheet::updateProgressBar);
+    connect(&m_blendJob, &BackgroundJob::partialResult, sheet,
+            [sheet](const QVariant &preview) { sheet->displayImage(preview.value<QImage>()); });
+    connect(&m_blendJob, &BackgroundJob::finished, this, [this](const QVariant &picture, bool canceled) {
+        if (!canceled)
+            emit blendFinished(picture.value<QImage>());
+    });
+    connect(sheet, &ProgressSheet::aborted, this, &TileAndBlendActions::abortStitch);
 }
 
 TileAndBlendActions::~TileAndBlendActions() = default;
@@ -115,6 +123,19 @@ void TileAndBlendActions::stitchSquare()
     startStitch(PhotoBlender::Arrangement::Square);
 }
 
+bool TileAndBlendActions::stitchNamed(const QString &name)
+{
+    if (name == QLatin1String("left-to-right"))
+        stitchLeftToRight();
+    else if (name == QLatin1String("bottom-to-top"))
+        stitchBottomToTop();
+    else if (name == QLatin1String("square"))
+        stitchSquare();
+    else
+        return false;
+    return true;
+}
+
 void TileAndBlendActions::startStitch(PhotoBlender::Arrangement arrangement)
 {
     QStringList files = m_browser.images();
@@ -130,12 +151,27 @@ void TileAndBlendActions::startStitch(PhotoBlender::Arrangement arrangement)
         ? int(prefs.blendingMarginWidth()) : 50;
     options.inputImageScaling = m_defaults.hasObject(Preferences::InputImageScaling)
         ? int(prefs.inputImageScaling()) : 100;
-    const bool crop = prefs.uniformlyCrop(), fit = prefs.uniformlyCropFit();
-    const QString temp = m_temporaryFolder;
-    QDir().mkpath(temp);
-    m_blender.start(files, arrangement, options, [crop, fit, temp](const QStringList &in) {
-        return UniformCropper::uniformlyCropImages(in, crop, fit, temp);
+    // Uniform cropping is part of the blend: the photos are brought to one size as they are
+    // read, with no copies written.
+    options.uniformSize = !prefs.uniformlyCrop() ? PhotoBlender::UniformSize::None
+        : prefs.uniformlyCropFit()               ? PhotoBlender::UniformSize::Fit
+                                                 : PhotoBlender::UniformSize::Crop;
+    options.megapixelLimit = prefs.megapixelLimit() ? PhotoBlender::kMegapixelLimit : 0.0;
+    qCInfo(lcTessary, "Blending %lld photos", static_cast<long long>(files.size()));
+    m_blendJob.start([files, arrangement, options](BackgroundJob::Control &control) {
+        PhotoBlender::Progress progress;
+        progress.message = [&control](const QString &m) { control.setMessage(m); };
+        progress.fraction = [&control](double f) { control.setProgress(f); };
+        progress.image = [&control](const QImage &preview) { control.post(preview); };
+        progress.canceled = [&control] { return control.isCanceled(); };
+        return QVariant(PhotoBlender::blend(files, arrangement, options, progress).picture);
     });
+}
+
+void TileAndBlendActions::abortStitch()
+{
+    m_blendJob.cancel();
+    m_progressSheet->endSheet();
 }
 
 void TileAndBlendActions::uniformlyCropImages()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "foundation/BackgroundJob.h"
 #include "images/PhotoBlender.h"
 #include "images/PhotoTiler.h"
 
@@ -18,8 +19,8 @@ class QWidget;
 
 // The photo operations that are not layout: cutting the selected photo into tiles (the tile
 // sheet, the tiling bar) and the three blend commands (their checks, the progress sheet, the
-// blend on a thread of its own). The cut and the blend are the core's (PhotoTiler,
-// PhotoBlender, UniformCropper); this class wires them to the windows.
+// blend as a background job, which the sheet's Abort cancels). The cut and the blend are the
+// core's (PhotoTiler, PhotoBlender, UniformCropper); this class wires them to the windows.
 class TileAndBlendActions : public QObject
 {
     Q_OBJECT
@@ -31,7 +32,7 @@ public:
     ProgressSheet &progressSheet() const { return *m_progressSheet; }
     TileSheet &tilePhotosWindow() const { return *m_tileSheet; }
     PhotoTiler &tiler() { return m_tiler; }
-    PhotoBlender &blender() { return m_blender; }
+    BackgroundJob &blendJob() { return m_blendJob; }
     bool tilingInProgress() const { return m_tiler.tilingInProgress(); }
     // The photos of the last blend command, as the command took them from the list.
     QStringList filesToStitch() const { return m_filesToStitch; }
@@ -51,6 +52,12 @@ public:
     void stitchLeftToRight();
     void stitchBottomToTop();
     void stitchSquare();
+    // The command named left-to-right, bottom-to-top or square; false for another name.
+    bool stitchNamed(const QString &name);
+    // The sheet's Abort: the blend stops, the sheet ends, no picture comes.
+    void abortStitch();
+    // Stops the cut after its current tile; the tiles made stay in the list.
+    void cancelTiling() { m_tiler.cancel(); }
     // filesToStitch := its uniformly cropped copies ("UniformlyCrop", "UniformlyCropFit").
     void uniformlyCropImages();
 
@@ -77,7 +84,7 @@ private:
     ProgressSheet *m_progressSheet;
     TileSheet *m_tileSheet;
     PhotoTiler m_tiler;
-    PhotoBlender m_blender;
+    BackgroundJob m_blendJob;
     QStringList m_filesToStitch;
     QString m_temporaryFolder;
     QColor m_backgroundColor = Qt::white;

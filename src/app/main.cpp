@@ -1,5 +1,6 @@
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
+#include "app/TileAndBlendActions.h"
 #include "app/WebEngineEnvironment.h"
 #include "app/SingleInstance.h"
 #include "app/WindowProbe.h"
@@ -31,7 +32,8 @@ void onTerminationSignal(int)
 }
 
 // The session sends SIGTERM at logout: quit through the event loop so everything is saved as
-// for Quit. The handler only writes a byte; the event loop does the rest.
+// for Quit (quitting cancels running work). The handler only writes a byte; the event loop does
+// the rest. A second signal ends the program the default way, should quitting ever stick.
 void quitOnTerminationSignals(QApplication &app)
 {
     if (::socketpair(AF_UNIX, SOCK_STREAM, 0, g_termPipe) != 0)
@@ -41,6 +43,8 @@ void quitOnTerminationSignals(QApplication &app)
         notifier->setEnabled(false);
         char byte;
         [[maybe_unused]] const ssize_t n = ::read(g_termPipe[0], &byte, 1);
+        for (const int sig : {SIGTERM, SIGINT, SIGHUP})
+            ::signal(sig, SIG_DFL);
         QApplication::quit();
     });
     struct sigaction action = {};
@@ -83,11 +87,17 @@ int main(int argc, char **argv)
     // Files to open: photos, templates files and collage documents (options are not files).
     QStringList files;
     QString writeResult;
+    QString blend;
     const QStringList arguments = app.arguments().mid(1);
     for (qsizetype i = 0; i < arguments.size(); ++i) {
         // --write-result FILE: the next collage shown is also written there as an LZW TIFF.
         if (arguments[i] == QLatin1String("--write-result") && i + 1 < arguments.size()) {
             writeResult = QFileInfo(arguments[++i]).absoluteFilePath();
+            continue;
+        }
+        // --blend left-to-right|bottom-to-top|square: blend the photo list once the window is up.
+        if (arguments[i] == QLatin1String("--blend") && i + 1 < arguments.size()) {
+            blend = arguments[++i];
             continue;
         }
         if (!arguments[i].startsWith(QLatin1Char('-')) && QFileInfo(arguments[i]).isFile())
@@ -109,5 +119,7 @@ int main(int argc, char **argv)
     controller.setPendingOutputPath(writeResult);
     WindowProbe::createIfRequested(&controller.mainWindow(), &controller.mainWindow().tessaryView(), &app);
     controller.launch(files);
+    if (!blend.isEmpty())
+        controller.tileAndBlendActions().stitchNamed(blend);
     return app.exec();
 }

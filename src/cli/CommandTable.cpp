@@ -1,5 +1,6 @@
 #include "CommandTable.h"
 
+#include "BlendCommand.h"
 #include "DefaultsCommand.h"
 #include "ImageCommand.h"
 #include "PhotosCommand.h"
@@ -14,6 +15,7 @@ const std::vector<CommandTable::Entry> &CommandTable::entries()
         {QStringLiteral("template"), QStringLiteral("list, apply, import, export and edit templates; print the layout"), TemplateCommand::run},
         {QStringLiteral("image"), QStringLiteral("inspect pictures and fit them into a size"), ImageCommand::run},
         {QStringLiteral("render"), QStringLiteral("render a collage into a picture, or print its tile frames"), RenderCommand::run},
+        {QStringLiteral("blend"), QStringLiteral("join photos into one seamless picture (a panorama)"), BlendCommand::run},
     };
     return table;
 }

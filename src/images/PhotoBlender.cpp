@@ -5,14 +5,21 @@
 
 #include "ImageFileReader.h"
 
+#include <QDir>
 #include <QFile>
-#include <QtConcurrent/QtConcurrentRun>
+#include <QFileInfo>
+#include <QObject>
+#include <QRect>
+#include <QUuid>
 
 #include <algorithm>
 #include <atomic>
+#include <climits>
 #include <cmath>
+#include <filesystem>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 using vips::VError;
@@ -31,6 +38,8 @@ constexpr double kMinTexture = 4.0;
 // The first search runs on copies this many pixels across; the join is then refined at full
 // size near the place found.
 constexpr int kCoarseSide = 128;
+// The side of the previews shown while the work goes on.
+constexpr int kPreviewSide = 320;
 
 void ensureVips()
 {
@@ -41,6 +50,36 @@ void ensureVips()
         // memory.
         vips_cache_set_max(0);
     });
+}
+
+// The blend was cancelled between two steps.
+struct Canceled {};
+
+// The cancel check of the blend running on this thread. Every picture the blend computes is
+// watched through it, so a cancel stops libvips in the middle of a computation too.
+thread_local const std::function<bool()> *tCanceled = nullptr;
+
+void killWhenCanceled(VipsImage *image, VipsProgress *, void *user)
+{
+    if ((*static_cast<const std::function<bool()> *>(user))())
+        vips_image_set_kill(image, TRUE);
+}
+
+// `in` as a new picture whose computation stops (with an error) once the blend is cancelled.
+VImage watched(const VImage &in)
+{
+    VImage out = in.copy();
+    if (tCanceled && *tCanceled) {
+        vips_image_set_progress(out.get_image(), TRUE);
+        g_signal_connect(out.get_image(), "eval", G_CALLBACK(killWhenCanceled),
+                         const_cast<std::function<bool()> *>(tCanceled));
+    }
+    return out;
+}
+
+VImage materialised(const VImage &in)
+{
+    return watched(in).copy_memory();
 }
 
 // Pictures with transparency travel as four bands (RGBA, not premultiplied), others as three.
@@ -73,9 +112,10 @@ QImage toQImage(const VImage &image)
 }
 
 // Three 8-bit bands of sRGB, upright, plus the alpha band when the picture has one.
-VImage normalised(VImage in)
+VImage normalised(VImage in, bool upright = false)
 {
-    in = in.autorot();
+    if (!upright)
+        in = in.autorot();
     if (in.interpretation() != VIPS_INTERPRETATION_sRGB || in.format() != VIPS_FORMAT_UCHAR)
         in = in.colourspace(VIPS_INTERPRETATION_sRGB);
     const int bands = in.has_alpha() ? 4 : 3;
@@ -84,24 +124,6 @@ VImage normalised(VImage in)
     if (in.format() != VIPS_FORMAT_UCHAR)
         in = in.cast(VIPS_FORMAT_UCHAR);
     return in;
-}
-
-// When any photo has transparency, every photo gets an alpha band (opaque where it had none).
-void matchBands(std::vector<VImage> &photos)
-{
-    const bool alpha = std::any_of(photos.begin(), photos.end(), [](const VImage &p) { return p.bands() == 4; });
-    if (!alpha)
-        return;
-    for (VImage &p : photos) {
-        if (p.bands() == 3)
-            p = p.bandjoin_const({255});
-    }
-}
-
-VImage scaled(const VImage &in, int percent)
-{
-    const int p = std::clamp(percent, 1, 400);
-    return p == 100 ? in : in.resize(p / 100.0);
 }
 
 // The green band stands for brightness in the search: close to it, and free to take.
@@ -116,9 +138,134 @@ VImage transposed(const VImage &in)
     return in.rot(VIPS_ANGLE_D90).flip(VIPS_DIRECTION_HORIZONTAL);
 }
 
-QImage preview(const VImage &in)
+
+// `in` at exactly `target` pixels (both directions scaled on their own).
+VImage resizedTo(const VImage &in, QSize target)
 {
-    return toQImage(in.thumbnail_image(320, VImage::option()->set("height", 320)));
+    if (in.width() == target.width() && in.height() == target.height())
+        return in;
+    const bool alpha = in.bands() == 4;
+    VImage out = alpha ? in.premultiply() : in;
+    out = out.resize(double(target.width()) / in.width(),
+                     VImage::option()->set("vscale", double(target.height()) / in.height()));
+    if (alpha)
+        out = out.unpremultiply();
+    if (out.format() != VIPS_FORMAT_UCHAR)
+        out = out.cast(VIPS_FORMAT_UCHAR);
+    if (out.width() != target.width() || out.height() != target.height())
+        out = out.embed(0, 0, target.width(), target.height(), VImage::option()->set("extend", VIPS_EXTEND_COPY));
+    return out;
+}
+
+// When any picture has transparency, every one gets an alpha band (opaque where it had none).
+void matchBands(std::vector<VImage> &pictures)
+{
+    if (std::none_of(pictures.begin(), pictures.end(), [](const VImage &p) { return p.bands() == 4; }))
+        return;
+    for (VImage &p : pictures) {
+        if (p.bands() == 3)
+            p = p.bandjoin_const({255});
+    }
+}
+
+// One photo as the blend reads it: its upright size, the part of it that is used (all of it
+// less fully transparent borders) and how to read a part of it at a given size.
+struct Photo {
+    QSize upright;
+    QRect used;
+    bool alpha = false;
+    // The part `source` (upright pixels) at `target` pixels; `random` when it will be read
+    // more than once.
+    std::function<VImage(const QRect &source, QSize target, bool random)> load;
+};
+
+// A photo with an alpha band: the part inside its fully transparent borders, and whether
+// that part is all opaque (its alpha band can then be dropped).
+void trimTransparentBorders(Photo &photo)
+{
+    const VImage alpha = materialised(photo.load(photo.used, photo.upright, true).extract_band(3));
+    int top = 0, width = 0, height = 0;
+    const int left = alpha.find_trim(&top, &width, &height,
+                                     VImage::option()->set("background", std::vector<double>{0})->set("threshold", 0.5));
+    photo.used = width > 0 && height > 0 ? QRect(left, top, width, height) : QRect();
+    if (!photo.used.isEmpty())
+        photo.alpha = alpha.extract_area(left, top, width, height).min() < 255;
+}
+
+VImage withBands(VImage in, bool alpha)
+{
+    return !alpha && in.bands() == 4 ? in.extract_band(0, VImage::option()->set("n", 3)) : in;
+}
+
+VImage loadFile(const QByteArray &name, QSize upright, bool rotated, bool alpha, const QRect &source, QSize target,
+                bool random)
+{
+    const bool whole = source == QRect(QPoint(0, 0), upright);
+    if (whole && target.width() * 2 <= upright.width() && target.height() * 2 <= upright.height()) {
+        // Much smaller than the photo: decoded at a reduced scale where the format allows.
+        const VImage small = VImage::thumbnail(name.constData(), target.width(),
+                                               VImage::option()->set("height", target.height())->set("size", VIPS_SIZE_FORCE));
+        return withBands(resizedTo(normalised(small, true), target), alpha);
+    }
+    // A photo that must be turned upright cannot be read as a stream.
+    const VImage file = VImage::new_from_file(
+        name.constData(), VImage::option()->set("access", random || rotated ? VIPS_ACCESS_RANDOM : VIPS_ACCESS_SEQUENTIAL));
+    VImage in = normalised(file);
+    if (!whole)
+        in = in.extract_area(source.x(), source.y(), source.width(), source.height());
+    return withBands(resizedTo(in, target), alpha);
+}
+
+// Only the header is read here. Pictures claiming more pixels than any photo are refused
+// before a pixel is decoded, as everywhere else.
+Photo filePhoto(const QString &path)
+{
+    const QByteArray name = QFile::encodeName(path);
+    const VImage header = VImage::new_from_file(name.constData());
+    if (qint64(header.width()) * header.height() > ImageFileReader::MaxPixels)
+        throw VError("too many pixels");
+    const int orientation = vips_image_get_orientation(header.get_image());
+    Photo photo;
+    photo.upright = orientation >= 5 ? QSize(header.height(), header.width()) : QSize(header.width(), header.height());
+    photo.used = QRect(QPoint(0, 0), photo.upright);
+    photo.alpha = header.has_alpha();
+    const auto loader = [name, upright = photo.upright, rotated = orientation > 1](bool alpha) {
+        return [=](const QRect &source, QSize target, bool random) {
+            return loadFile(name, upright, rotated, alpha, source, target, random);
+        };
+    };
+    photo.load = loader(true);
+    if (photo.alpha) {
+        trimTransparentBorders(photo);
+        photo.load = loader(photo.alpha);
+    }
+    return photo;
+}
+
+Photo imagePhoto(const QImage &image)
+{
+    const VImage picture = fromQImage(image).copy_memory();
+    Photo photo;
+    photo.upright = image.size();
+    photo.used = QRect(QPoint(0, 0), photo.upright);
+    photo.alpha = picture.bands() == 4;
+    const auto loader = [picture](bool alpha) {
+        return [=](const QRect &source, QSize target, bool) {
+            return withBands(resizedTo(picture.extract_area(source.x(), source.y(), source.width(), source.height()), target), alpha);
+        };
+    };
+    photo.load = loader(true);
+    if (photo.alpha) {
+        trimTransparentBorders(photo);
+        photo.load = loader(photo.alpha);
+    }
+    return photo;
+}
+
+QImage previewOf(const Photo &photo)
+{
+    const QSize size = photo.used.size().scaled(kPreviewSide, kPreviewSide, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+    return toQImage(materialised(photo.load(photo.used, size, false)));
 }
 
 // Where `patch` fits best inside `region`: its top-left corner, the correlation there and
@@ -226,9 +373,9 @@ struct SearchCopy {
     VImage shrunk(int factor) const
     {
         if (factor > 1 && source && source->shrunk)
-            return turned(grey(source->shrunk(QSize(photo.width() / factor, photo.height() / factor)))).copy_memory();
+            return materialised(turned(grey(source->shrunk(QSize(photo.width() / factor, photo.height() / factor)))));
         const VImage g = grey(fullPhoto());
-        return turned(factor > 1 ? g.shrink(factor, factor) : g).copy_memory();
+        return materialised(turned(factor > 1 ? g.shrink(factor, factor) : g));
     }
     const VImage &mediumCopy() const
     {
@@ -238,11 +385,18 @@ struct SearchCopy {
         }
         return medium;
     }
+    // The large copies are only needed while this photo's joins are looked for.
+    void release() const
+    {
+        full = VImage();
+        medium = VImage();
+        mediumShrink = 0;
+    }
     // A part of the full photo, grey, in the search's orientation.
     VImage cut(int x, int y, int w, int h) const
     {
         const VImage &f = fullPhoto();
-        return grey(transpose ? transposed(f.extract_area(y, x, h, w)) : f.extract_area(x, y, w, h)).copy_memory();
+        return materialised(grey(transpose ? transposed(f.extract_area(y, x, h, w)) : f.extract_area(x, y, w, h)));
     }
 };
 
@@ -305,7 +459,8 @@ bool matchToTheRight(const SearchCopy &a, const SearchCopy &b, QPoint *offset)
     return true;
 }
 
-PhotoBlender::Join fixedJoin(const VImage &first, const VImage &second, bool vertical, int margin)
+
+PhotoBlender::Join fixedJoin(QSize first, QSize second, bool vertical, int margin)
 {
     PhotoBlender::Join join;
     if (vertical) {
@@ -318,8 +473,12 @@ PhotoBlender::Join fixedJoin(const VImage &first, const VImage &second, bool ver
     return join;
 }
 
-PhotoBlender::Join joinOf(const SearchCopy *first, const SearchCopy *second, const VImage &a, const VImage &b,
-                          bool vertical, int margin)
+QSize sizeOf(const VImage &in)
+{
+    return QSize(in.width(), in.height());
+}
+
+PhotoBlender::Join joinOf(const SearchCopy *first, const SearchCopy *second, QSize a, QSize b, bool vertical, int margin)
 {
     QPoint found;
     if (first && second && matchToTheRight(*first, *second, &found))
@@ -327,70 +486,291 @@ PhotoBlender::Join joinOf(const SearchCopy *first, const SearchCopy *second, con
     return fixedJoin(a, b, vertical, margin);
 }
 
-// The photos placed at their positions (top-left corners, in one coordinate space, each to the
-// right of or below the one before), feathered over at most `blend` pixels where they overlap.
-VImage assemble(const std::vector<VImage> &photos, const std::vector<QPoint> &positions, bool vertical, int blend)
+// The pictures placed at their positions (top-left corners, in one coordinate space, each to
+// the right of or below the one before), feathered across the whole of each overlap, then cut
+// to the band that every picture covers, so a join found a little higher or lower leaves no
+// empty corner.
+VImage assemble(std::vector<VImage> pictures, const std::vector<QPoint> &positions, bool vertical)
 {
-    VImage mosaic = photos[0];
+    matchBands(pictures);
+    VImage mosaic = pictures[0];
     QPoint origin = positions[0];
-    for (size_t i = 1; i < photos.size(); ++i) {
+    int bandStart = vertical ? positions[0].x() : positions[0].y();
+    int bandEnd = bandStart + (vertical ? pictures[0].width() : pictures[0].height());
+    for (size_t i = 1; i < pictures.size(); ++i) {
         const QPoint at = positions[i] - origin;
         const int overlap = vertical ? mosaic.height() - at.y() : mosaic.width() - at.x();
         if (overlap > 0) {
-            mosaic = mosaic.merge(photos[i], vertical ? VIPS_DIRECTION_VERTICAL : VIPS_DIRECTION_HORIZONTAL,
-                                  -at.x(), -at.y(), VImage::option()->set("mblend", std::max(blend, 1)));
+            mosaic = mosaic.merge(pictures[i], vertical ? VIPS_DIRECTION_VERTICAL : VIPS_DIRECTION_HORIZONTAL,
+                                  -at.x(), -at.y(), VImage::option()->set("mblend", overlap));
         } else {
             // Side by side without overlap: a canvas holding both.
             const int left = std::min(0, at.x()), top = std::min(0, at.y());
-            const int w = std::max(mosaic.width(), at.x() + photos[i].width()) - left;
-            const int h = std::max(mosaic.height(), at.y() + photos[i].height()) - top;
-            mosaic = mosaic.embed(-left, -top, w, h).insert(photos[i], at.x() - left, at.y() - top);
+            const int w = std::max(mosaic.width(), at.x() + pictures[i].width()) - left;
+            const int h = std::max(mosaic.height(), at.y() + pictures[i].height()) - top;
+            mosaic = mosaic.embed(-left, -top, w, h).insert(pictures[i], at.x() - left, at.y() - top);
         }
         origin = QPoint(std::min(origin.x(), positions[i].x()), std::min(origin.y(), positions[i].y()));
+        const int start = vertical ? positions[i].x() : positions[i].y();
+        bandStart = std::max(bandStart, start);
+        bandEnd = std::min(bandEnd, start + (vertical ? pictures[i].width() : pictures[i].height()));
     }
-    return mosaic;
+    const int from = bandStart - (vertical ? origin.x() : origin.y());
+    const int across = bandEnd - bandStart;
+    if (across <= 0 || (from == 0 && across == (vertical ? mosaic.width() : mosaic.height())))
+        return mosaic;
+    return vertical ? mosaic.extract_area(from, 0, across, mosaic.height())
+                    : mosaic.extract_area(0, from, mosaic.width(), across);
 }
 
 struct Stages {
     const PhotoBlender::Progress &progress;
+    // A second line kept under every message (that the picture was scaled to the limit).
+    QString note;
+
     void message(const QString &m) const
     {
         if (progress.message)
-            progress.message(m);
+            progress.message(note.isEmpty() ? m : m + QLatin1Char('\n') + note);
     }
     void fraction(double f) const
     {
         if (progress.fraction)
             progress.fraction(f);
     }
-    void image(const VImage &in) const
+    void image(const QImage &preview) const
     {
-        if (progress.image)
-            progress.image(preview(in));
+        if (progress.image && !preview.isNull())
+            progress.image(preview);
+    }
+    bool canceled() const { return progress.canceled && progress.canceled(); }
+    void check() const
+    {
+        if (canceled())
+            throw Canceled();
     }
 };
 
-// One chain of photos joined in order, each to the right of (or below) the one before.
-VImage chain(const std::vector<VImage> &photos, const std::vector<Source> *sources, bool vertical,
-             const PhotoBlender::Options &options, const Stages &stages, int *pairsDone, int pairs)
+// Stages of the work on the bar: reading the photos, then joining them, then making the
+// picture.
+constexpr double kReadEnd = 0.15;
+constexpr double kJoinEnd = 0.4;
+
+// How the search reaches each picture of a chain; empty when it is in memory.
+using Sources = std::vector<Source>;
+
+// One chain of pictures joined in order, each to the right of (or below) the one before.
+VImage chain(const std::vector<VImage> &pictures, const Sources *sources, bool vertical, int margin, bool findJoins,
+             const Stages &stages, int *joinsDone, int joins)
 {
     std::vector<QPoint> positions{QPoint(0, 0)};
     std::vector<SearchCopy> copies;
-    if (options.findJoins && photos.size() > 1) {
-        const int shrink = searchShrink(photos, vertical);
-        for (size_t i = 0; i < photos.size(); ++i)
-            copies.push_back(searchCopy(photos[i], sources ? &(*sources)[i] : nullptr, shrink, vertical));
+    if (findJoins && pictures.size() > 1) {
+        const int shrink = searchShrink(pictures, vertical);
+        for (size_t i = 0; i < pictures.size(); ++i) {
+            stages.check();
+            copies.push_back(searchCopy(pictures[i], sources ? &(*sources)[i] : nullptr, shrink, vertical));
+        }
     }
-    for (size_t i = 1; i < photos.size(); ++i) {
-        stages.message(QObject::tr("Matching photo %1 of %2…").arg(*pairsDone + 2).arg(pairs + 1));
+    for (size_t i = 1; i < pictures.size(); ++i) {
+        stages.check();
+        stages.message(QObject::tr("Joining photo %1 of %2…").arg(*joinsDone + 2).arg(joins + 1));
         const bool search = !copies.empty();
         const PhotoBlender::Join join = joinOf(search ? &copies[i - 1] : nullptr, search ? &copies[i] : nullptr,
-                                               photos[i - 1], photos[i], vertical, options.blendingMarginWidth);
+                                               sizeOf(pictures[i - 1]), sizeOf(pictures[i]), vertical, margin);
+        if (search)
+            copies[i - 1].release();
         positions.push_back(positions.back() + join.offset);
-        ++*pairsDone;
-        stages.fraction(0.25 + 0.15 * *pairsDone / std::max(1, pairs));
+        ++*joinsDone;
+        stages.fraction(kReadEnd + (kJoinEnd - kReadEnd) * *joinsDone / std::max(1, joins));
     }
-    return assemble(photos, positions, vertical, options.blendingMarginWidth);
+    return assemble(pictures, positions, vertical);
+}
+
+// Where each photo goes: the part of it used and the size it is read at.
+struct Placed {
+    size_t photo = 0;
+    QRect source;
+    QSizeF size; // before the chain's common height or width
+    QSize target;
+};
+
+// The geometry of the whole picture, from the photos' sizes alone.
+struct Plan {
+    // One chain (side by side, or stacked from the top down), or the rows of a square from
+    // the top down.
+    std::vector<std::vector<Placed>> chains;
+    bool square = false;
+    bool vertical = false;
+    int margin = 0;
+    int rowWidth = 0;           // a square's rows are brought to this width
+    QSize size;                 // of the picture, with fixed joins
+    double wholeMegapixels = 0; // without the limit
+    bool scaled = false;
+};
+
+// Uniform sizing and the input scaling.
+std::vector<Placed> sizedPhotos(const std::vector<Photo> &photos, const PhotoBlender::Options &options)
+{
+    QSize common(INT_MAX, INT_MAX);
+    for (const Photo &p : photos)
+        common = common.boundedTo(p.used.size());
+    const double percent = std::clamp(options.inputImageScaling, 1, 400) / 100.0;
+    std::vector<Placed> placed;
+    for (size_t i = 0; i < photos.size(); ++i) {
+        const QRect used = photos[i].used;
+        Placed p{i, used, QSizeF(used.size()), QSize()};
+        const double sx = double(common.width()) / used.width(), sy = double(common.height()) / used.height();
+        if (options.uniformSize == PhotoBlender::UniformSize::Fit) {
+            p.size = QSizeF(used.size()) * std::min(sx, sy);
+        } else if (options.uniformSize == PhotoBlender::UniformSize::Crop) {
+            const double s = std::max(sx, sy);
+            const QSize part(std::clamp(int(std::lround(common.width() / s)), 1, used.width()),
+                             std::clamp(int(std::lround(common.height() / s)), 1, used.height()));
+            p.source = QRect(used.topLeft() + QPoint((used.width() - part.width()) / 2, (used.height() - part.height()) / 2), part);
+            p.size = QSizeF(common);
+        }
+        p.size *= percent;
+        placed.push_back(p);
+    }
+    return placed;
+}
+
+int fixedOverlap(int a, int b, int margin)
+{
+    return std::clamp(margin, 0, std::min(a, b) - 1);
+}
+
+// Brings a chain's photos to the smallest height among them (side by side) or width
+// (stacked), times k; returns the chain's length with fixed joins.
+int fitChain(std::vector<Placed> &chain, bool vertical, double k, int margin)
+{
+    double across = 1e300;
+    for (const Placed &p : chain)
+        across = std::min(across, vertical ? p.size.width() : p.size.height());
+    const int a = std::max(1, int(std::floor(across * k + 1e-6)));
+    int length = 0;
+    for (size_t i = 0; i < chain.size(); ++i) {
+        Placed &p = chain[i];
+        const double along = (vertical ? p.size.height() / p.size.width() : p.size.width() / p.size.height()) * a;
+        const int l = std::max(1, int(std::lround(along)));
+        p.target = vertical ? QSize(a, l) : QSize(l, a);
+        length += l;
+        if (i > 0) {
+            const QSize prev = chain[i - 1].target;
+            length -= vertical ? fixedOverlap(prev.height(), l, margin) : fixedOverlap(prev.width(), l, margin);
+        }
+    }
+    return length;
+}
+
+void layOut(Plan &plan, double k, int margin)
+{
+    plan.margin = margin;
+    if (!plan.square) {
+        const int length = fitChain(plan.chains[0], plan.vertical, k, margin);
+        const QSize t = plan.chains[0][0].target;
+        plan.size = plan.vertical ? QSize(t.width(), length) : QSize(length, t.height());
+        return;
+    }
+    std::vector<int> widths;
+    for (auto &row : plan.chains)
+        widths.push_back(fitChain(row, false, k, margin));
+    plan.rowWidth = *std::min_element(widths.begin(), widths.end());
+    int height = 0, previous = 0;
+    for (size_t r = 0; r < plan.chains.size(); ++r) {
+        const int h = std::max(1, int(std::lround(double(plan.chains[r][0].target.height()) * plan.rowWidth / widths[r])));
+        height += h - (r > 0 ? fixedOverlap(previous, h, margin) : 0);
+        previous = h;
+    }
+    plan.size = QSize(plan.rowWidth, height);
+}
+
+Plan planPicture(const std::vector<Photo> &photos, PhotoBlender::Arrangement arrangement,
+                 const PhotoBlender::Options &options)
+{
+    using A = PhotoBlender::Arrangement;
+    std::vector<Placed> placed = sizedPhotos(photos, options);
+    Plan plan;
+    plan.square = arrangement == A::Square;
+    plan.vertical = arrangement == A::BottomToTop;
+    if (plan.square) {
+        const int side = PhotoBlender::squareSide(qsizetype(placed.size()));
+        for (int r = 0; r < side; ++r)
+            plan.chains.emplace_back(placed.begin() + r * side, placed.begin() + (r + 1) * side);
+    } else {
+        // Bottom to top: the first photo is the lowest, so the chain runs from the last down.
+        if (plan.vertical)
+            std::reverse(placed.begin(), placed.end());
+        plan.chains.push_back(placed);
+    }
+    const int margin = std::max(0, options.blendingMarginWidth);
+    layOut(plan, 1.0, margin);
+    plan.wholeMegapixels = double(plan.size.width()) * plan.size.height() / 1e6;
+    if (options.megapixelLimit > 0 && plan.wholeMegapixels > options.megapixelLimit) {
+        // Every photo is scaled before it is joined, the joins with them: the picture is made
+        // at the limit and never exists larger.
+        const double k = std::sqrt(options.megapixelLimit / plan.wholeMegapixels);
+        layOut(plan, k, margin > 0 ? std::max(1, int(std::lround(margin * k))) : 0);
+        plan.scaled = true;
+    }
+    return plan;
+}
+
+// The picture as libvips will compute it: every step so far only describes it.
+VImage describePicture(const std::vector<Photo> &photos, const Plan &plan, bool random, bool findJoins,
+                       const Stages &stages)
+{
+    int done = 0;
+    int joins = 0;
+    for (const auto &c : plan.chains)
+        joins += int(c.size()) - 1;
+    if (plan.square)
+        joins += int(plan.chains.size()) - 1;
+    const auto picturesOf = [&](const std::vector<Placed> &chainPlan, Sources *sources) {
+        std::vector<VImage> pictures;
+        for (const Placed &p : chainPlan) {
+            const Photo &photo = photos[p.photo];
+            pictures.push_back(photo.load(p.source, p.target, random));
+            const QRect source = p.source;
+            const QSize target = p.target;
+            sources->push_back({[&photo, source, target] { return materialised(photo.load(source, target, true)); },
+                                [&photo, source](QSize size) { return photo.load(source, size.expandedTo(QSize(1, 1)), false); }});
+        }
+        return pictures;
+    };
+    if (!plan.square) {
+        Sources sources;
+        const std::vector<VImage> pictures = picturesOf(plan.chains[0], &sources);
+        return chain(pictures, &sources, plan.vertical, plan.margin, findJoins, stages, &done, joins);
+    }
+    std::vector<VImage> rows;
+    for (const auto &rowPlan : plan.chains) {
+        Sources sources;
+        const std::vector<VImage> pictures = picturesOf(rowPlan, &sources);
+        // Each row is made once, brought to the common width, then searched and joined with
+        // its neighbours.
+        const VImage row = materialised(chain(pictures, &sources, false, plan.margin, findJoins, stages, &done, joins));
+        const int height = std::max(1, int(std::lround(double(row.height()) * plan.rowWidth / row.width())));
+        rows.push_back(materialised(resizedTo(row, QSize(plan.rowWidth, height))));
+    }
+    return chain(rows, nullptr, true, plan.margin, findJoins, stages, &done, joins);
+}
+
+VImage framed(const VImage &picture, const PhotoBlender::Options &options)
+{
+    if (options.border <= 0)
+        return picture;
+    const QColor c = options.background;
+    VImage in = picture;
+    if (c.alpha() < 255 && in.bands() == 3)
+        in = in.bandjoin_const({255});
+    std::vector<double> ink{double(c.red()), double(c.green()), double(c.blue())};
+    if (in.bands() == 4)
+        ink.push_back(c.alpha());
+    const int b = options.border;
+    return in.embed(b, b, in.width() + 2 * b, in.height() + 2 * b,
+                    VImage::option()->set("extend", VIPS_EXTEND_BACKGROUND)->set("background", ink));
 }
 
 struct EvalState {
@@ -402,53 +782,108 @@ void onEval(VipsImage *, VipsProgress *progress, void *user)
 {
     auto *state = static_cast<EvalState *>(user);
     if (state->last.exchange(progress->percent) != progress->percent)
-        state->stages->fraction(0.4 + 0.59 * progress->percent / 100.0);
+        state->stages->fraction(kJoinEnd + (0.99 - kJoinEnd) * progress->percent / 100.0);
 }
 
-QImage blendLoaded(std::vector<VImage> photos, std::vector<Source> sources, PhotoBlender::Arrangement arrangement,
-                   const PhotoBlender::Options &options, const Stages &stages)
-{
-    const std::vector<Source> *reach = sources.empty() ? nullptr : &sources;
-    using A = PhotoBlender::Arrangement;
-    VImage mosaic;
-    int done = 0;
-    if (arrangement == A::Square) {
-        const int side = PhotoBlender::squareSide(qsizetype(photos.size()));
-        if (side == 0)
-            return {};
-        const int pairs = side * (side - 1) + (side - 1);
-        std::vector<VImage> rows;
-        for (int r = 0; r < side; ++r) {
-            const std::vector<VImage> row(photos.begin() + r * side, photos.begin() + (r + 1) * side);
-            std::vector<Source> rowSources;
-            if (reach)
-                rowSources.assign(sources.begin() + r * side, sources.begin() + (r + 1) * side);
-            // Each row is made once, then searched and joined with its neighbours.
-            rows.push_back(chain(row, reach ? &rowSources : nullptr, false, options, stages, &done, pairs).copy_memory());
-        }
-        photos.clear();
-        mosaic = chain(rows, nullptr, true, options, stages, &done, pairs);
-    } else {
-        const bool vertical = arrangement == A::BottomToTop;
-        // Bottom to top: the first photo is the lowest, so the chain runs from the last down.
-        if (vertical) {
-            std::reverse(photos.begin(), photos.end());
-            std::reverse(sources.begin(), sources.end());
-        }
-        mosaic = chain(photos, reach, vertical, options, stages, &done, int(photos.size()) - 1);
-    }
+// What is done with the picture once it is described: made into a QImage, or written.
+using Finish = std::function<void(const VImage &picture, PhotoBlender::Outcome &outcome)>;
 
-    stages.message(QObject::tr("Blending…"));
-    VImage out = mosaic.format() == VIPS_FORMAT_UCHAR ? mosaic.copy() : mosaic.cast(VIPS_FORMAT_UCHAR);
-    EvalState state{&stages};
-    vips_image_set_progress(out.get_image(), TRUE);
-    g_signal_connect(out.get_image(), "eval", G_CALLBACK(onEval), &state);
-    QImage picture = toQImage(out);
-    stages.fraction(1.0);
-    stages.message(QObject::tr("Done."));
-    if (stages.progress.image && !picture.isNull())
-        stages.progress.image(picture.scaled(320, 320, Qt::KeepAspectRatio, Qt::SmoothTransformation));
-    return picture;
+PhotoBlender::Outcome run(const std::function<std::vector<Photo>(const Stages &)> &read,
+                          PhotoBlender::Arrangement arrangement, const PhotoBlender::Options &options,
+                          const PhotoBlender::Progress &progress, const Finish &finish)
+{
+    ensureVips();
+    Stages stages{progress, QString()};
+    const std::function<bool()> canceled = [&stages] { return stages.canceled(); };
+    tCanceled = &canceled;
+    struct Reset {
+        ~Reset() { tCanceled = nullptr; }
+    } reset;
+    PhotoBlender::Outcome outcome;
+    try {
+        std::vector<Photo> photos = read(stages);
+        const qsizetype usable = PhotoBlender::photosUsed(arrangement, qsizetype(photos.size()));
+        if (usable == 0) {
+            outcome.error = QObject::tr("No photo could be read.");
+            return outcome;
+        }
+        photos.resize(size_t(usable));
+        const Plan plan = planPicture(photos, arrangement, options);
+        outcome.wholeMegapixels = plan.wholeMegapixels;
+        outcome.scaledToLimit = plan.scaled;
+        if (plan.scaled)
+            stages.note = QObject::tr("Scaled to the megapixel limit: %1 of %2 megapixels.")
+                              .arg(options.megapixelLimit, 0, 'f', 0)
+                              .arg(plan.wholeMegapixels, 0, 'f', 0);
+        // Photos are read as streams; should libvips need one out of order, every photo is
+        // read whole instead.
+        for (const bool random : {false, true}) {
+            try {
+                VImage picture = framed(describePicture(photos, plan, random, options.findJoins, stages), options);
+                stages.check();
+                stages.message(QObject::tr("Blending…"));
+                picture = watched(picture);
+                EvalState state{&stages};
+                vips_image_set_progress(picture.get_image(), TRUE);
+                g_signal_connect(picture.get_image(), "eval", G_CALLBACK(onEval), &state);
+                outcome.size = sizeOf(picture);
+                finish(picture, outcome);
+                stages.check();
+                break;
+            } catch (const VError &) {
+                if (random || stages.canceled())
+                    throw;
+            }
+        }
+        stages.fraction(1.0);
+        stages.message(QObject::tr("Done."));
+    } catch (const Canceled &) {
+        outcome = PhotoBlender::Outcome();
+        outcome.canceled = true;
+    } catch (const VError &error) {
+        outcome.picture = QImage();
+        outcome.canceled = stages.canceled();
+        if (!outcome.canceled)
+            outcome.error = QString::fromUtf8(error.what()).trimmed();
+    }
+    vips_error_clear();
+    return outcome;
+}
+
+std::function<std::vector<Photo>(const Stages &)> readFiles(const QStringList &files,
+                                                           PhotoBlender::Arrangement arrangement)
+{
+    return [files, arrangement](const Stages &stages) {
+        std::vector<Photo> photos;
+        const qsizetype used = PhotoBlender::photosUsed(arrangement, files.size());
+        for (qsizetype i = 0; i < used; ++i) {
+            stages.check();
+            stages.message(QObject::tr("Reading photo %1 of %2…").arg(i + 1).arg(used));
+            try {
+                Photo photo = filePhoto(files[i]);
+                if (!photo.used.isEmpty()) {
+                    if (stages.progress.image)
+                        stages.image(previewOf(photo));
+                    photos.push_back(std::move(photo));
+                }
+            } catch (const VError &) {
+                // A photo that cannot be read is left out (unless the blend was cancelled).
+                stages.check();
+            }
+            stages.fraction(kReadEnd * double(i + 1) / double(used));
+        }
+        return photos;
+    };
+}
+
+void intoImage(const VImage &picture, PhotoBlender::Outcome &outcome, const Stages *stages)
+{
+    outcome.picture = toQImage(picture);
+    if (outcome.picture.isNull())
+        throw VError();
+    // The last preview is the picture itself, made only for someone who shows it.
+    if (stages && stages->progress.image)
+        stages->image(outcome.picture.scaled(kPreviewSide, kPreviewSide, Qt::KeepAspectRatio, Qt::SmoothTransformation));
 }
 
 } // namespace
@@ -466,94 +901,69 @@ int PhotoBlender::squareSide(qsizetype count)
     return count >= 16 ? 4 : count >= 9 ? 3 : count >= 4 ? 2 : 0;
 }
 
-QImage PhotoBlender::blend(const QStringList &files, Arrangement arrangement, const Options &options,
-                           const Progress &progress)
+PhotoBlender::Outcome PhotoBlender::blend(const QStringList &files, Arrangement arrangement, const Options &options,
+                                          const Progress &progress)
 {
-    ensureVips();
-    const Stages stages{progress};
-    const int percent = options.inputImageScaling;
-    const auto open = [percent](const QString &path, VipsAccess access) {
-        const VImage file = VImage::new_from_file(QFile::encodeName(path).constData(), VImage::option()->set("access", access));
-        // Only the header is read so far: pictures claiming more pixels than any photo are
-        // refused before a pixel is decoded, as everywhere else.
-        if (qint64(file.width()) * file.height() > ImageFileReader::MaxPixels)
-            throw VError("too many pixels");
-        return scaled(normalised(file), percent);
-    };
-    const auto shrunkCopy = [](const QString &path, QSize size) {
-        return normalised(VImage::thumbnail(QFile::encodeName(path).constData(), std::max(1, size.width()),
-                                            VImage::option()->set("height", std::max(1, size.height()))->set("size", VIPS_SIZE_FORCE)));
-    };
-
-    // Each photo is opened as a stream: it is decoded while the picture is made, all of them
-    // at once on libvips' threads, and never held whole in memory. A photo that must be turned
-    // upright cannot be streamed and is read whole. The search reaches the photos through
-    // reduced copies and, only when it refines a join, a whole copy.
-    std::vector<VImage> photos;
-    std::vector<Source> sources;
-    QStringList paths;
-    const qsizetype used = photosUsed(arrangement, files.size());
-    for (qsizetype i = 0; i < used; ++i) {
-        const QString path = files[i];
-        stages.message(QObject::tr("Reading photo %1 of %2…").arg(i + 1).arg(used));
-        try {
-            VImage photo = open(path, VIPS_ACCESS_SEQUENTIAL);
-            const VImage header = VImage::new_from_file(QFile::encodeName(path).constData());
-            if (vips_image_get_orientation(header.get_image()) > 1)
-                photo = open(path, VIPS_ACCESS_RANDOM).copy_memory();
-            photos.push_back(photo);
-            paths.append(path);
-            sources.push_back({[open, path] { return open(path, VIPS_ACCESS_RANDOM).copy_memory(); },
-                               [shrunkCopy, path](QSize size) { return shrunkCopy(path, size); }});
-            if (progress.image)
-                progress.image(toQImage(shrunkCopy(path, QSize(photo.width(), photo.height()) * (320.0 / std::max(photo.width(), photo.height())))));
-        } catch (const VError &) {
-            // A photo that cannot be read is left out.
-        }
-        stages.fraction(0.25 * double(i + 1) / double(used));
-    }
-    const qsizetype usable = photosUsed(arrangement, qsizetype(photos.size()));
-    if (usable == 0)
-        return {};
-    photos.resize(size_t(usable));
-    sources.resize(size_t(usable));
-    try {
-        matchBands(photos);
-        return blendLoaded(photos, sources, arrangement, options, stages);
-    } catch (const VError &) {
-        // A stream read out of order: read every photo whole and blend again.
-    }
-    try {
-        std::vector<VImage> whole;
-        for (qsizetype i = 0; i < usable; ++i)
-            whole.push_back(open(paths[i], VIPS_ACCESS_RANDOM).copy_memory());
-        matchBands(whole);
-        return blendLoaded(std::move(whole), {}, arrangement, options, stages);
-    } catch (const VError &) {
-        return {};
-    }
+    return run(readFiles(files, arrangement), arrangement, options, progress,
+               [&progress](const VImage &picture, Outcome &outcome) {
+                   const Stages stages{progress, QString()};
+                   intoImage(picture, outcome, &stages);
+               });
 }
 
-QImage PhotoBlender::blendImages(const QList<QImage> &pictures, Arrangement arrangement, const Options &options,
-                                 const Progress &progress)
+PhotoBlender::Outcome PhotoBlender::blendToFile(const QStringList &files, Arrangement arrangement,
+                                                const Options &options, const QString &output,
+                                                const Progress &progress)
 {
-    ensureVips();
-    const Stages stages{progress};
-    try {
-        std::vector<VImage> photos;
-        for (const QImage &picture : pictures) {
-            if (!picture.isNull())
-                photos.push_back(scaled(fromQImage(picture), options.inputImageScaling).copy_memory());
-        }
-        const qsizetype used = photosUsed(arrangement, qsizetype(photos.size()));
-        if (used == 0)
-            return {};
-        photos.resize(size_t(used));
-        matchBands(photos);
-        return blendLoaded(std::move(photos), {}, arrangement, options, stages);
-    } catch (const VError &) {
-        return {};
+    const QFileInfo target(output);
+    // Written beside the target under a name of its own with the same extension (libvips
+    // picks the format by it), then renamed over the target.
+    const QString part = target.dir().filePath(QStringLiteral(".%1.%2.part.%3")
+                                                   .arg(target.completeBaseName(),
+                                                        QUuid::createUuid().toString(QUuid::Id128), target.suffix()));
+    const QString suffix = target.suffix().toLower();
+    const bool jpeg = suffix == QLatin1String("jpg") || suffix == QLatin1String("jpeg");
+    Outcome outcome = run(readFiles(files, arrangement), arrangement, options, progress,
+                          [&](const VImage &picture, Outcome &) {
+                              VImage out = picture;
+                              if (jpeg && out.bands() == 4)
+                                  out = out.flatten(VImage::option()->set(
+                                      "background", std::vector<double>{double(options.background.red()),
+                                                                        double(options.background.green()),
+                                                                        double(options.background.blue())}));
+                              if (jpeg || suffix == QLatin1String("webp"))
+                                  out.write_to_file(QFile::encodeName(part).constData(), VImage::option()->set("Q", 90));
+                              else
+                                  out.write_to_file(QFile::encodeName(part).constData());
+                          });
+    std::error_code error;
+    if (outcome.ok())
+        std::filesystem::rename(QFile::encodeName(part).toStdString(), QFile::encodeName(output).toStdString(), error);
+    if (!outcome.ok() || error) {
+        QFile::remove(part);
+        if (error)
+            outcome.error = QString::fromStdString(error.message());
     }
+    return outcome;
+}
+
+PhotoBlender::Outcome PhotoBlender::blendImages(const QList<QImage> &pictures, Arrangement arrangement,
+                                                const Options &options, const Progress &progress)
+{
+    const auto read = [&pictures](const Stages &) {
+        std::vector<Photo> photos;
+        for (const QImage &picture : pictures) {
+            if (picture.isNull())
+                continue;
+            Photo photo = imagePhoto(picture);
+            if (!photo.used.isEmpty())
+                photos.push_back(std::move(photo));
+        }
+        return photos;
+    };
+    return run(read, arrangement, options, progress, [](const VImage &picture, Outcome &outcome) {
+        intoImage(picture, outcome, nullptr);
+    });
 }
 
 PhotoBlender::Join PhotoBlender::findJoin(const QImage &first, const QImage &second, bool vertical, int margin)
@@ -563,37 +973,8 @@ PhotoBlender::Join PhotoBlender::findJoin(const QImage &first, const QImage &sec
         const std::vector<VImage> pair{fromQImage(first), fromQImage(second)};
         const int shrink = searchShrink(pair, vertical);
         const SearchCopy a = searchCopy(pair[0], nullptr, shrink, vertical), b = searchCopy(pair[1], nullptr, shrink, vertical);
-        return joinOf(&a, &b, pair[0], pair[1], vertical, margin);
+        return joinOf(&a, &b, sizeOf(pair[0]), sizeOf(pair[1]), vertical, margin);
     } catch (const VError &) {
         return {};
     }
-}
-
-PhotoBlender::PhotoBlender(QObject *parent)
-    : QObject(parent)
-{
-    m_pool.setMaxThreadCount(1);
-}
-
-PhotoBlender::~PhotoBlender()
-{
-    waitForFinished();
-}
-
-void PhotoBlender::start(const QStringList &files, Arrangement arrangement, const Options &options,
-                         std::function<QStringList(const QStringList &)> prepare)
-{
-    m_running = QtConcurrent::run(&m_pool, [this, files, arrangement, options, prepare] {
-        const Progress progress{
-            [this](const QString &m) { emit progressMessage(m); },
-            [this](double f) { emit progressFraction(f); },
-            [this](const QImage &i) { emit progressImage(i); },
-        };
-        QStringList toBlend = files;
-        if (prepare) {
-            emit progressMessage(tr("Bringing the photos to one size…"));
-            toBlend = prepare(files);
-        }
-        emit finished(blend(toBlend, arrangement, options, progress));
-    });
 }

@@ -1,48 +1,71 @@
 #pragma once
 
-#include <QFuture>
+#include <QColor>
 #include <QImage>
 #include <QList>
-#include <QObject>
 #include <QPoint>
+#include <QSize>
 #include <QString>
 #include <QStringList>
-#include <QThreadPool>
 
 #include <functional>
 
 // Joins photos into one seamless picture: side by side from left to right, stacked from the
 // bottom up, or as a square of 2 x 2, 3 x 3 or 4 x 4 photos (the first 4, 9 or 16, in reading
-// order from the top left). Neighbours overlap by the blending margin and are feathered across
-// it, so no seam shows. Where neighbours show the same scene (a panorama shot in pieces), the
-// join is found by correlation of their overlapping parts instead; when the correlation is
-// poor, the fixed overlap is used.
+// order from the top left).
 //
-// Photos read from files are streamed: each is decoded while the picture is made and never held
-// whole, so the memory needed is about the picture's own. Transparent parts of a photo (the
-// empty bands of photos scaled to one size) let the neighbour show and stay transparent where
-// nothing covers them; the picture then has an alpha channel.
+// The picture has no gaps: photos side by side are first brought to one height (the smallest),
+// photos stacked to one width, and the rows of a square each to the narrowest row's width;
+// fully transparent borders of a photo (the empty bands of a photo fitted into a size) are cut
+// off first. Neighbours overlap by the blending margin and are feathered across the whole
+// overlap, so no seam shows. Where neighbours show the same scene (a panorama shot in pieces),
+// the join is found by correlation of their overlapping parts instead, and the picture is cut
+// to the part that every photo covers.
 //
-// The pixel work is done by libvips; this class is the only place that talks to it. blend()
-// works on the calling thread; start() runs it on a thread of the blender's own and reports
-// progress and the picture by signal.
-class PhotoBlender : public QObject
+// Memory stays bounded: the geometry is planned from the photos' headers, each photo is
+// decoded while the picture is made (at a reduced scale where the format allows) and never held
+// whole, and with a megapixel limit the photos are scaled before they are joined so the picture
+// never exists at more than the limit. The pixel work is done by libvips; this class is the only
+// place that talks to it. Every call works on the calling thread and can be cancelled through
+// its Progress: it then returns within a fraction of a second, having written nothing.
+class PhotoBlender
 {
-    Q_OBJECT
 public:
     enum class Arrangement { LeftToRight, BottomToTop, Square };
+    // Bringing the photos to one size first ("UniformlyCrop", "UniformlyCropFit"): the smallest
+    // width and the smallest height among them, each photo scaled to fit inside it or cropped to
+    // cover it, centred.
+    enum class UniformSize { None, Fit, Crop };
+
+    // The ceiling of a picture kept within "MegapixelLimit", in megapixels.
+    static constexpr double kMegapixelLimit = 8.0;
 
     struct Options {
         int blendingMarginWidth = 50; // overlap of neighbours, in pixels (after scaling)
         int inputImageScaling = 100;  // percent, applied to every photo first
         bool findJoins = true;        // look for overlapping content
+        UniformSize uniformSize = UniformSize::None;
+        double megapixelLimit = 0;    // megapixels; 0: no limit
+        int border = 0;               // pixels of `background` around the picture
+        QColor background = Qt::white;
     };
 
-    // Progress on the thread doing the work; each may be empty.
+    // Reports and the cancel check, on the thread doing the work; each may be empty.
     struct Progress {
         std::function<void(const QString &message)> message;
         std::function<void(double fraction)> fraction; // 0 .. 1
         std::function<void(const QImage &preview)> image;
+        std::function<bool()> canceled;
+    };
+
+    struct Outcome {
+        QImage picture;              // null when written to a file, cancelled or failed
+        QSize size;                  // of the picture made
+        double wholeMegapixels = 0;  // the picture's size without the megapixel limit
+        bool scaledToLimit = false;
+        bool canceled = false;
+        QString error;               // why there is no picture
+        bool ok() const { return !canceled && error.isEmpty(); }
     };
 
     // Where one photo joins its neighbour: the neighbour's top-left corner relative to the
@@ -57,35 +80,17 @@ public:
     // The side of the square made of `count` photos: 4, 3, 2, or 0 for fewer than 4.
     static int squareSide(qsizetype count);
 
-    // The picture; null when no photo could be read.
-    static QImage blend(const QStringList &files, Arrangement arrangement, const Options &options,
-                        const Progress &progress = {});
-    static QImage blendImages(const QList<QImage> &photos, Arrangement arrangement, const Options &options,
-                              const Progress &progress = {});
+    // Photos that cannot be read are left out.
+    static Outcome blend(const QStringList &files, Arrangement arrangement, const Options &options,
+                         const Progress &progress = {});
+    // The same picture streamed into `output` (PNG, TIFF, JPEG or WebP by its extension), whole
+    // or not at all: a failed or cancelled blend leaves no file.
+    static Outcome blendToFile(const QStringList &files, Arrangement arrangement, const Options &options,
+                               const QString &output, const Progress &progress = {});
+    static Outcome blendImages(const QList<QImage> &photos, Arrangement arrangement, const Options &options,
+                               const Progress &progress = {});
     // Where `second` joins `first` (to its right, or below it when `vertical`): found by
     // correlation when the two overlap in content, else the fixed overlap of `margin` pixels,
     // centred across.
     static Join findJoin(const QImage &first, const QImage &second, bool vertical, int margin);
-
-    explicit PhotoBlender(QObject *parent = nullptr);
-    ~PhotoBlender() override; // waits for a running blend
-
-    // Blends on the blender's thread; `prepare` (may be empty) runs there first and turns the
-    // list of files into the files to blend (uniform cropping). Progress and the result come
-    // by the signals below.
-    void start(const QStringList &files, Arrangement arrangement, const Options &options,
-               std::function<QStringList(const QStringList &)> prepare = {});
-    bool isRunning() const { return m_running.isRunning(); }
-    void waitForFinished() { m_pool.waitForDone(); }
-
-signals:
-    void progressMessage(const QString &message);
-    void progressFraction(double fraction);
-    void progressImage(const QImage &preview);
-    // The blended picture (null when nothing could be read).
-    void finished(const QImage &picture);
-
-private:
-    QThreadPool m_pool;
-    QFuture<void> m_running;
 };

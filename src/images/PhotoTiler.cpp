@@ -5,7 +5,6 @@
 
 #include <QFile>
 #include <QUuid>
-#include <QtConcurrent/QtConcurrentRun>
 
 #include <cmath>
 #include <thread>
@@ -85,18 +84,14 @@ bool PhotoTiler::cutPhoto(const QString &photoPath, const QString &folder, int r
 PhotoTiler::PhotoTiler(QObject *parent)
     : QObject(parent)
 {
-    m_pool.setMaxThreadCount(1);
-}
-
-PhotoTiler::~PhotoTiler()
-{
-    m_stop = true;
-    waitForFinished();
-}
-
-void PhotoTiler::waitForFinished()
-{
-    m_pool.waitForDone();
+    connect(&m_job, &BackgroundJob::partialResult, this, [this](const QVariant &tile) {
+        const QVariantList t = tile.toList();
+        emit tileWritten(t.value(0).toString(), t.value(1).toInt(), t.value(2).toInt());
+    });
+    connect(&m_job, &BackgroundJob::finished, this, [this] {
+        m_inProgress = false;
+        emit tilingFinished();
+    });
 }
 
 void PhotoTiler::tilePhotoFiles(const QString &imagesPath, const QString &photoPath, int rows, int columns)
@@ -106,11 +101,10 @@ void PhotoTiler::tilePhotoFiles(const QString &imagesPath, const QString &photoP
     if (imagesPath.isEmpty() || photoPath.isEmpty())
         return;
     const auto pause = m_pause;
-    m_running = QtConcurrent::run(&m_pool, [this, imagesPath, photoPath, rows, columns, pause] {
+    m_job.start([imagesPath, photoPath, rows, columns, pause](BackgroundJob::Control &control) {
         cutPhoto(photoPath, imagesPath, rows, columns, pause,
-                 [this](const QString &path, int done, int total) { emit tileWritten(path, done, total); },
-                 &m_stop);
-        m_inProgress = false;
-        emit tilingFinished();
+                 [&control](const QString &path, int done, int total) { control.post(QVariantList{path, done, total}); },
+                 control.canceledFlag());
+        return QVariant();
     });
 }

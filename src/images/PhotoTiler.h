@@ -1,13 +1,13 @@
 #pragma once
 
-#include <QFuture>
+#include "foundation/BackgroundJob.h"
+
 #include <QList>
 #include <QObject>
 #include <QRect>
 #include <QSize>
 #include <QSizeF>
 #include <QString>
-#include <QThreadPool>
 
 #include <atomic>
 #include <chrono>
@@ -20,8 +20,8 @@
 // its last column to its first, with a fixed pause before every tile (a deliberate pacing; a
 // test may set it to zero). Each tile is named "<folder>/<uuid>_<row>_<column>.tiff".
 //
-// tilePhotoFiles() runs the cut on a thread of its own and reports each written tile and the
-// end by signal, on the thread that owns the tiler. tilingInProgress() is set when a cut is
+// tilePhotoFiles() runs the cut as a background job and reports each written tile and the end
+// by signal, on the thread that owns the tiler; cancel() stops it after the tile being cut. tilingInProgress() is set when a cut is
 // asked for and cleared only when a cut that had a photo to read ends: a request without an
 // images folder or without a photo leaves it set, so the tile sheet stays refused until the
 // next start of the program.
@@ -61,7 +61,7 @@ public:
                          const std::atomic<bool> *stop = nullptr);
 
     explicit PhotoTiler(QObject *parent = nullptr);
-    ~PhotoTiler() override; // ends a running cut after its current tile
+    ~PhotoTiler() override = default; // ends a running cut after its current tile
 
     void setPauseBeforeEachTile(std::chrono::milliseconds pause) { m_pause = pause; }
     std::chrono::milliseconds pauseBeforeEachTile() const { return m_pause; }
@@ -70,8 +70,10 @@ public:
     // Starts cutting `photoPath` (the selected photo; empty when nothing is selected) into
     // rows x columns tiles in `imagesPath` (empty when there is no images folder).
     void tilePhotoFiles(const QString &imagesPath, const QString &photoPath, int rows, int columns);
+    // Stops a running cut after its current tile; the end is reported as for a whole cut.
+    void cancel() { m_job.cancel(); }
     // Waits for a running cut to end (for tests and the command line).
-    void waitForFinished();
+    void waitForFinished() { m_job.waitForDone(); }
 
 signals:
     // A tile was written; done of total tiles are written.
@@ -80,9 +82,7 @@ signals:
     void tilingFinished();
 
 private:
-    QThreadPool m_pool;
-    QFuture<void> m_running;
     std::chrono::milliseconds m_pause = DefaultPause;
     std::atomic<bool> m_inProgress{false};
-    std::atomic<bool> m_stop{false};
+    BackgroundJob m_job;
 };

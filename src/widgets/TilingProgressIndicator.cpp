@@ -3,12 +3,14 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QProgressBar>
+#include <QPushButton>
 
 TilingProgressIndicator::TilingProgressIndicator(QWidget *parent)
     : QWidget(parent)
     , m_label(new QLabel(tr("Cutting into tiles…")))
     , m_bar(new QProgressBar)
     , m_spinner(new QProgressBar)
+    , m_cancel(new QPushButton(tr("Cancel")))
 {
     setObjectName(QStringLiteral("tilingProgress"));
     m_bar->setObjectName(QStringLiteral("tilingProgressIndicator"));
@@ -18,11 +20,15 @@ TilingProgressIndicator::TilingProgressIndicator(QWidget *parent)
     m_spinner->setTextVisible(false);
     m_spinner->setFixedWidth(40);
     m_spinner->setRange(0, 1);
+    m_cancel->setObjectName(QStringLiteral("tilingCancelButton"));
+    m_cancel->setToolTip(tr("Stop after the tile being cut; the tiles made stay in the list"));
+    connect(m_cancel, &QPushButton::clicked, this, &TilingProgressIndicator::cancelRequested);
     auto *layout = new QHBoxLayout(this);
     layout->setContentsMargins(6, 0, 6, 0);
     layout->addWidget(m_label);
     layout->addWidget(m_bar);
     layout->addWidget(m_spinner);
+    layout->addWidget(m_cancel);
     hide();
 }
 

@@ -2,6 +2,7 @@
 
 #include <QProgressBar>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -25,8 +26,8 @@ TEST(ProgressSheet, MainBarTurnsIndeterminateOnlyPast099)
     }
 }
 
-// Preparing clears what the last blend showed and starts the spinner; Abort and Escape leave
-// the sheet up; ending it orders it out.
+// Preparing clears what the last blend showed and starts the spinner; Abort reports itself for
+// the work to stop, Escape does nothing; ending it orders it out.
 TEST(ProgressSheet, PreparedSheetStaysUpUntilEnded)
 {
     QWidget window;
@@ -51,7 +52,9 @@ TEST(ProgressSheet, PreparedSheetStaysUpUntilEnded)
     EXPECT_EQ(sheet.indeterminateProgressBar()->maximum(), 0) << "spinner turning";
     EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
 
+    QSignalSpy aborted(&sheet, &ProgressSheet::aborted);
     QTest::mouseClick(sheet.abortButton(), Qt::LeftButton);
+    EXPECT_EQ(aborted.size(), 1);
     QTest::keyClick(&sheet, Qt::Key_Escape);
     EXPECT_TRUE(sheet.isVisible());
     sheet.endSheet();

@@ -192,6 +192,33 @@ TEST_F(TileAndBlendActionsTest, BlendCommandsBlendTheirPhotos)
     }
 }
 
+// Abort on the sheet: the sheet ends at once, the blend stops and no picture comes. Cancel on
+// the tiling bar: the cut stops after its current tile, the tiles made stay in the list.
+TEST_F(TileAndBlendActionsTest, AbortAndCancelStopTheWork)
+{
+    addPhotos(12, 1600, 1200);
+    QSignalSpy finished(actions.get(), &TileAndBlendActions::blendFinished);
+    actions->stitchLeftToRight();
+    ProgressSheet &sheet = actions->progressSheet();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.progressBarValue() > 0; }, 10000));
+    QTest::mouseClick(sheet.abortButton(), Qt::LeftButton);
+    EXPECT_FALSE(sheet.isVisible());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !actions->blendJob().isRunning(); }, 5000));
+    QTest::qWait(50);
+    EXPECT_TRUE(finished.isEmpty());
+
+    browser->selection().select(0);
+    actions->tiler().setPauseBeforeEachTile(std::chrono::milliseconds(100));
+    actions->tilePhotoFiles(); // the sheet's 2 x 2
+    ASSERT_TRUE(QTest::qWaitFor([&] { return browser->count() == 13; }, 5000));
+    QTest::mouseClick(progress->cancelButton(), Qt::LeftButton);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !actions->tilingInProgress(); }, 5000));
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(progress->isActive());
+    EXPECT_GE(browser->count(), 13);
+    EXPECT_LT(browser->count(), 16);
+}
+
 // "MatchingMarginWidth" truncated: below 2 the picture is left alone, else it is framed by
 // half the margin in the blend background colour.
 TEST_F(TileAndBlendActionsTest, MatchingMarginFramesTheBlend)

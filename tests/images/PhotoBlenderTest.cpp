@@ -3,11 +3,12 @@
 #include "images/PhotoBlender.h"
 
 #include <QRandomGenerator>
-#include <QSignalSpy>
+#include <QDir>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -73,45 +74,11 @@ TEST(PhotoBlender, OutputSizeOfEachArrangement)
         QList<QImage> photos;
         for (int i = 0; i < c.photos; ++i)
             photos.append(flat(200, 150, 40 + 20 * i));
-        const QImage out = PhotoBlender::blendImages(photos, c.arrangement, fixedJoins(c.margin, c.scaling));
+        const QImage out = PhotoBlender::blendImages(photos, c.arrangement, fixedJoins(c.margin, c.scaling)).picture;
         EXPECT_EQ(out.size(), c.expected);
     }
     EXPECT_EQ(PhotoBlender::photosUsed(A::Square, 20), 16);
     EXPECT_EQ(PhotoBlender::photosUsed(A::LeftToRight, 20), 20);
-}
-
-// Across the overlap of a dark and a light photo the brightness climbs smoothly: no step
-// larger than a few times the average slope, and it never goes back (by more than rounding).
-TEST(PhotoBlender, NoStepInTheBrightnessAcrossTheOverlap)
-{
-    using A = PhotoBlender::Arrangement;
-    const int margin = 40, dark = 60, light = 180;
-    struct Case {
-        const char *name;
-        A arrangement;
-    } cases[] = {{"left to right", A::LeftToRight}, {"bottom to top", A::BottomToTop}};
-    for (const Case &c : cases) {
-        SCOPED_TRACE(c.name);
-        const QImage out = PhotoBlender::blendImages({flat(200, 160, dark), flat(200, 160, light)}, c.arrangement, fixedJoins(margin));
-        ASSERT_FALSE(out.isNull());
-        // The first photo is on the left, or at the bottom.
-        QList<int> profile;
-        if (c.arrangement == A::LeftToRight) {
-            for (int x = 0; x < out.width(); ++x)
-                profile.append(greyAt(out, x, out.height() / 2));
-        } else {
-            for (int y = out.height() - 1; y >= 0; --y)
-                profile.append(greyAt(out, out.width() / 2, y));
-        }
-        EXPECT_NEAR(profile.first(), dark, 1);
-        EXPECT_NEAR(profile.last(), light, 1);
-        int largestStep = 0;
-        for (qsizetype i = 1; i < profile.size(); ++i) {
-            EXPECT_GE(profile[i], profile[i - 1] - 1) << "at " << i;
-            largestStep = std::max(largestStep, profile[i] - profile[i - 1]);
-        }
-        EXPECT_LE(largestStep, 3 * (light - dark) / margin) << "a seam";
-    }
 }
 
 // A panorama shot in three overlapping pieces is put back where it was taken from.
@@ -138,26 +105,10 @@ TEST(PhotoBlender, PanoramaPiecesAreJoinedWhereTheyOverlap)
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
-        const QImage out = PhotoBlender::blendImages(c.pieces, c.arrangement, fixedJoins(30));
+        const QImage out = PhotoBlender::blendImages(c.pieces, c.arrangement, fixedJoins(30)).picture;
         ASSERT_EQ(out.size(), c.original.size());
         EXPECT_LT(testimages::meanDifference(out, c.original), 1.0);
     }
-}
-
-// A photo's transparent part (the empty bands of a photo scaled to fit) lets its neighbour show
-// through the overlap, and stays transparent where nothing covers it.
-TEST(PhotoBlender, TransparentPartsShowTheNeighbour)
-{
-    QImage banded(100, 80, QImage::Format_ARGB32);
-    banded.fill(Qt::transparent);
-    QPainter(&banded).fillRect(0, 40, 100, 40, Qt::blue);
-    const QImage out = PhotoBlender::blendImages({flat(100, 80, 200), banded}, PhotoBlender::Arrangement::LeftToRight, fixedJoins(20));
-    ASSERT_EQ(out.size(), QSize(180, 80));
-    ASSERT_TRUE(out.hasAlphaChannel());
-    EXPECT_EQ(out.pixelColor(90, 10), QColor(200, 200, 200)) << "the first photo through the overlap";
-    EXPECT_EQ(out.pixelColor(150, 10).alpha(), 0) << "nothing there";
-    EXPECT_EQ(out.pixelColor(150, 60), QColor(Qt::blue));
-    EXPECT_EQ(out.pixelColor(10, 60), QColor(200, 200, 200));
 }
 
 TEST(PhotoBlender, UnrelatedOrFeaturelessNeighboursGetTheFixedOverlap)
@@ -181,34 +132,136 @@ TEST(PhotoBlender, UnrelatedOrFeaturelessNeighboursGetTheFixedOverlap)
     }
 }
 
-TEST(PhotoBlender, BlendsFilesOnItsThreadAndReportsProgress)
+// Photos of any mix of shapes and sizes, in every arrangement and with every uniform sizing,
+// give a picture without holes: opaque everywhere, no pixel darker or lighter than the photos
+// (a gap would be black or transparent), and across each join the brightness goes from one
+// photo's to the next without a step. Photos alternate between a dark and a light grey.
+TEST(PhotoBlender, NoHolesForAnyMixOfShapes)
+{
+    using A = PhotoBlender::Arrangement;
+    using U = PhotoBlender::UniformSize;
+    const int margin = 20, dark = 60, light = 180;
+    const QList<QSize> mixed{{300, 200}, {200, 300}, {400, 300}, {90, 160}, {160, 90}, {250, 250}, {320, 180}, {150, 200}};
+    QList<QSize> sixteen;
+    for (int i = 0; i < 16; ++i)
+        sixteen.append(mixed[i % mixed.size()]);
+    struct Case {
+        const char *name;
+        A arrangement;
+        U uniform;
+        QList<QSize> sizes;
+        QSize expected; // empty: not checked
+        bool letterboxed = false; // the second photo sits in transparent bands
+    } cases[] = {
+        {"3:2 beside 4:3: one height", A::LeftToRight, U::None, {{300, 200}, {400, 300}}, {300 + 267 - margin, 200}},
+        {"3:2 below 4:3: one width", A::BottomToTop, U::None, {{300, 200}, {400, 300}}, {300, 200 + 225 - margin}},
+        {"portrait, landscape, portrait", A::LeftToRight, U::None, {{200, 300}, {300, 200}, {200, 300}}, {133 + 300 + 133 - 2 * margin, 200}},
+        {"tiny with huge", A::LeftToRight, U::None, {{40, 30}, {2000, 1500}}, {40 + 40 - margin, 30}},
+        {"sixteen of all shapes, left to right", A::LeftToRight, U::None, sixteen, {}},
+        {"sixteen of all shapes, bottom to top", A::BottomToTop, U::None, sixteen, {}},
+        {"square of sixteen", A::Square, U::None, sixteen, {}},
+        {"square of four, fitted", A::Square, U::Fit, mixed.mid(0, 4), {}},
+        {"fitted to one size, left to right", A::LeftToRight, U::Fit, mixed.mid(0, 5), {}},
+        {"cropped to one size, bottom to top", A::BottomToTop, U::Crop, mixed.mid(0, 5), {}},
+        {"square of nine, cropped", A::Square, U::Crop, mixed.mid(0, 9), {}},
+        {"a letterboxed photo", A::LeftToRight, U::None, {{300, 200}, {300, 300}}, {300 + 300 - margin, 200}, true},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        QList<QImage> photos;
+        for (qsizetype i = 0; i < c.sizes.size(); ++i)
+            photos.append(flat(c.sizes[i].width(), c.sizes[i].height(), i % 2 ? light : dark));
+        if (c.letterboxed) {
+            // A 300 x 200 photo fitted into 300 x 300: empty bands above and below.
+            QImage boxed(300, 300, QImage::Format_ARGB32);
+            boxed.fill(Qt::transparent);
+            QPainter(&boxed).fillRect(0, 50, 300, 200, QColor(light, light, light));
+            photos[1] = boxed;
+        }
+        PhotoBlender::Options options = fixedJoins(margin);
+        options.uniformSize = c.uniform;
+        const QImage out = PhotoBlender::blendImages(photos, c.arrangement, options).picture;
+        ASSERT_FALSE(out.isNull());
+        if (!c.expected.isEmpty()) {
+            EXPECT_EQ(out.size(), c.expected);
+        }
+        int darkest = 255, lightest = 0, transparent = 0;
+        for (int y = 0; y < out.height(); ++y) {
+            for (int x = 0; x < out.width(); ++x) {
+                const QRgb p = out.pixel(x, y);
+                transparent += qAlpha(p) < 255;
+                darkest = std::min(darkest, qGray(p));
+                lightest = std::max(lightest, qGray(p));
+            }
+        }
+        EXPECT_EQ(transparent, 0);
+        EXPECT_GE(darkest, dark - 3) << "a gap";
+        EXPECT_LE(lightest, light + 3);
+        // Along the middle line(s) across the joins: no step sharper than the feather allows.
+        QList<QList<int>> profiles{{}, {}};
+        for (int x = 0; x < out.width(); ++x)
+            profiles[0].append(greyAt(out, x, c.arrangement == A::Square ? out.height() / 8 : out.height() / 2));
+        for (int y = 0; y < out.height(); ++y)
+            profiles[1].append(greyAt(out, out.width() / 2, y));
+        for (const QList<int> &profile : profiles) {
+            int largestStep = 0;
+            for (qsizetype i = 1; i < profile.size(); ++i)
+                largestStep = std::max(largestStep, std::abs(profile[i] - profile[i - 1]));
+            EXPECT_LE(largestStep, 3 * (light - dark) / margin) << "a seam";
+        }
+    }
+}
+
+// Beyond the megapixel limit the photos are scaled before they are joined, and the sheet's
+// message says so; the picture can be framed and streamed into a file, which a cancel leaves
+// unwritten. Unreadable files are left out.
+TEST(PhotoBlender, BlendsFilesWithinTheLimitIntoAFileOrNotAtAll)
 {
     QTemporaryDir dir;
     ASSERT_TRUE(dir.isValid());
     QStringList files;
-    for (int i = 0; i < 2; ++i) {
+    for (int i = 0; i < 4; ++i) {
         files.append(dir.filePath(QStringLiteral("p%1.jpg").arg(i)));
-        ASSERT_TRUE(flat(120, 90, 80 + 60 * i).save(files.last()));
+        ASSERT_TRUE(flat(1000, 800, 80 + 40 * i).save(files.last()));
     }
     files.append(dir.filePath(QStringLiteral("not-a-photo.jpg")));
     ASSERT_TRUE(testimages::writeFile(files.last(), "text"));
 
-    PhotoBlender blender;
-    QSignalSpy done(&blender, &PhotoBlender::finished);
-    QSignalSpy fractions(&blender, &PhotoBlender::progressFraction);
-    QSignalSpy previews(&blender, &PhotoBlender::progressImage);
-    QStringList prepared;
-    blender.start(files, PhotoBlender::Arrangement::LeftToRight, fixedJoins(20), [&](const QStringList &in) {
-        prepared = in;
-        return in;
-    });
-    ASSERT_TRUE(done.wait(20000));
-    EXPECT_EQ(prepared, files);
-    // The unreadable file is left out.
-    EXPECT_EQ(done.first().first().value<QImage>().size(), QSize(2 * 120 - 20, 90));
-    ASSERT_FALSE(fractions.isEmpty());
-    EXPECT_EQ(fractions.last().first().toDouble(), 1.0);
-    EXPECT_FALSE(previews.isEmpty());
+    PhotoBlender::Options options = fixedJoins(50);
+    options.megapixelLimit = 1.0;
+    options.border = 10;
+    options.background = Qt::red;
+    QStringList messages;
+    QList<double> fractions;
+    int previews = 0;
+    PhotoBlender::Progress progress;
+    progress.message = [&](const QString &m) { messages.append(m); };
+    progress.fraction = [&](double f) { fractions.append(f); };
+    progress.image = [&](const QImage &) { ++previews; };
+    const QString out = dir.filePath(QStringLiteral("out.png"));
+    const PhotoBlender::Outcome made = PhotoBlender::blendToFile(files, PhotoBlender::Arrangement::LeftToRight, options, out, progress);
+    ASSERT_TRUE(made.ok()) << made.error.toStdString();
+    EXPECT_TRUE(made.scaledToLimit);
+    EXPECT_NEAR(made.wholeMegapixels, (4 * 1000 - 3 * 50) * 800 / 1e6, 0.01);
+    const QImage written(out);
+    ASSERT_EQ(written.size(), made.size);
+    EXPECT_LE((made.size.width() - 20) * (made.size.height() - 20), 1'000'000);
+    EXPECT_GT((made.size.width() - 20) * (made.size.height() - 20), 950'000);
+    EXPECT_EQ(written.pixelColor(3, 3), QColor(Qt::red));
+    EXPECT_TRUE(messages.last().contains(QStringLiteral("megapixel limit"))) << messages.last().toStdString();
+    EXPECT_EQ(fractions.last(), 1.0);
+    EXPECT_TRUE(std::is_sorted(fractions.begin(), fractions.end()));
+    EXPECT_EQ(previews, 4);
+
+    // Cancelled once the reading is done: nothing is written, nothing is left behind.
+    const QStringList before = QDir(dir.path()).entryList(QDir::Files | QDir::Hidden);
+    progress.canceled = [&] { return fractions.size() > 8; };
+    fractions.clear();
+    const PhotoBlender::Outcome stopped = PhotoBlender::blendToFile(files, PhotoBlender::Arrangement::LeftToRight, options,
+                                                                    dir.filePath(QStringLiteral("stopped.png")), progress);
+    EXPECT_TRUE(stopped.canceled);
+    EXPECT_TRUE(stopped.error.isEmpty());
+    EXPECT_EQ(QDir(dir.path()).entryList(QDir::Files | QDir::Hidden), before);
 }
 
 } // namespace

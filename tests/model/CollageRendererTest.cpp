@@ -16,6 +16,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 #include <vector>
 
 namespace {
@@ -122,6 +124,24 @@ TEST_F(RendererTest, TileCentresShowTheirPhotosAndGapsTheBackground)
         }
         EXPECT_TRUE(shows(r.image, QPoint(0, 0), kBackground));
     }
+}
+
+// A cancelled render (the program quits) skips the tiles left and gives no picture.
+TEST_F(RendererTest, CancelledRenderSkipsTheTilesLeft)
+{
+    QStringList paths;
+    for (int i = 0; i < 6; ++i)
+        paths << photo(QStringLiteral("c%1.jpg").arg(i), kColours[i]);
+    const FakePhotoList photos(paths, {0, 0, 0, 0, 0, 0});
+    std::atomic<int> drawn{0};
+    CollageRenderer::Options o = options();
+    o.threads = 1;
+    o.progress = [&](int, int) { ++drawn; };
+    o.cancelled = [&] { return drawn.load() >= 2; };
+    const CollageRenderer::Result r = CollageRenderer::renderScaled(layout(3, 2, photos), 2, o);
+    EXPECT_FALSE(r.ok());
+    EXPECT_EQ(r.error, QStringLiteral("cancelled"));
+    EXPECT_TRUE(r.warnings.isEmpty());
 }
 
 TEST_F(RendererTest, ResultIsTheShownSizeOrAWholeMultipleOfIt)
