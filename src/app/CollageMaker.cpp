@@ -30,6 +30,8 @@ CollageMaker::CollageMaker(TessaryView &view, UserDefaults &defaults, PleaseWait
         emit finished();
         if (!rendered.image.isNull())
             emit collageReady(rendered.image, rendered.sharpest);
+        if (!rendered.unreadable.isEmpty())
+            emit photosLeftEmpty(rendered.unreadable);
     });
 }
 
@@ -73,6 +75,7 @@ void CollageMaker::render()
             qCInfo(lcTessary, "%s", qUtf8Printable(result.error));
         Rendered rendered;
         rendered.image = result.image;
+        rendered.unreadable = result.unreadable;
         if (!rendered.image.isNull())
             rendered.sharpest = PhotoSharpness::sharpest(layout, scale);
         promise.addResult(rendered);

@@ -2,6 +2,7 @@
 #include "images/ImageCacheLoader.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
+#include "images/TestImages.h"
 #include "support/FakePhotoList.h"
 
 #include <QFile>
@@ -58,6 +59,52 @@ TEST_F(ImageCacheLoaderTest, AnswersAtOnceAndDeliversBySignal)
     EXPECT_FALSE(loader.imageForPath(broken).has_value());
     EXPECT_FALSE(loader.isLoading(broken)) << "an unchanged broken file is not decoded again";
     EXPECT_EQ(loader.loadingCount(), 0);
+}
+
+// Why a photo cannot be read comes from the decoder, in words, with the file's name and not its
+// folder: cut short, not a picture, over the size limit, gone. A photo that is gone after it
+// was cached is not shown from the old copy.
+TEST_F(ImageCacheLoaderTest, TellsWhyAPhotoCannotBeRead)
+{
+    const QString gone = makePhoto(QStringLiteral("gone.png"), {40, 30});
+    QFile whole(gone);
+    ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
+    const QByteArray png = whole.readAll();
+    const struct {
+        const char *name;
+        QByteArray bytes; // empty: the cached photo, deleted
+        const char *words;
+    } cases[] = {
+        {"cut.png", png.left(png.size() / 2), "is a truncated PNG"},
+        {"notes.jpg", "a shopping list, not a photo", "is not a picture"},
+        {"huge.jpg", testimages::jpegClaiming(20000, 10000), "more than the 100-megapixel limit"},
+        {"gone.png", {}, "no such file"},
+    };
+    QStringList paths;
+    for (const auto &c : cases) {
+        paths << dir.filePath(QLatin1String(c.name));
+        if (!c.bytes.isEmpty()) {
+            ASSERT_TRUE(testimages::writeFile(paths.last(), c.bytes));
+        }
+    }
+    FakePhotoList photos(paths);
+    ImageCache cache(&photos);
+    ImageCacheLoader loader(cache);
+    loader.request({gone});
+    loader.waitForAll();
+    ASSERT_TRUE(cache.contains(gone));
+    ASSERT_TRUE(QFile::remove(gone));
+
+    QSignalSpy failed(&loader, &ImageCacheLoader::imageFailed);
+    for (const QString &path : paths)
+        EXPECT_FALSE(loader.imageForPath(path).has_value()) << path.toStdString();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return failed.count() == 4; }, 5000));
+    for (qsizetype i = 0; i < paths.size(); ++i) {
+        const QString reason = cache.failureReason(paths[i]);
+        EXPECT_TRUE(reason.contains(QStringLiteral("\u201c%1\u201d").arg(QLatin1String(cases[i].name)))) << reason.toStdString();
+        EXPECT_TRUE(reason.contains(QLatin1String(cases[i].words))) << reason.toStdString();
+        EXPECT_FALSE(reason.contains(dir.path())) << reason.toStdString();
+    }
 }
 
 TEST_F(ImageCacheLoaderTest, WaitForAllTakesEveryDecodingIn)
