@@ -80,7 +80,6 @@ ImageBrowserController::ImageBrowserController(UserDefaults &defaults, const QSt
 void ImageBrowserController::photoFileChanged(const QString &path)
 {
     emit photoChanged(path);
-    reloadCollage();
     if (m_selection->hasSelection() && m_selection->selectedPath() == path)
         refreshPreview();
 }

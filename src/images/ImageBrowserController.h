@@ -128,7 +128,7 @@ signals:
     // The selected photo's alignment was changed by "centre all" or "fit all".
     void selectedAlignmentChanged(int alignment);
     // The file of a listed photo was changed, replaced or deleted by another program: its
-    // thumbnail is to be made again (the collage is laid out again by the controller).
+    // thumbnail and its tiles are to be made again (they may find it unreadable now).
     void photoChanged(const QString &path);
 
 private:

@@ -121,6 +121,7 @@ TessaryView::TessaryView(UserDefaults &defaults, ImageBrowserController &delegat
 
     connect(&d->loader, &ImageCacheLoader::imageReady, this, &TessaryView::photoReady);
     connect(&d->loader, &ImageCacheLoader::imageFailed, this, &TessaryView::photoFailed);
+    connect(&delegate, &ImageBrowserController::photoChanged, this, &TessaryView::photoChanged);
 }
 
 TessaryView::~TessaryView()
@@ -323,6 +324,31 @@ void TessaryView::photoReady(const QString &path)
                 showFitted(job.index, job.key, watcher->result());
         });
         watcher->setFuture(QtConcurrent::run(fit, job));
+    }
+}
+
+void TessaryView::photoChanged(const QString &path)
+{
+    QList<qsizetype> indexes;
+    for (qsizetype i = 0; i < d->tiles.size(); ++i) {
+        const TileLayout &tile = d->layout.tiles.at(size_t(i));
+        if (!tile.placeholder && tile.imagePath == path)
+            indexes.append(i);
+    }
+    // A copy still in the cache is the file as it is (a change that left its date alone).
+    if (indexes.isEmpty() || d->loader.imageForPath(path))
+        return;
+    if (!d->loader.isLoading(path)) {
+        for (const qsizetype index : std::as_const(indexes))
+            d->tiles.at(index)->imageView()->setUnreadable(d->cache.failureReason(path));
+        return;
+    }
+    // The tiles keep their picture until the new one (or the failure) arrives.
+    QList<qsizetype> &waiting = d->waiting[path];
+    for (const qsizetype index : std::as_const(indexes)) {
+        if (!waiting.contains(index))
+            waiting.append(index);
+        d->unfilled.insert(index);
     }
 }
 
