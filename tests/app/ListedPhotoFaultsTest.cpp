@@ -24,6 +24,8 @@
 
 #include <functional>
 
+#include <cstdio>
+
 namespace {
 
 // The program with its own store and folders, over three photos of the test's own, while
@@ -113,6 +115,12 @@ TEST_F(ListedPhotoFaultsTest, ASpoiledPhotoIsToldAndLeavesTheList)
         {"replaced by a non-picture",
          [](const QString &path) { ASSERT_TRUE(testimages::writeFile(path, "name,address\nA,B\n")); },
          "modified", "is not a picture"},
+        {"replaced by a non-picture saved over it",
+         [](const QString &path) {
+             ASSERT_TRUE(testimages::writeFile(path + QStringLiteral(".new"), "<html>not a photo</html>"));
+             ASSERT_TRUE(::rename(QFile::encodeName(path + QStringLiteral(".new")).constData(), QFile::encodeName(path).constData()) == 0);
+         },
+         "modified", "is not a picture"},
     };
     controller->displayResult(QImage(QSize(40, 30), QImage::Format_RGB32), true);
     ResultWindow &result = controller->resultWindow();
@@ -130,7 +138,7 @@ TEST_F(ListedPhotoFaultsTest, ASpoiledPhotoIsToldAndLeavesTheList)
         c.spoil(spoiled);
         ASSERT_TRUE(QTest::qWaitFor([&] { return alertsShown().size() == 1; }, 5000));
         QMessageBox *alert = alertsShown().first();
-        EXPECT_EQ(alert->text(), ImageBookmarks::changeMessage(spoiled, QLatin1String(c.word)));
+        EXPECT_EQ(alert->text(), ImageBookmarks::changeMessage(spoiled, QLatin1String(c.word))) << alert->text().toStdString();
         EXPECT_EQ(alert->informativeText(), QStringLiteral("You may reload another image to replace it."));
         EXPECT_EQ(alert->parentWidget()->window(), &result) << "over the window the person looks at";
 
@@ -148,6 +156,7 @@ TEST_F(ListedPhotoFaultsTest, ASpoiledPhotoIsToldAndLeavesTheList)
         EXPECT_EQ(stored.at(0).toByteArray(), QFile::encodeName(photoPath(0)));
         EXPECT_EQ(stored.at(1).toByteArray(), QFile::encodeName(photoPath(2)));
         EXPECT_EQ(QFile::exists(spoiled), std::string(c.what) != "deleted") << "another program's file is not Tessary's to delete";
+        QFile::remove(spoiled + QStringLiteral(".new"));
         EXPECT_TRUE(alertsShown().isEmpty());
     }
 }
