@@ -33,6 +33,8 @@ CollageMaker::CollageMaker(TessaryView &view, UserDefaults &defaults, PleaseWait
             m_madeOptions = m_renderingOptions;
             emit collageReady(rendered.image, rendered.sharpest);
         }
+        if (!rendered.unreadable.isEmpty())
+            emit photosLeftEmpty(rendered.unreadable);
     });
 }
 
@@ -81,6 +83,7 @@ void CollageMaker::render()
             qCInfo(lcTessary, "%s", qUtf8Printable(result.error));
         Rendered rendered;
         rendered.image = result.image;
+        rendered.unreadable = result.unreadable;
         if (!rendered.image.isNull())
             rendered.sharpest = PhotoSharpness::sharpest(layout, scale);
         promise.addResult(rendered);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/CollageLayout.h"
+#include "images/UnreadablePhotos.h"
 #include "model/CollageRenderer.h"
 
 #include <QFutureWatcher>
@@ -29,6 +30,8 @@ public:
         QImage image;
         // Photo pixels on one pixel of the picture, for its sharpest photo (0: unknown).
         double sharpest = 0.0;
+        // The photos that could not be read: their tiles were left empty.
+        QList<UnreadablePhotos::Photo> unreadable;
     };
     // Renders `layout` enlarged `scale` times; runs on a worker thread.
     using Renderer = std::function<CollageRenderer::Result(const CollageLayout &layout, qint64 scale,
@@ -56,6 +59,9 @@ signals:
     void finished();
     // The picture, when the render gave one.
     void collageReady(const QImage &image, double sharpest);
+    // After collageReady (or instead of it): photos that could not be read were left empty.
+    // Sent once per collage, with all of them.
+    void photosLeftEmpty(const QList<UnreadablePhotos::Photo> &photos);
 
 private:
     void render();

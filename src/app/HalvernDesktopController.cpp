@@ -149,6 +149,12 @@ void HalvernDesktopController::connectResultOutputs()
         m_printOutputs->setCollage(image, m_collageMaker->madeLayout(), m_collageMaker->madeOptions());
         showResult(image, true, sharpest);
     });
+    // Told once, over the result window the person now looks at (or the main window when no
+    // picture came of it).
+    connect(m_collageMaker, &CollageMaker::photosLeftEmpty, this, [this](const QList<UnreadablePhotos::Photo> &photos) {
+        QWidget *over = m_resultWindow->isVisible() ? static_cast<QWidget *>(m_resultWindow) : m_mainWindow.get();
+        m_alerts.presentAlertOn(over, UnreadablePhotos::leftEmptyAlert(photos), {});
+    });
     ResultWindow &result = *m_resultWindow;
     ResultOutputs &outputs = *m_resultOutputs;
     connect(result.action(QStringLiteral("saveResult")), &QAction::triggered, &outputs, &ResultOutputs::save);

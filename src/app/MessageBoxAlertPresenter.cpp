@@ -1,14 +1,31 @@
 #include "app/MessageBoxAlertPresenter.h"
 
 #include <QApplication>
+#include <QDialog>
 #include <QMessageBox>
 #include <QPushButton>
 
+QWidget *MessageBoxAlertPresenter::windowForAlerts() const
+{
+    // Dialogs (sheets, file dialogs, other alerts) may close and delete themselves any moment:
+    // the alert goes over the window that owns them.
+    QWidget *window = QApplication::activeWindow();
+    while (window && qobject_cast<QDialog *>(window))
+        window = window->parentWidget() ? window->parentWidget()->window() : nullptr;
+    return window ? window : m_window.data();
+}
+
 void MessageBoxAlertPresenter::presentAlert(const Alert &alert, std::function<void(int response)> completion)
 {
-    auto *box = new QMessageBox(m_window);
+    presentAlertOn(windowForAlerts(), alert, std::move(completion));
+}
+
+void MessageBoxAlertPresenter::presentAlertOn(QWidget *window, const Alert &alert,
+                                              std::function<void(int response)> completion)
+{
+    auto *box = new QMessageBox(window);
     box->setAttribute(Qt::WA_DeleteOnClose);
-    box->setWindowModality(m_window ? Qt::WindowModal : Qt::ApplicationModal);
+    box->setWindowModality(window ? Qt::WindowModal : Qt::ApplicationModal);
     box->setText(alert.messageText);
     box->setInformativeText(alert.informativeText);
     switch (alert.style) {

@@ -1,5 +1,6 @@
 #include "DefaultsCommand.h"
 
+#include "foundation/CountedNoun.h"
 #include "foundation/PropertyList.h"
 #include "foundation/UserDefaults.h"
 
@@ -33,7 +34,10 @@ PropertyList::ReadResult readInput(const QString &path)
 int expectArgs(const QStringList &args, int count, CliContext &context)
 {
     if (args.size() - 1 != count)
-        return context.fail(QStringLiteral("defaults %1: expected %2 argument(s)\n\n%3").arg(args.first()).arg(count).arg(QLatin1String(kHelp)), 2);
+        return context.fail(QStringLiteral("defaults %1: expected %2\n\n%3")
+                                .arg(args.first(), CountedNoun::text(count, QStringLiteral("argument"), QStringLiteral("arguments")),
+                                     QLatin1String(kHelp)),
+                            2);
     return 0;
 }
 

@@ -8,6 +8,7 @@
 #include "images/FileWatcher.h"
 
 #include <QDir>
+#include <QRegularExpression>
 #include <QFile>
 #include <QFileInfo>
 #include <QPointer>
@@ -285,6 +286,21 @@ QString ImageBookmarks::factoryImagePath(const QString &name) const
 {
     const QString suffix = name == QLatin1String("blank") ? QStringLiteral(".png") : QStringLiteral(".jpg");
     return QDir(m_resourcesFolder).filePath(name + suffix);
+}
+
+QString ImageBookmarks::titleForPath(const QString &path) const
+{
+    const QFileInfo info(path);
+    if (!path.isEmpty() && info.absolutePath() == QDir(m_resourcesFolder).absolutePath()) {
+        const QString base = info.completeBaseName();
+        if (base == QLatin1String("blank"))
+            return QStringLiteral("Blank");
+        static const QRegularExpression factory(QStringLiteral("^images-(\\d+)$"));
+        const QRegularExpressionMatch match = factory.match(base);
+        if (match.hasMatch())
+            return QStringLiteral("Sample %1").arg(match.captured(1).toInt() + 1);
+    }
+    return info.fileName();
 }
 
 void ImageBookmarks::loadFactoryImage(const QString &name)

@@ -86,6 +86,10 @@ public:
     QStringList builtInImages() const;
     // The file of a factory resource name ("blank" is a PNG, the others JPEGs).
     QString factoryImagePath(const QString &name) const;
+    // The title a person sees for a listed photo: its file name; a factory photo, whose file
+    // names say nothing and look alike when cut short, is "Sample N" (N from 1, its place in
+    // the factory set) and the blank image "Blank".
+    QString titleForPath(const QString &path) const;
 
     // --- Reading
     qsizetype count() const { return m_images.size(); }

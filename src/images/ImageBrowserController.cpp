@@ -4,6 +4,7 @@
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
+#include "images/FileWatcher.h"
 #include "images/ImageBookmarks.h"
 #include "images/ImageBrowserSelection.h"
 
@@ -60,7 +61,7 @@ ImageBrowserController::ImageBrowserController(UserDefaults &defaults, const QSt
     , m_defaults(defaults)
     , m_alerts(alerts)
     , m_imageBookmarks(new ImageBookmarks(defaults, resourcesFolder, alerts, this))
-    , m_selection(new ImageBrowserSelection(this))
+    , m_selection(new ImageBrowserSelection([this](qsizetype index) { return m_imageBookmarks->pathAtIndex(index); }, this))
     , m_blankImage(m_imageBookmarks->factoryImagePath(QStringLiteral("blank")))
 {
     // Entries whose file another program changed leave through the same door as a user's
@@ -71,6 +72,16 @@ ImageBrowserController::ImageBrowserController(UserDefaults &defaults, const QSt
     m_previewTimer.setInterval(kPreviewDelayMilliseconds);
     connect(&m_previewTimer, &QTimer::timeout, this, &ImageBrowserController::refreshPreview);
     connect(m_selection, &ImageBrowserSelection::selectionChanged, this, &ImageBrowserController::selectionDidChange);
+    // A listed file changed on disk: what shows it is brought up to date (it may no longer be
+    // readable) while the person reads the alert about it.
+    connect(&m_imageBookmarks->fileWatcher(), &FileWatcher::fileChanged, this, &ImageBrowserController::photoFileChanged);
+}
+
+void ImageBrowserController::photoFileChanged(const QString &path)
+{
+    emit photoChanged(path);
+    if (m_selection->hasSelection() && m_selection->selectedPath() == path)
+        refreshPreview();
 }
 
 ImageBrowserController::~ImageBrowserController() = default;

@@ -127,9 +127,13 @@ signals:
     void previewChanged(const QString &path, int alignment);
     // The selected photo's alignment was changed by "centre all" or "fit all".
     void selectedAlignmentChanged(int alignment);
+    // The file of a listed photo was changed, replaced or deleted by another program: its
+    // thumbnail and its tiles are to be made again (they may find it unreadable now).
+    void photoChanged(const QString &path);
 
 private:
     void selectionDidChange();
+    void photoFileChanged(const QString &path);
     void refreshPreview();
     void deleteIfOwned(const QString &oldPath);
     void setPendingSelection(qsizetype index) { m_pendingSelection = index; }

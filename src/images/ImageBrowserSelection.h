@@ -3,17 +3,28 @@
 #include <QObject>
 #include <QString>
 
-// The selected item of the image browser: one index, or -1 for none. The window's grid binds
-// to it; the controller and the collage view read and set it.
+#include <functional>
+
+// The selected photo of the image browser: its index, or -1 for none, and the photo at that
+// index. The window's grid, the preview and its label, and the collage view all follow it.
+//
+// A selection is of a photo, not only of a place in the list: when the list changes under an
+// unchanged index (the selected photo removed, another inserted or pasted in its place),
+// selecting that index again announces the change, so whatever shows the selected photo is
+// brought up to date by the one signal, whichever edit changed the list.
 class ImageBrowserSelection : public QObject
 {
     Q_OBJECT
 public:
-    using QObject::QObject;
+    // photoAt: the path of the photo at an index of the list (empty when there is none).
+    explicit ImageBrowserSelection(std::function<QString(qsizetype)> photoAt, QObject *parent = nullptr);
 
     qsizetype selectedIndex() const { return m_index; }
+    // The photo selected, as it was when it was selected.
+    QString selectedPath() const { return m_path; }
     bool hasSelection() const { return m_index >= 0; }
-    // Selects the index (any negative value clears); emits selectionChanged when it changed.
+    // Selects the index (any negative value clears); emits selectionChanged when the index or
+    // the photo at it changed.
     void select(qsizetype index);
     void clear() { select(-1); }
 
@@ -24,5 +35,7 @@ signals:
     void selectionChanged(qsizetype index);
 
 private:
+    std::function<QString(qsizetype)> m_photoAt;
     qsizetype m_index = -1;
+    QString m_path;
 };

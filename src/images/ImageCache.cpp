@@ -5,6 +5,7 @@
 #include "foundation/Log.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
+#include "images/UnreadablePhotos.h"
 #include "model/TessaryViewDelegate.h"
 
 #include <QFileInfo>
@@ -61,8 +62,11 @@ ImageCache::Decoded ImageCache::decode(const QString &path)
 {
     Decoded d{path, {}};
     d.entry.date = modificationDateForPath(path);
-    if (d.entry.date.isValid())
-        d.entry.image = compressedImageForPath(path);
+    // A file that cannot be dated is not cached even when it decodes; one that is gone gets the
+    // reader's words for that.
+    const UIImage::LoadResult loaded = UIImage::loadFileUnderMegaPixels(path, kMegaPixels);
+    d.entry.image = loaded.image;
+    d.entry.error = loaded.error;
     return d;
 }
 
@@ -111,7 +115,7 @@ UIImage ImageCache::addPathToCache(const QString &path)
 {
     const Decoded d = decode(path);
     if (!d.entry.image.isValid() || !d.entry.date.isValid()) {
-        m_failed.insert(path, d.entry.date);
+        m_failed.insert(path, {d.entry.date, d.entry.error});
         return UIImage();
     }
     storeEntry(path, d.entry);
@@ -121,7 +125,13 @@ UIImage ImageCache::addPathToCache(const QString &path)
 bool ImageCache::failedUnchanged(const QString &path) const
 {
     const auto failed = m_failed.constFind(path);
-    return failed != m_failed.constEnd() && *failed == modificationDateForPath(path);
+    return failed != m_failed.constEnd() && failed->date == modificationDateForPath(path);
+}
+
+QString ImageCache::failureReason(const QString &path) const
+{
+    const auto failed = m_failed.constFind(path);
+    return failed == m_failed.constEnd() ? QString() : UnreadablePhotos::reason(path, failed->error);
 }
 
 void ImageCache::take(const Decoded &d)
@@ -129,7 +139,7 @@ void ImageCache::take(const Decoded &d)
     if (d.entry.image.isValid() && d.entry.date.isValid())
         storeEntry(d.path, d.entry);
     else
-        m_failed.insert(d.path, d.entry.date);
+        m_failed.insert(d.path, {d.entry.date, d.entry.error});
 }
 
 void ImageCache::startDecoding(const QString &path)
@@ -232,7 +242,10 @@ std::optional<UIImage> ImageCache::cachedImageForPath(const QString &path)
     const auto it = m_imageCacheDictionary.constFind(path);
     if (it == m_imageCacheDictionary.constEnd())
         return std::nullopt;
-    if (isNewer(modificationDateForPath(path), it->date)) {
+    // A file that is newer is decoded anew; so is one that is gone, so that the window tells it
+    // cannot be read rather than showing a photo that is no longer there.
+    const QDateTime fileDate = modificationDateForPath(path);
+    if (!fileDate.isValid() || isNewer(fileDate, it->date)) {
         m_imageCacheDictionary.remove(path);
         return std::nullopt;
     }
@@ -351,7 +364,7 @@ QList<ImageCache::StoredEntry> ImageCache::storedEntries(const QVariantMap &map)
 
 ImageCache::Entry ImageCache::entryFromStored(const StoredEntry &stored)
 {
-    return {UIImage::initWithTIFFRepresentation(stored.tiff), stored.date};
+    return {UIImage::initWithTIFFRepresentation(stored.tiff), stored.date, QString()};
 }
 
 void ImageCache::restoreImageCacheFromUserDefaults(const UserDefaults &defaults)

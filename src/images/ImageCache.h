@@ -42,6 +42,7 @@ public:
     struct Entry {
         UIImage image;
         QDateTime date; // the file's modification date when the entry was made
+        QString error;  // why there is no image, in the decoder's words (empty when there is one)
     };
 
     // The delegate supplies the listed photo paths (pickedPhotos); without one, updateCache
@@ -88,10 +89,14 @@ public:
 
     // --- For callers that must never wait (the window, through ImageCacheLoader)
     // The cached copy when there is one and its file has not changed since; never decodes and
-    // never waits. An entry whose file is newer is dropped, so the caller decodes it anew.
+    // never waits. An entry whose file is newer or gone is dropped, so the caller decodes it
+    // anew (and learns why it cannot be read).
     std::optional<UIImage> cachedImageForPath(const QString &path);
     // Whether the file failed to decode before and has not changed since.
     bool hasFailedUnchanged(const QString &path) const { return failedUnchanged(path); }
+    // Why the file could not be read at its last decoding, for a person
+    // (UnreadablePhotos::reason); empty when it did not fail.
+    QString failureReason(const QString &path) const;
     // One photo's entry made off the calling thread (safe on any thread): dated, then decoded.
     static Entry makeEntry(const QString &path) { return decode(path).entry; }
     // Takes an entry made by makeEntry into the cache (or records the failure).
@@ -135,8 +140,12 @@ private:
     QThreadPool *m_pool;
     qint64 m_storeBudgetBytes = kStoreBudgetBytes;
     QHash<QString, Entry> m_imageCacheDictionary;
-    // Files whose reduced copy could not be made, with their date at the time.
-    QHash<QString, QDateTime> m_failed;
+    // Files whose reduced copy could not be made: their date at the time, and why.
+    struct Failure {
+        QDateTime date;
+        QString error;
+    };
+    QHash<QString, Failure> m_failed;
     // Decodings under way, in the order they were started.
     QList<std::pair<QString, QFuture<Decoded>>> m_inFlight;
 };

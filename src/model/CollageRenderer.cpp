@@ -230,8 +230,13 @@ CollageRenderer::Result CollageRenderer::render(const CollageLayout &layout, dou
         return result;
     }
     result.image = std::move(canvas);
-    for (const QString &w : shared.warnings)
-        if (!w.isEmpty())
-            result.warnings << w;
+    for (size_t i = 0; i < tiles.size(); ++i) {
+        const QString &w = shared.warnings[i];
+        if (w.isEmpty())
+            continue;
+        result.warnings << w;
+        const QString &path = tiles[i]->imagePath;
+        result.unreadable.append({tiles[i]->tag + 1, path, UnreadablePhotos::reason(path, w)});
+    }
     return result;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "images/UIImage.h"
+#include "images/UnreadablePhotos.h"
 
 #include <QColor>
 #include <QImage>
@@ -43,6 +44,7 @@ public:
     struct Result {
         QImage image;         // null when the canvas could not be made
         QStringList warnings; // one per photo that could not be read (its tile stays empty)
+        QList<UnreadablePhotos::Photo> unreadable; // the same photos, numbered, with the reason
         QString error;        // why there is no image
         bool ok() const { return !image.isNull(); }
     };

@@ -83,15 +83,19 @@ void TilePainter::paint(QPainter &painter, const QRect &target, const TileLayout
             p.restore();
         }
 
-        // The photo's number, in the bottom-left corner, black, sized to its text.
+        // The photo's number, in the bottom-left corner, black on a small light plate sized to
+        // its text, so it reads on dark photos too.
         QFont indexFont;
         indexFont.setPixelSize(13);
         p.setFont(indexFont);
-        p.setPen(Qt::black);
         const QString number = QString::number(tile.tag + 1);
         const QFontMetricsF metrics(indexFont);
-        const QRectF numberBox(2, h - metrics.height() - 1, metrics.horizontalAdvance(number) + 4, metrics.height());
-        p.drawText(numberBox, Qt::AlignLeft | Qt::AlignVCenter, number);
+        const QRectF numberBox(0, h - metrics.height(), metrics.horizontalAdvance(number) + 6, metrics.height());
+        p.setPen(Qt::NoPen);
+        p.setBrush(QColor(255, 255, 255, 215));
+        p.drawRoundedRect(numberBox, 3, 3);
+        p.setPen(Qt::black);
+        p.drawText(numberBox, Qt::AlignCenter, number);
 
         if (tile.selected) {
             p.setCompositionMode(QPainter::CompositionMode_Multiply);

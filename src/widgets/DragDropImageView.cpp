@@ -3,8 +3,10 @@
 #include "foundation/KeyedArchiveNumber.h"
 #include "foundation/Log.h"
 #include "images/ImageBrowserController.h"
+#include "images/UnreadablePhotos.h"
 #include "widgets/TessaryDataView.h"
 #include "widgets/TessaryView.h"
+#include "widgets/UnreadablePhotoMark.h"
 
 #include <QApplication>
 #include <QDrag>
@@ -68,6 +70,8 @@ QMimeData *DragDropImageView::mimeDataForTag(qint64 tag)
 
 void DragDropImageView::setImage(const QImage &image)
 {
+    if (!m_unreadable.isEmpty())
+        setUnreadable(QString());
     m_image = image;
     m_interim = QImage();
     m_loading = false;
@@ -85,6 +89,18 @@ void DragDropImageView::setLoading(bool loading)
     if (m_loading == loading)
         return;
     m_loading = loading;
+    update();
+}
+
+void DragDropImageView::setUnreadable(const QString &reason)
+{
+    m_unreadable = reason;
+    if (!reason.isEmpty()) {
+        m_image = QImage();
+        m_interim = QImage();
+        m_loading = false;
+    }
+    setToolTip(reason);
     update();
 }
 
@@ -147,6 +163,9 @@ void DragDropImageView::paintEvent(QPaintEvent *)
         p.drawImage(QPointF((bounds.width() - m_image.width()) * 0.5, (bounds.height() - m_image.height()) * 0.5), m_image);
     } else if (!m_interim.isNull()) {
         drawCovering(p, bounds, m_interim);
+    } else if (!m_unreadable.isEmpty()) {
+        UnreadablePhotoMark::paintField(p, bounds);
+        UnreadablePhotoMark::paint(p, bounds, UnreadablePhotos::label());
     } else if (m_loading) {
         // Neutral loading look: a quiet grey field with three dots in the middle.
         p.fillRect(bounds, QColor(218, 218, 218));

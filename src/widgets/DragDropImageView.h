@@ -11,7 +11,8 @@ class TessaryDataView;
 // The photo of one collage tile. It draws the picture already fitted to the tile (centred, not
 // scaled), clipped to the tile's rounded corners, with the chosen image frame style and the
 // tile's border on top. Until the fitted picture arrives it shows the previous picture of the
-// same photo scaled into place, or a neutral loading look.
+// same photo scaled into place, or a neutral loading look; a photo that cannot be read shows the
+// "cannot be read" mark.
 //
 // Tiles showing a photo can be dragged onto each other: the drag carries the tile's tag under
 // a private type, and a drop asks the collage view to exchange the two photos.
@@ -41,6 +42,10 @@ public:
     // The neutral look of a photo that is still being decoded.
     void setLoading(bool loading);
     bool isLoading() const { return m_loading; }
+    // The photo cannot be read: the tile shows the "cannot be read" mark (and the reason as its
+    // tool tip) instead of a picture or the loading look. An empty reason clears it.
+    void setUnreadable(const QString &reason);
+    bool isUnreadable() const { return !m_unreadable.isEmpty(); }
     void setImageFrameStyle(int style);
     int imageFrameStyle() const { return m_frameStyle; }
 
@@ -68,6 +73,7 @@ private:
     QImage m_image;
     QImage m_interim;
     bool m_loading = false;
+    QString m_unreadable; // why the photo cannot be read
     int m_frameStyle = FrameNone;
     bool m_highlight = false;
     QPoint m_pressPosition;

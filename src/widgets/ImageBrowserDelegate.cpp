@@ -1,6 +1,8 @@
 #include "widgets/ImageBrowserDelegate.h"
 
+#include "images/UnreadablePhotos.h"
 #include "widgets/ImageBrowserModel.h"
+#include "widgets/UnreadablePhotoMark.h"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -20,20 +22,16 @@ QRect cardRect(const QRect &square)
 
 void paintLoading(QPainter *painter, const QRect &square, bool failed)
 {
-    const QRect card = cardRect(square);
+    // A photo that cannot be read gets the whole square, for the mark and its label.
+    const QRect card = failed ? square : cardRect(square);
     painter->setPen(Qt::NoPen);
     painter->setBrush(kLoadingFill);
     painter->drawRoundedRect(card, 4, 4);
-    painter->setPen(QPen(kLoadingMark, 2));
     if (failed) {
-        const int d = std::min(card.width(), card.height()) / 6;
-        const QPoint c = card.center();
-        painter->drawLine(c + QPoint(-d, -d), c + QPoint(d, d));
-        painter->drawLine(c + QPoint(-d, d), c + QPoint(d, -d));
+        UnreadablePhotoMark::paint(*painter, card, UnreadablePhotos::label());
         return;
     }
     // Three quiet dots.
-    painter->setPen(Qt::NoPen);
     painter->setBrush(kLoadingMark);
     const int r = std::max(2, card.width() / 40);
     for (int i = -1; i <= 1; ++i)
@@ -83,6 +81,8 @@ void ImageBrowserDelegate::paint(QPainter *painter, const QStyleOptionViewItem &
     } else {
         const bool failed = index.data(ImageBrowserModel::ThumbnailStateRole).toInt() == ImageBrowserModel::ThumbnailFailed;
         paintLoading(painter, square, failed);
+        if (failed)
+            picture = square;
     }
 
     // The number, in a small label at the picture's top left corner.
@@ -106,7 +106,8 @@ void ImageBrowserDelegate::paint(QPainter *painter, const QStyleOptionViewItem &
     painter->setFont(titleFont);
     painter->setPen(selected ? Qt::white : Qt::black);
     const QRect title(cell.left() + 4, square.bottom() + 2, cell.width() - 8, kTitleHeight);
-    const QString name = index.data(Qt::ToolTipRole).toString();
-    painter->drawText(title, Qt::AlignCenter, QFontMetrics(titleFont).elidedText(name, Qt::ElideRight, title.width()));
+    // Cut in the middle: names that share a beginning (a camera's "IMG_2041.jpg") stay apart.
+    const QString name = index.data(ImageBrowserModel::TitleRole).toString();
+    painter->drawText(title, Qt::AlignCenter, QFontMetrics(titleFont).elidedText(name, Qt::ElideMiddle, title.width()));
     painter->restore();
 }

@@ -1,5 +1,6 @@
 #include "widgets/ImageBrowserModel.h"
 
+#include "images/ImageBookmarks.h"
 #include "images/ImageBrowserController.h"
 #include "images/ImageCache.h"
 #include "images/ImageCacheLoader.h"
@@ -69,6 +70,15 @@ ImageBrowserModel::ImageBrowserModel(ImageBrowserController &controller, ImageCa
     connect(&m_requestTimer, &QTimer::timeout, this, &ImageBrowserModel::requestWanted);
     connect(&m_loader, &ImageCacheLoader::imageReady, this, &ImageBrowserModel::imageArrived);
     connect(&m_loader, &ImageCacheLoader::imageFailed, this, &ImageBrowserModel::imageFailed);
+    connect(&m_controller, &ImageBrowserController::photoChanged, this, &ImageBrowserModel::photoChanged);
+}
+
+void ImageBrowserModel::photoChanged(const QString &path)
+{
+    m_thumbnails.remove(path);
+    m_failed.remove(path);
+    m_waiting.remove(path);
+    rowsOfPathChanged(path);
 }
 
 int ImageBrowserModel::rowCount(const QModelIndex &parent) const
@@ -92,8 +102,14 @@ QVariant ImageBrowserModel::data(const QModelIndex &index, int role) const
     switch (role) {
     case Qt::DisplayRole:
         return QString::number(row + 1);
-    case Qt::ToolTipRole:
-        return path.isEmpty() ? QString::number(row + 1) : QFileInfo(path).fileName();
+    case Qt::ToolTipRole: {
+        // The name, and for a photo that cannot be read, why.
+        const QString name = path.isEmpty() ? QString::number(row + 1) : QFileInfo(path).fileName();
+        const QString reason = m_failed.contains(path) ? m_loader.cache().failureReason(path) : QString();
+        return reason.isEmpty() ? name : QStringLiteral("%1\n%2").arg(name, reason);
+    }
+    case TitleRole:
+        return path.isEmpty() ? QString::number(row + 1) : m_controller.imageBookmarks().titleForPath(path);
     case PathRole:
         return path;
     case Qt::DecorationRole:

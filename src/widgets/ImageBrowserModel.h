@@ -31,6 +31,8 @@ public:
         PathRole = Qt::UserRole + 1,
         // ThumbnailState: whether the thumbnail is there, on its way, or cannot be made.
         ThumbnailStateRole,
+        // The title under the thumbnail (the photo list's title for the photo).
+        TitleRole,
     };
     enum ThumbnailState { ThumbnailLoading, ThumbnailReady, ThumbnailFailed };
     // Thumbnails are made this large (the longer side) and drawn smaller at lower zoom.
@@ -73,6 +75,8 @@ private:
     void scale(const QString &path, const QImage &image) const;
     void thumbnailScaled(const QString &path, const QImage &thumbnail);
     void rowsOfPathChanged(const QString &path);
+    // The photo's file changed on disk: its thumbnail is made again (or found unreadable).
+    void photoChanged(const QString &path);
     void requestWanted();
 
     ImageBrowserController &m_controller;

@@ -6,6 +6,7 @@
 #include "images/ImageBookmarks.h"
 #include "images/ImageBrowserController.h"
 #include "images/ImageBrowserSelection.h"
+#include "images/ImageCache.h"
 #include "images/ImageCacheLoader.h"
 #include "widgets/ImageBrowserListView.h"
 #include "widgets/ImageBrowserModel.h"
@@ -194,7 +195,7 @@ ImageBrowserPanel::ImageBrowserPanel(ImageBrowserController &controller, ImageCa
     connect(&loader, &ImageCacheLoader::imageFailed, this, [this](const QString &path) {
         if (path == d->previewPath) {
             d->previewPath.clear();
-            d->preview->clear();
+            d->preview->setUnreadable(d->loader.cache().failureReason(path));
         }
     });
     connect(d->model, &ImageBrowserModel::aboutToReset, this,
@@ -300,6 +301,9 @@ void ImageBrowserPanel::previewChanged(const QString &path, int alignment)
     // The cache's copy: never a decode here.
     if (const std::optional<UIImage> image = d->loader.imageForPath(path)) {
         d->preview->setImage(image->bestRepresentation());
+    } else if (!d->loader.isLoading(path)) {
+        // Known not to be readable (and unchanged since).
+        d->preview->setUnreadable(d->loader.cache().failureReason(path));
     } else {
         d->previewPath = path;
         d->preview->setLoading();

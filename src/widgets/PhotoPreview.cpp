@@ -1,6 +1,11 @@
 #include "widgets/PhotoPreview.h"
 
+#include "images/UnreadablePhotos.h"
+#include "widgets/UnreadablePhotoMark.h"
+
 #include <QPainter>
+
+#include <algorithm>
 
 namespace {
 
@@ -17,6 +22,7 @@ PhotoPreview::PhotoPreview(QWidget *parent)
 
 void PhotoPreview::setImage(const QImage &image)
 {
+    m_reason.clear();
     m_image = image;
     m_state = image.isNull() ? State::Empty : State::Shown;
     rescale();
@@ -25,9 +31,20 @@ void PhotoPreview::setImage(const QImage &image)
 
 void PhotoPreview::setLoading()
 {
+    m_reason.clear();
     m_image = QImage();
     m_scaled = QPixmap();
     m_state = State::Loading;
+    update();
+}
+
+void PhotoPreview::setUnreadable(const QString &reason)
+{
+    m_image = QImage();
+    m_scaled = QPixmap();
+    m_reason = reason;
+    m_state = State::Unreadable;
+    setToolTip(reason);
     update();
 }
 
@@ -63,6 +80,21 @@ void PhotoPreview::paintEvent(QPaintEvent *)
     if (m_state == State::Shown && !m_scaled.isNull()) {
         const QPoint origin((width() - m_scaled.width()) / 2, (height() - m_scaled.height()) / 2);
         painter.drawPixmap(origin, m_scaled);
+    } else if (m_state == State::Unreadable) {
+        // The mark in the upper part, the reason in words below it.
+        const QRect inner = rect().adjusted(kMargin * 2, kMargin, -kMargin * 2, -kMargin);
+        QFont font = painter.font();
+        font.setPixelSize(12);
+        painter.setFont(font);
+        const QFontMetrics metrics(font);
+        const QRect textBox = metrics.boundingRect(QRect(inner.left(), 0, inner.width(), inner.height()),
+                                                   Qt::AlignHCenter | Qt::TextWordWrap, m_reason);
+        const int textHeight = std::min(textBox.height(), inner.height() / 2);
+        const QRect markArea(inner.left(), inner.top(), inner.width(), inner.height() - textHeight - kMargin);
+        UnreadablePhotoMark::paint(painter, markArea, UnreadablePhotos::label());
+        painter.setPen(palette().color(QPalette::WindowText));
+        painter.drawText(QRect(inner.left(), inner.bottom() - textHeight, inner.width(), textHeight),
+                         Qt::AlignHCenter | Qt::AlignTop | Qt::TextWordWrap, m_reason);
     } else if (m_state == State::Loading) {
         painter.setPen(Qt::NoPen);
         painter.setBrush(QColor(170, 170, 170));

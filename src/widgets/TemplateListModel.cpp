@@ -1,5 +1,6 @@
 #include "widgets/TemplateListModel.h"
 
+#include "foundation/CountedNoun.h"
 #include "foundation/PlistValue.h"
 #include "templates/TemplateTables.h"
 
@@ -63,7 +64,7 @@ QVariant TemplateListModel::data(const QModelIndex &index, int role) const
     case Qt::ToolTipRole: {
         const TemplateStore::Template t = templateAt(row);
         const qint64 modules = t ? PlistValue::integerValue(t->value(QStringLiteral("nbrModules"))) : 0;
-        return tr("Template %1: %n photo(s)", nullptr, int(modules)).arg(row + 1);
+        return tr("Template %1: %2").arg(row + 1).arg(CountedNoun::text(modules, tr("photo"), tr("photos")));
     }
     case Qt::AccessibleTextRole:
         return tr("Template %1").arg(row + 1);

@@ -121,6 +121,7 @@ TessaryView::TessaryView(UserDefaults &defaults, ImageBrowserController &delegat
 
     connect(&d->loader, &ImageCacheLoader::imageReady, this, &TessaryView::photoReady);
     connect(&d->loader, &ImageCacheLoader::imageFailed, this, &TessaryView::photoFailed);
+    connect(&delegate, &ImageBrowserController::photoChanged, this, &TessaryView::photoChanged);
 }
 
 TessaryView::~TessaryView()
@@ -250,7 +251,8 @@ void TessaryView::applyLayout(CollageLayout layout)
         if (!tileLayout.placeholder) {
             const std::optional<UIImage> cached = d->loader.imageForPath(tileLayout.imagePath);
             if (!cached && !d->loader.isLoading(tileLayout.imagePath)) {
-                // Known not to load (and unchanged since): the tile stays empty, not loading.
+                // Known not to load (and unchanged since): the tile says so, it is not loading.
+                tile->imageView()->setUnreadable(d->cache.failureReason(tileLayout.imagePath));
                 d->unfilled.remove(index);
                 tile->show();
                 continue;
@@ -325,6 +327,31 @@ void TessaryView::photoReady(const QString &path)
     }
 }
 
+void TessaryView::photoChanged(const QString &path)
+{
+    QList<qsizetype> indexes;
+    for (qsizetype i = 0; i < d->tiles.size(); ++i) {
+        const TileLayout &tile = d->layout.tiles.at(size_t(i));
+        if (!tile.placeholder && tile.imagePath == path)
+            indexes.append(i);
+    }
+    // A copy still in the cache is the file as it is (a change that left its date alone).
+    if (indexes.isEmpty() || d->loader.imageForPath(path))
+        return;
+    if (!d->loader.isLoading(path)) {
+        for (const qsizetype index : std::as_const(indexes))
+            d->tiles.at(index)->imageView()->setUnreadable(d->cache.failureReason(path));
+        return;
+    }
+    // The tiles keep their picture until the new one (or the failure) arrives.
+    QList<qsizetype> &waiting = d->waiting[path];
+    for (const qsizetype index : std::as_const(indexes)) {
+        if (!waiting.contains(index))
+            waiting.append(index);
+        d->unfilled.insert(index);
+    }
+}
+
 void TessaryView::showFitted(qsizetype index, const QString &key, const QImage &image)
 {
     d->fitted.insert(key, image);
@@ -334,9 +361,10 @@ void TessaryView::showFitted(qsizetype index, const QString &key, const QImage &
 
 void TessaryView::photoFailed(const QString &path)
 {
-    // A photo that cannot be read leaves its tile empty; it no longer counts as loading.
+    // A photo that cannot be read shows the mark in its tile; it no longer counts as loading.
+    const QString reason = d->cache.failureReason(path);
     for (const qsizetype index : d->waiting.take(path)) {
-        d->tiles.at(index)->imageView()->setLoading(false);
+        d->tiles.at(index)->imageView()->setUnreadable(reason);
         tileFilled(index);
     }
 }
@@ -358,11 +386,11 @@ void TessaryView::updateToolTips()
         d->toolTips.append(tip);
         tile->setToolTip(tip);
 
+        // Black on a small light plate, so the number reads on dark photos too.
         auto *label = new QLabel(QString::number(n), tile);
         label->setAttribute(Qt::WA_TransparentForMouseEvents);
-        QPalette black = label->palette();
-        black.setColor(QPalette::WindowText, Qt::black);
-        label->setPalette(black);
+        label->setStyleSheet(QStringLiteral("QLabel { color: black; background: rgba(255, 255, 255, 215);"
+                                            " border-radius: 3px; padding: 0px 3px; }"));
         label->adjustSize();
         tile->setIndexLabel(label);
         label->show();

@@ -125,6 +125,9 @@ private:
     void startFitting();
     void photoReady(const QString &path);
     void photoFailed(const QString &path);
+    // The photo's file changed on disk: its tiles show it afresh, or that it cannot be read,
+    // without a new layout (which a jumbled collage would refuse).
+    void photoChanged(const QString &path);
     void showFitted(qsizetype index, const QString &key, const QImage &image);
     void tileFilled(qsizetype index);
     void moveTiles(const std::vector<QRectF> &frames);

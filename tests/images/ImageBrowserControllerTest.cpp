@@ -374,6 +374,49 @@ TEST_F(ImageBrowserControllerTest, AlignmentChangesNeedASelection)
     EXPECT_EQ(popup.at(1).at(0).toInt(), 0);
 }
 
+// The selection is of a photo: every list change that puts another photo at the selected place
+// is announced, so that the preview and its "Image N" label follow whichever edit it was; a
+// change that leaves the selected photo where it was is not.
+TEST_F(ImageBrowserControllerTest, EveryChangeOfTheSelectedPhotoIsAnnounced)
+{
+    QFile(QDir(resources()).filePath(QStringLiteral("blank.png"))).open(QIODevice::WriteOnly);
+    const QString extra = makeFile(QStringLiteral("x.jpg"));
+    const struct {
+        const char *what;
+        std::function<void(ImageBrowserController &)> change;
+        const char *selected; // the photo selected afterwards
+        bool announced;
+    } cases[] = {
+        {"remove it", [](ImageBrowserController &c) { c.removeItemsAtIndexes({1}); }, "c", true},
+        {"insert a blank image", [](ImageBrowserController &c) { c.insertBlankImage(); }, "blank", true},
+        {"paste a file",
+         [&](ImageBrowserController &c) {
+             QMimeData mime;
+             mime.setUrls({QUrl::fromLocalFile(extra)});
+             c.paste(mime);
+         },
+         "x", true},
+        {"replace it", [&](ImageBrowserController &c) { c.replaceImage(extra, 1); }, "x", true},
+        {"swap two others", [](ImageBrowserController &c) { c.exchangeItem(0, 2); }, "b", false},
+    };
+    for (const auto &k : cases) {
+        auto c = makeController(3);
+        c->selectIndex(1);
+        QSignalSpy announced(&c->selection(), &ImageBrowserSelection::selectionChanged);
+        k.change(*c);
+        EXPECT_EQ(QFileInfo(c->selection().selectedPath()).completeBaseName(), QLatin1String(k.selected)) << k.what;
+        EXPECT_EQ(c->selection().selectedPath(), c->images().value(c->selectedItem())) << k.what;
+        EXPECT_EQ(announced.size(), k.announced ? 1 : 0) << k.what;
+        if (k.announced && std::string(k.what) == "remove it") {
+            QSignalSpy preview(c.get(), &ImageBrowserController::previewChanged);
+            ASSERT_TRUE(preview.wait(3000));
+            EXPECT_EQ(preview.last().at(0).toString(), c->images().at(1));
+        }
+        c.reset();
+        defaults->removeObject(Preferences::Bookmarks);
+    }
+}
+
 TEST_F(ImageBrowserControllerTest, SelectionIsStoredAndRestored)
 {
     {
@@ -449,6 +492,11 @@ TEST_F(ImageBrowserControllerTest, BlankAndFactoryPhotosComeFromTheResources)
     c->loadFactoryImages();
     EXPECT_EQ(names(*c), QStringLiteral("ablankbimages-0images-3"));
     EXPECT_EQ(c->selectedItem(), 4);
+    // Their titles tell them apart where their file names would not.
+    QStringList titles;
+    for (const QString &path : c->images())
+        titles << c->imageBookmarks().titleForPath(path);
+    EXPECT_EQ(titles, (QStringList{"a.jpg", "Blank", "b.jpg", "Sample 1", "Sample 4"}));
     // Removing them never deletes a resource.
     c->clearImages();
     EXPECT_TRUE(QFile::exists(c->blankImage()));

@@ -90,6 +90,20 @@ inline QByteArray encode(const QImage &img, const char *format, int quality = -1
     return bytes;
 }
 
+// A JPEG whose frame header claims `w` x `h`: a small real JPEG with its SOF0 size patched.
+inline QByteArray jpegClaiming(int w, int h)
+{
+    QByteArray jpeg = encode(gradient(16, 16), "jpeg", 90);
+    const qsizetype sof = jpeg.indexOf(QByteArrayView("\xFF\xC0", 2));
+    if (sof < 0)
+        return {};
+    jpeg[sof + 5] = char(h >> 8);
+    jpeg[sof + 6] = char(h & 0xff);
+    jpeg[sof + 7] = char(w >> 8);
+    jpeg[sof + 8] = char(w & 0xff);
+    return jpeg;
+}
+
 inline bool writeFile(const QString &path, const QByteArray &bytes)
 {
     QFile f(path);

@@ -27,20 +27,6 @@ protected:
     }
 };
 
-// A JPEG whose frame header claims `w` x `h`: a small real JPEG with its SOF0 size patched.
-QByteArray jpegClaiming(int w, int h)
-{
-    QByteArray jpeg = encode(gradient(16, 16), "jpeg", 90);
-    const qsizetype sof = jpeg.indexOf(QByteArrayView("\xFF\xC0", 2));
-    if (sof < 0)
-        return {};
-    jpeg[sof + 5] = char(h >> 8);
-    jpeg[sof + 6] = char(h & 0xff);
-    jpeg[sof + 7] = char(w >> 8);
-    jpeg[sof + 8] = char(w & 0xff);
-    return jpeg;
-}
-
 quint32 crc32(const QByteArray &data)
 {
     quint32 c = 0xffffffffu;

@@ -240,6 +240,16 @@ TEST_F(RendererTest, UnreadablePhotoLeavesItsTileEmptyAndIsNamed)
     ASSERT_EQ(r.warnings.size(), 2);
     EXPECT_TRUE(r.warnings[0].contains(QStringLiteral("broken.jpg"))) << r.warnings[0].toStdString();
     EXPECT_TRUE(r.warnings[1].contains(QStringLiteral("missing.jpg"))) << r.warnings[1].toStdString();
+    // The window tells them in one alert: numbered as in the list, named without their folder.
+    const AlertPresenter::Alert alert = UnreadablePhotos::leftEmptyAlert(r.unreadable);
+    EXPECT_EQ(alert.messageText, QStringLiteral("2 photos cannot be read; their tiles were left empty."));
+    const QStringList lines = alert.informativeText.split(QLatin1Char('\n'));
+    ASSERT_EQ(lines.size(), 2) << alert.informativeText.toStdString();
+    EXPECT_TRUE(lines[0].startsWith(QStringLiteral("Photo 2: \u201cbroken.jpg\u201d"))) << lines[0].toStdString();
+    EXPECT_TRUE(lines[1].startsWith(QStringLiteral("Photo 3: \u201cmissing.jpg\u201d: no such file"))) << lines[1].toStdString();
+    EXPECT_FALSE(alert.informativeText.contains(dir.path()));
+    EXPECT_EQ(UnreadablePhotos::leftEmptyAlert(r.unreadable.mid(1)).messageText,
+              QStringLiteral("1 photo cannot be read; its tile was left empty."));
     EXPECT_TRUE(shows(r.image, CollageRenderer::pixelRect(l.tiles[0].frame, 1).center(), kColours[2]));
     EXPECT_TRUE(shows(r.image, CollageRenderer::pixelRect(l.tiles[1].frame, 1).center(), kBackground));
 }

@@ -7,6 +7,13 @@
 #include "app/WelcomeSheet.h"
 #include "foundation/Paths.h"
 #include "images/UIImage.h"
+#include "images/ImageBrowserController.h"
+#include "widgets/DragDropImageView.h"
+#include "widgets/ImageBrowserListView.h"
+#include "widgets/ImageBrowserModel.h"
+#include "widgets/ImageBrowserPanel.h"
+#include "widgets/PhotoPreview.h"
+#include "widgets/TessaryDataView.h"
 #include "widgets/TessaryView.h"
 
 #include <QAction>
@@ -187,6 +194,37 @@ TEST_F(MainWindowScreenshotTest, SmallScreen)
     const QImage grab = grabMainWindow();
     save(grab, "main-window-1024x640");
     EXPECT_GE(checkTileCentres(grab), 49);
+}
+
+// A photo cut short, selected: its tile, its thumbnail and the preview say it cannot be read
+// (the preview says why); the tile shows the quiet field under the mark.
+TEST_F(MainWindowScreenshotTest, UnreadablePhoto)
+{
+    if (QWidget *sheet = controller->mainWindow().findChild<WelcomeSheet *>())
+        sheet->close();
+    QFile whole(QDir(Paths::resourcesFolder()).filePath(QStringLiteral("images-3.jpg")));
+    ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
+    const QString cut = dir.filePath(QStringLiteral("holiday.jpg"));
+    QFile out(cut);
+    ASSERT_TRUE(out.open(QIODevice::WriteOnly));
+    out.write(whole.readAll().left(whole.size() / 2));
+    out.close();
+    ImageBrowserController &browser = controller->imageBrowserController();
+    browser.insertImage(cut, 2);
+    ImageBrowserPanel &panel = controller->mainWindow().imageBrowserPanel();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return panel.preview().state() == PhotoPreview::State::Unreadable; }, 10000));
+    ASSERT_TRUE(waitForTiles());
+    TessaryDataView *tile = view().tileWithTag(2);
+    ASSERT_TRUE(tile && tile->imageView()->isUnreadable());
+    ASSERT_TRUE(QTest::qWaitFor([&] {
+        panel.grid().viewport()->update();
+        return panel.model().index(2).data(ImageBrowserModel::ThumbnailStateRole).toInt() == ImageBrowserModel::ThumbnailFailed;
+    }, 10000));
+    EXPECT_TRUE(panel.preview().reason().contains(QStringLiteral("\u201choliday.jpg\u201d is a truncated JPEG")));
+    const QImage grab = grabMainWindow();
+    save(grab, "main-window-unreadable-photo");
+    const QPoint corner = inGrab(tile->geometry().topLeft() + QPointF(10, 10));
+    EXPECT_LE(distance(grab.pixelColor(corner), QColor(206, 206, 206)), 16);
 }
 
 TEST_F(MainWindowScreenshotTest, PreferencesWindow)
