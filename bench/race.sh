@@ -38,7 +38,7 @@ cat $list >/dev/null
 
 # The first-start template is a 7 x 7 grid of equal tiles; shown 728 points wide without
 # spacing, each tile is 104 points, 728 pixels at scale 7.
-template=297
+template=298
 tiles=$("$cli" render --builtin $template --size 728 --increments 0 0 $list --layout-only | grep -c '^tile')
 [ "$tiles" = 49 ] || { echo "$0: built-in template $template has $tiles tiles, not 49" >&2; exit 1; }
 

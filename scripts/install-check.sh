@@ -87,7 +87,7 @@ export XDG_RUNTIME_DIR=$work/runtime
 mkdir -p "$XDG_RUNTIME_DIR" && chmod 700 "$XDG_RUNTIME_DIR"
 cli=$usr/bin/tessary-cli
 [ "$("$cli" template list builtin | wc -l)" -gt 100 ] || fail "the installed tessary-cli sees no built-in templates"
-"$cli" render --builtin 297 --scale 1 -o "$work/builtin.png" >/dev/null || fail "render --builtin with the installed templates"
+"$cli" render --builtin 298 --scale 1 -o "$work/builtin.png" >/dev/null || fail "render --builtin with the installed templates"
 file "$work/builtin.png" | grep -q 'PNG image data' || fail "render --builtin wrote no PNG"
 # A collage document beside two photos, whose absolute paths are gone: found by relative path.
 mkdir -p "$work/album"

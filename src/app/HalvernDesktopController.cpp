@@ -75,6 +75,7 @@ void HalvernDesktopController::awakeFromNib()
     m_templateWebviewWindow = new TemplateGallerySheet(m_defaults, m_resourcesFolder, m_alerts, window);
     connect(m_loadFileWindow, &LoadFileSheet::showTemplateGallery, this, &HalvernDesktopController::showTemplateWebviewWindow);
     connect(m_templateWebviewWindow, &TemplateGallerySheet::downloadTemplate, this, &HalvernDesktopController::downloadTemplate);
+    connect(&templates, &TemplateActions::templatesAdded, m_templateWebviewWindow, &TemplateGallerySheet::showTemplatesAdded);
     m_welcomeWindow = new WelcomeSheet(m_defaults, window);
     connect(m_welcomeWindow, &WelcomeSheet::visitWebsiteRequested, this, &HalvernDesktopController::goToWebsite);
     m_preferencesWindow = new PreferencesWindow(m_defaults, m_resourcesFolder, window);
@@ -103,6 +104,12 @@ void HalvernDesktopController::awakeFromNib()
 
     connectTileAndBlend();
     connectResultOutputs();
+    // Ctrl+Q quits from every window of the program, not only from the main window.
+    if (QAction *quit = window->action(QStringLiteral("quit"))) {
+        for (QWidget *w : {static_cast<QWidget *>(m_resultWindow), static_cast<QWidget *>(m_editorWindow.get()),
+                           static_cast<QWidget *>(m_preferencesWindow)})
+            w->addAction(quit);
+    }
 }
 
 // The tile sheet, the blend button's commands and the blend background well.
@@ -187,17 +194,19 @@ void HalvernDesktopController::openFiles(const QStringList &files)
     const OpenedFiles sorted = OpenedFiles::sort(files);
     if (!sorted.collages.isEmpty())
         m_collageDocuments->openCollageAskingFirst(sorted.collages.first());
-    if (!sorted.templateFiles.isEmpty()) {
-        QStringList skipped;
-        m_mainWindow->templateActions().editor().importTemplateFiles(sorted.templateFiles, false, &skipped);
-        for (const QString &line : std::as_const(skipped))
-            qCInfo(lcTessary, "Not imported: %s", qUtf8Printable(line));
-    }
+    if (!sorted.templateFiles.isEmpty())
+        m_mainWindow->templateActions().importTemplateFiles(sorted.templateFiles);
     if (!sorted.photos.isEmpty())
         m_imageBrowserController->addImagesWithPaths(sorted.photos);
     m_mainWindow->show();
     m_mainWindow->raise();
     m_mainWindow->activateWindow();
+    if (!sorted.missing.isEmpty()) {
+        doAlert(sorted.missing.size() == 1 ? QStringLiteral("A file to open was not found.")
+                                           : QStringLiteral("%1 files to open were not found.").arg(sorted.missing.size()),
+                QStringLiteral("Nothing was added for:\n%1").arg(sorted.missing.join(QLatin1Char('\n'))),
+                AlertPresenter::Style::Warning);
+    }
 }
 
 void HalvernDesktopController::applicationWillFinishLaunching()
@@ -262,7 +271,7 @@ void HalvernDesktopController::showLoadFileWindow()
 
 void HalvernDesktopController::goToWebTemplates()
 {
-    QDesktopServices::openUrl(TessaryLinks::templatesPage());
+    openLink(TessaryLinks::templatesPage(), QStringLiteral("The templates page"));
 }
 
 void HalvernDesktopController::showTemplateWebviewWindow()
@@ -402,17 +411,27 @@ void HalvernDesktopController::loadFlowerImages()
 
 void HalvernDesktopController::goHome()
 {
-    QDesktopServices::openUrl(QUrl::fromLocalFile(QDir::homePath()));
+    openLink(QUrl::fromLocalFile(QDir::homePath()), QStringLiteral("Your home folder"));
 }
 
 void HalvernDesktopController::goToWebsite()
 {
-    QDesktopServices::openUrl(TessaryLinks::website());
+    openLink(TessaryLinks::website(), QStringLiteral("The Tessary website"));
 }
 
 void HalvernDesktopController::halvernHelp()
 {
-    QDesktopServices::openUrl(TessaryLinks::helpPage(m_resourcesFolder));
+    openLink(TessaryLinks::helpPage(m_resourcesFolder), QStringLiteral("Tessary Help"));
+}
+
+void HalvernDesktopController::openLink(const QUrl &link, const QString &what)
+{
+    if (QDesktopServices::openUrl(link))
+        return;
+    const QString address = link.isLocalFile() ? link.toLocalFile() : link.toDisplayString();
+    doAlert(QStringLiteral("%1 could not be opened.").arg(what),
+            QStringLiteral("No program is set up to open it (a web browser or file manager). Its address is:\n%1").arg(address),
+            AlertPresenter::Style::Warning);
 }
 
 void HalvernDesktopController::connectActions()

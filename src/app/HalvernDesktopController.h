@@ -42,7 +42,7 @@ public:
     void launch(const QStringList &imageFiles = {});
     // Files opened with Tessary (at start or handed over by a later start): photos are added to
     // the photo list, templates files imported into "My Templates", the first collage document
-    // opened; the window comes forward.
+    // opened; the window comes forward. Files that are not there are named in one alert.
     void openFiles(const QStringList &files);
     // Save Collage As…, Open Collage… and Open Recent.
     CollageDocumentActions &collageDocuments() const { return *m_collageDocuments; }
@@ -123,6 +123,9 @@ public:
     void goHome();
     void goToWebsite();
     void halvernHelp();
+    // Opens the link in the program the desktop has for it; where there is none, says that
+    // `what` ("Tessary Help") could not be opened, with the address to open by hand.
+    void openLink(const QUrl &link, const QString &what);
 
 private:
     void awakeFromNib();

@@ -72,9 +72,10 @@ LoadFileSheet::LoadFileSheet(UserDefaults &defaults, QWidget *parent)
 
     auto *disclosureRow = new QHBoxLayout;
     disclosureRow->setSpacing(4);
-    disclosureRow->addWidget(m_disclosureButton);
-    disclosureRow->addWidget(m_disclosureLabel);
-    disclosureRow->addStretch(1);
+    disclosureRow->addWidget(m_disclosureButton, 0, Qt::AlignTop);
+    // The label wraps rather than run past the sheet's edge.
+    m_disclosureLabel->setWordWrap(true);
+    disclosureRow->addWidget(m_disclosureLabel, 1);
 
     // The part that folds: the template gallery, the templates page and clearing My Templates.
     m_disclosureView->setObjectName(QStringLiteral("disclosureView"));

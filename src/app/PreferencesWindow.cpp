@@ -4,6 +4,7 @@
 #include "foundation/UserDefaults.h"
 #include "templates/TemplateGallery.h"
 
+#include <QAction>
 #include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QDir>
@@ -36,17 +37,18 @@ PreferencesWindow::PreferencesWindow(UserDefaults &defaults, const QString &reso
     m_matchingMarginWidth = addSlider(Preferences::MatchingMarginWidth, 0, 100, tr(" px"));
     m_blendingMarginWidth = addSlider(Preferences::BlendingMarginWidth, 0, 200, tr(" px"));
     m_inputImageScaling = addSlider(Preferences::InputImageScaling, 10, 100, tr(" %"));
-    m_homographyScaling = addSlider(HomographyScaling, 10, 100, tr(" %"));
-    m_cropResult = addCheckBox(Preferences::CropResult, tr("Crop the result to its filled area"));
-    m_uniformlyCrop = addCheckBox(Preferences::UniformlyCrop, tr("Crop all photos to one size before tiling"));
-    m_uniformlyCropFit = addCheckBox(Preferences::UniformlyCropFit, tr("Scale photos to the common size rather than cropping them"));
-    m_megapixelLimit = addCheckBox(Preferences::MegapixelLimit, tr("Keep results within the megapixel limit"));
-    m_insetByCropping = addCheckBox(Preferences::InsetByCropping, tr("Inset photos by cropping, not by shrinking"));
+    m_uniformlyCrop = addCheckBox(Preferences::UniformlyCrop, tr("Crop all photos to one size before blending"));
+    m_uniformlyCropFit = addCheckBox(Preferences::UniformlyCropFit, tr("Scale photos to that size rather than cropping them"));
+    m_insetByCropping = addCheckBox(Preferences::InsetByCropping, tr("Fit the blend into its frame by cropping, not by shrinking"));
+    m_megapixelLimit = addCheckBox(Preferences::MegapixelLimit, tr("Keep framed blends within 8 megapixels"));
 
-    m_matchingMarginWidth->setToolTip(tr("How wide the band is in which neighbouring photos are matched"));
     m_blendingMarginWidth->setToolTip(tr("How wide the band is over which neighbouring photos are blended"));
-    m_inputImageScaling->setToolTip(tr("Photos are scaled to this size before they are combined"));
-    m_homographyScaling->setToolTip(tr("Photos are scaled to this size while their alignment is worked out"));
+    m_inputImageScaling->setToolTip(tr("Photos are scaled to this size before they are blended"));
+    m_uniformlyCrop->setToolTip(tr("Every photo is brought to the smallest width and height among them"));
+    m_matchingMarginWidth->setToolTip(tr("Half of this width frames each side of a blended picture, in the blend "
+                                         "background colour; below 2 px there is no frame"));
+    m_insetByCropping->setToolTip(tr("Off: the whole blend is shrunk to fit inside the frame"));
+    m_megapixelLimit->setToolTip(tr("A framed blend larger than 8 megapixels is scaled down to 8"));
 
     // One row per control: help picture, name, control, value.
     const auto sliderRow = [this](QGridLayout *grid, int row, QLabel *picture, const QString &name, QSlider *slider) {
@@ -66,7 +68,7 @@ PreferencesWindow::PreferencesWindow(UserDefaults &defaults, const QString &reso
         grid->addWidget(slider, row, 2);
         grid->addWidget(value, row, 3);
     };
-    const auto checkRow = [](QGridLayout *grid, int row, QLabel *picture, QCheckBox *box) {
+    const auto checkRow = [](QGridLayout *grid, int row, QLabel *picture, QWidget *box) {
         if (picture)
             grid->addWidget(picture, row, 0, Qt::AlignCenter);
         grid->addWidget(box, row, 1, 1, 3);
@@ -82,33 +84,29 @@ PreferencesWindow::PreferencesWindow(UserDefaults &defaults, const QString &reso
         return std::make_pair(box, grid);
     };
 
+    // What the blend commands (the press-and-hold Blend button) do with the photos.
     auto [blending, blendingGrid] = group(tr("Blending"));
-    sliderRow(blendingGrid, 0, helpPicture(QStringLiteral("MatchingMarginWidth.tif"), "matchingMarginScalingIcon"),
-              tr("Matching margin:"), m_matchingMarginWidth);
-    sliderRow(blendingGrid, 1, helpPicture(QStringLiteral("BlendingMarginWidth.tif"), "blendingMarginScalingIcon"),
-              tr("Blending margin:"), m_blendingMarginWidth);
+    sliderRow(blendingGrid, 0, helpPicture(QStringLiteral("BlendingMarginWidth.tif"), "blendingMarginScalingIcon"),
+              tr("Overlap:"), m_blendingMarginWidth);
+    sliderRow(blendingGrid, 1, helpPicture(QStringLiteral("InputImageScaling.tif"), "inputImageScalingIcon"),
+              tr("Photo size:"), m_inputImageScaling);
+    checkRow(blendingGrid, 2, helpPicture(QStringLiteral("UniformlyCrop.png"), "uniformlyCropIcon"), m_uniformlyCrop);
+    checkRow(blendingGrid, 3, nullptr, m_uniformlyCropFit);
 
-    auto [scaling, scalingGrid] = group(tr("Scaling"));
-    sliderRow(scalingGrid, 0, helpPicture(QStringLiteral("InputImageScaling.tif"), "inputImageScalingIcon"),
-              tr("Input photos:"), m_inputImageScaling);
-    sliderRow(scalingGrid, 1, helpPicture(QStringLiteral("HomographyScaling.tif"), "homographyScalingIcon"),
-              tr("Alignment:"), m_homographyScaling);
+    // The frame put around a blended picture before it is shown.
+    auto [frame, frameGrid] = group(tr("Frame around blended results"));
+    sliderRow(frameGrid, 0, helpPicture(QStringLiteral("MatchingMarginWidth.tif"), "matchingMarginScalingIcon"),
+              tr("Frame width:"), m_matchingMarginWidth);
+    checkRow(frameGrid, 1, nullptr, m_insetByCropping);
+    checkRow(frameGrid, 2, nullptr, m_megapixelLimit);
 
-    auto [cropping, croppingGrid] = group(tr("Cropping"));
-    checkRow(croppingGrid, 0, helpPicture(QStringLiteral("UniformlyCrop.png"), "uniformlyCropIcon"), m_uniformlyCrop);
-    checkRow(croppingGrid, 1, nullptr, m_uniformlyCropFit);
-    checkRow(croppingGrid, 2, nullptr, m_insetByCropping);
-
-    auto [results, resultsGrid] = group(tr("Results"));
-    checkRow(resultsGrid, 0, helpPicture(QStringLiteral("CropResult.tif"), "cropResultIcon"), m_cropResult);
-    checkRow(resultsGrid, 1, nullptr, m_megapixelLimit);
-    // Opening saved results in another program is not a choice made here; the picture and the
-    // line beside it say how it stands.
+    // Opening saved results in another program is not a choice made here; a line says how it
+    // stands (information only: no picture beside it).
+    auto [results, resultsGrid] = group(tr("Saved results"));
     m_autoOpenNote = new QLabel;
     m_autoOpenNote->setObjectName(QStringLiteral("autoOpenNote"));
     m_autoOpenNote->setWordWrap(true);
-    resultsGrid->addWidget(helpPicture(QStringLiteral("xcircle.tiff"), "autoOpenIcon"), 2, 0, Qt::AlignCenter);
-    resultsGrid->addWidget(m_autoOpenNote, 2, 1, 1, 3);
+    checkRow(resultsGrid, 0, nullptr, m_autoOpenNote);
 
     // The template gallery's address: empty shows the gallery shipped with Tessary.
     auto [templates, templatesGrid] = group(tr("Templates"));
@@ -135,18 +133,22 @@ PreferencesWindow::PreferencesWindow(UserDefaults &defaults, const QString &reso
     QPushButton *reset = buttons->addButton(QDialogButtonBox::RestoreDefaults);
     reset->setText(tr("Reset"));
     reset->setObjectName(QStringLiteral("resetPreferences"));
-    reset->setToolTip(tr("Put every setting but the alignment scaling back to its first value"));
+    reset->setToolTip(tr("Put the blending and frame settings back to their first values"));
     QPushButton *close = buttons->addButton(QDialogButtonBox::Close);
     close->setObjectName(QStringLiteral("closePreferences"));
     connect(reset, &QPushButton::clicked, this, &PreferencesWindow::resetPreferences);
     connect(close, &QPushButton::clicked, this, &QWidget::close);
+    // Escape closes the window, as it closes a dialog.
+    auto *escape = new QAction(this);
+    escape->setShortcut(QKeySequence(Qt::Key_Escape));
+    connect(escape, &QAction::triggered, this, &QWidget::close);
+    addAction(escape);
 
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(18, 18, 18, 14);
     layout->setSpacing(12);
     layout->addWidget(blending);
-    layout->addWidget(scaling);
-    layout->addWidget(cropping);
+    layout->addWidget(frame);
     layout->addWidget(results);
     layout->addWidget(templates);
     layout->addStretch(1);
@@ -209,8 +211,6 @@ void PreferencesWindow::showStoredValues()
     show(m_matchingMarginWidth, Preferences::MatchingMarginWidth, 0);
     show(m_blendingMarginWidth, Preferences::BlendingMarginWidth, 50);
     show(m_inputImageScaling, Preferences::InputImageScaling, 100);
-    show(m_homographyScaling, HomographyScaling, 100);
-    m_cropResult->setChecked(prefs.cropResult());
     m_uniformlyCrop->setChecked(prefs.uniformlyCrop());
     m_uniformlyCropFit->setChecked(prefs.uniformlyCropFit());
     m_megapixelLimit->setChecked(prefs.megapixelLimit());

@@ -9,17 +9,16 @@ class QLabel;
 class QSlider;
 class UserDefaults;
 
-// The preferences window: four sliders and five check boxes, each writing its key the moment it
-// changes, with a help picture beside each group of controls, and Reset, which puts the reset
-// values back (the homography slider is left as it is) and shows them. A top-level window, not
-// modal; it is centred on screen the first time it is shown ("FirstRunPreferences").
+// The preferences window: the settings of the blend commands and of the frame around a blended
+// result (three sliders and four check boxes, each writing its key the moment it changes, with
+// help pictures beside them), a line on saved results, the gallery address, and Reset, which
+// puts the reset values back and shows them. Settings that nothing in the program reads
+// ("CropResult", "HomographyScaling") have no control: Reset still writes "CropResult". A
+// top-level window, not modal, closed by Escape; centred the first time ("FirstRunPreferences").
 class PreferencesWindow : public QWidget
 {
     Q_OBJECT
 public:
-    // The homography slider has a key of its own, named like the others after its control.
-    static inline const QString HomographyScaling = QStringLiteral("HomographyScaling");
-
     PreferencesWindow(UserDefaults &defaults, const QString &resourcesFolder, QWidget *parent = nullptr);
 
     // Shows the stored values and brings the window to the front, centring it the first time.
@@ -32,8 +31,6 @@ public:
     QSlider *matchingMarginWidthSlider() const { return m_matchingMarginWidth; }
     QSlider *blendingMarginWidthSlider() const { return m_blendingMarginWidth; }
     QSlider *inputImageScalingSlider() const { return m_inputImageScaling; }
-    QSlider *homographyScalingSlider() const { return m_homographyScaling; }
-    QCheckBox *cropResultCheckbox() const { return m_cropResult; }
     QCheckBox *uniformlyCropCheckbox() const { return m_uniformlyCrop; }
     QCheckBox *uniformlyCropFitCheckbox() const { return m_uniformlyCropFit; }
     QCheckBox *megapixelLimitCheckbox() const { return m_megapixelLimit; }
@@ -49,8 +46,6 @@ private:
     QSlider *m_matchingMarginWidth;
     QSlider *m_blendingMarginWidth;
     QSlider *m_inputImageScaling;
-    QSlider *m_homographyScaling;
-    QCheckBox *m_cropResult;
     QCheckBox *m_uniformlyCrop;
     QCheckBox *m_uniformlyCropFit;
     QCheckBox *m_megapixelLimit;

@@ -20,6 +20,7 @@
 namespace {
 // The slider works in hundredths of the zoom factor.
 constexpr int kSliderScale = 100;
+const char *const kHint = "Click a template set to add it to My Templates.";
 } // namespace
 
 TemplateGallerySheet::TemplateGallerySheet(UserDefaults &defaults, const QString &resourcesFolder,
@@ -32,6 +33,7 @@ TemplateGallerySheet::TemplateGallerySheet(UserDefaults &defaults, const QString
     , m_placeholder(new QLabel(tr("Loading the template gallery…")))
     , m_slider(new QSlider(Qt::Horizontal))
     , m_zoomLabel(new QLabel)
+    , m_status(new QLabel)
     , m_timeout(new QTimer(this))
 {
     setObjectName(QStringLiteral("templateWebviewWindow"));
@@ -58,8 +60,9 @@ TemplateGallerySheet::TemplateGallerySheet(UserDefaults &defaults, const QString
     close->setObjectName(QStringLiteral("endTemplateWebvieWindow"));
     close->setDefault(true);
 
-    auto *hint = new QLabel(tr("Click a template set to add it to My Templates."));
-    hint->setStyleSheet(QStringLiteral("color: #666;"));
+    // The hint until a set is added; then what was added.
+    m_status->setObjectName(QStringLiteral("templateWebviewStatus"));
+    m_status->setMinimumWidth(m_status->fontMetrics().horizontalAdvance(tr("%1 templates were added to My Templates.").arg(999)));
 
     auto *bar = new QHBoxLayout;
     bar->setSpacing(8);
@@ -67,7 +70,7 @@ TemplateGallerySheet::TemplateGallerySheet(UserDefaults &defaults, const QString
     bar->addWidget(m_slider);
     bar->addWidget(m_zoomLabel);
     bar->addSpacing(12);
-    bar->addWidget(hint, 1);
+    bar->addWidget(m_status, 1);
     bar->addWidget(reload);
     bar->addWidget(close);
 
@@ -134,6 +137,8 @@ void TemplateGallerySheet::ensureWebview()
 
 void TemplateGallerySheet::showTemplateWebviewWindow()
 {
+    m_status->setStyleSheet(QStringLiteral("color: #666;"));
+    m_status->setText(tr(kHint));
     ensureWebview();
     reloadTemplateWebviewWindow();
     open();
@@ -157,6 +162,13 @@ void TemplateGallerySheet::endTemplateWebvieWindow()
 {
     m_timeout->stop();
     done(QDialog::Rejected);
+}
+
+void TemplateGallerySheet::showTemplatesAdded(qsizetype count)
+{
+    m_status->setStyleSheet(QString());
+    m_status->setText(count == 1 ? tr("1 template was added to My Templates.")
+                                 : tr("%1 templates were added to My Templates.").arg(count));
 }
 
 double TemplateGallerySheet::zoomFactor() const

@@ -38,6 +38,9 @@ public:
     // Applies the slider's zoom factor to the page.
     void zoomTemplateWebviewWindow();
     void endTemplateWebvieWindow();
+    // Says on the sheet's bar that a set put this many templates into "My Templates".
+    void showTemplatesAdded(qsizetype count);
+    QLabel *statusLabel() const { return m_status; }
 
     // The slider's value as a zoom factor (1.0 is natural size).
     double zoomFactor() const;
@@ -64,6 +67,7 @@ private:
     QLabel *m_placeholder;
     QSlider *m_slider;
     QLabel *m_zoomLabel;
+    QLabel *m_status;
     QTimer *m_timeout;
     QWebEngineProfile *m_profile = nullptr;
     QWebEngineView *m_view = nullptr;

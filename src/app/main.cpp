@@ -1,16 +1,18 @@
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
+#include "app/ProgramIdentity.h"
+#include "app/ProgramOptions.h"
 #include "app/TileAndBlendActions.h"
 #include "app/WebEngineEnvironment.h"
 #include "app/SingleInstance.h"
 #include "app/WindowProbe.h"
+#include "foundation/Log.h"
 #include "foundation/Paths.h"
 #include "foundation/UserDefaults.h"
 #include "widgets/TessaryView.h"
 
 #include <QApplication>
-#include <QFileInfo>
-#include <QIcon>
+#include <QCoreApplication>
 #include <QGuiApplication>
 #include <QSocketNotifier>
 #include <QStyle>
@@ -68,41 +70,41 @@ bool hasDisplay()
 
 int main(int argc, char **argv)
 {
+    ProgramIdentity::apply();
+    QApplication::setApplicationVersion(QStringLiteral(TESSARY_VERSION));
+    // --help and --version answer without a window, and without a display.
+    QStringList rawArguments;
+    for (int i = 0; i < argc; ++i)
+        rawArguments.append(QString::fromLocal8Bit(argv[i]));
+    if (const ProgramOptions early(rawArguments); early.answersAndExits()) {
+        const QCoreApplication core(argc, argv);
+        std::fputs(qUtf8Printable(early.answer()), stdout);
+        return 0;
+    }
     if (!hasDisplay()) {
         std::fprintf(stderr, "tessary: no display to open a window on (DISPLAY and WAYLAND_DISPLAY are not set); "
                              "to make a collage without a window, use 'tessary-cli render'.\n");
         return 1;
     }
-    QApplication::setApplicationName(QStringLiteral("Tessary"));
-    QApplication::setOrganizationName(QStringLiteral("Tessary"));
-    QApplication::setDesktopFileName(QStringLiteral("org.tessary.Tessary"));
     WebEngineEnvironment::prepare();
     QApplication app(argc, argv);
     app.setStyle(QStyleFactory::create(QStringLiteral("Fusion")));
     app.setPalette(app.style()->standardPalette());
-    // The installed icon (hicolor theme), for window decorations that do not read the desktop entry.
-    app.setWindowIcon(QIcon::fromTheme(QStringLiteral("org.tessary.Tessary")));
+    // Every window's icon, for window decorations that do not read the desktop entry.
+    app.setWindowIcon(ProgramIdentity::icon());
     quitOnTerminationSignals(app);
 
-    // Files to open: photos, templates files and collage documents (options are not files).
-    QStringList files;
-    QString writeResult;
-    QString blend;
-    const QStringList arguments = app.arguments().mid(1);
-    for (qsizetype i = 0; i < arguments.size(); ++i) {
-        // --write-result FILE: the next collage shown is also written there as an LZW TIFF.
-        if (arguments[i] == QLatin1String("--write-result") && i + 1 < arguments.size()) {
-            writeResult = QFileInfo(arguments[++i]).absoluteFilePath();
-            continue;
-        }
-        // --blend left-to-right|bottom-to-top|square: blend the photo list once the window is up.
-        if (arguments[i] == QLatin1String("--blend") && i + 1 < arguments.size()) {
-            blend = arguments[++i];
-            continue;
-        }
-        if (!arguments[i].startsWith(QLatin1Char('-')) && QFileInfo(arguments[i]).isFile())
-            files.append(QFileInfo(arguments[i]).absoluteFilePath());
+    // Files to open: photos, templates files and collage documents (Qt's own options are gone).
+    const ProgramOptions options(app.arguments());
+    if (!options.errorText().isEmpty()) {
+        std::fprintf(stderr, "tessary: %s\nTry 'tessary --help'.\n", qUtf8Printable(options.errorText()));
+        return 2;
     }
+    if (options.verbose())
+        QLoggingCategory::setFilterRules(QString::fromLatin1(kVerboseLoggingRules));
+    const QStringList files = options.files();
+    const QString writeResult = options.writeResult();
+    const QString blend = options.blend();
     // One window per user and store: a later start hands its files to the running window.
     SingleInstance instance(SingleInstance::serverNameForStore(UserDefaults::defaultFilePath()));
     if (instance.sendToRunningInstance(files))

@@ -2,6 +2,8 @@
 
 #include "CommandTable.h"
 
+#include "foundation/Log.h"
+
 #include <QFile>
 
 namespace {
@@ -35,8 +37,8 @@ CliArguments::CliArguments(int argc, const char *const *argv)
 QString CliArguments::loggingRules() const
 {
     if (m_arguments.contains(QStringLiteral("--verbose")))
-        return QString();
-    return QStringLiteral("tessary.debug=false\ntessary.info=false");
+        return QString::fromLatin1(kVerboseLoggingRules);
+    return QString();
 }
 
 int CliArguments::dispatch(CliContext &context) const

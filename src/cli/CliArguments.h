@@ -19,8 +19,8 @@ public:
     // The arguments that do not decode, as printable text (other bytes shown as \xHH).
     const QStringList &undecodable() const { return m_undecodable; }
 
-    // Logging rules for the tessary category: its progress and debugging lines are shown only
-    // when --verbose is given; its warnings and errors always. Empty when nothing is filtered.
+    // Logging rules that turn the tessary category's progress and debugging lines on when
+    // --verbose is given; empty otherwise (the category then shows only its warnings).
     QString loggingRules() const;
 
     // Refuses undecodable arguments (exit 2), else runs the command.

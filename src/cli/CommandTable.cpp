@@ -7,6 +7,9 @@
 #include "RenderCommand.h"
 #include "TemplateCommand.h"
 
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
 const std::vector<CommandTable::Entry> &CommandTable::entries()
 {
     static const std::vector<Entry> table{
@@ -22,7 +25,7 @@ const std::vector<CommandTable::Entry> &CommandTable::entries()
 
 QString CommandTable::usage()
 {
-    QString text = QStringLiteral("Usage: tessary-cli COMMAND [ARGS...]\n\nCommands:\n");
+    QString text = QStringLiteral("Usage: tessary-cli COMMAND [ARGS...]\n       tessary-cli --help | --version\n\nCommands:\n");
     for (const Entry &e : entries())
         text += QStringLiteral("  %1  %2\n").arg(e.name, -10).arg(e.summary);
     text += QStringLiteral("\nRun 'tessary-cli COMMAND --help' for the arguments of a command.\n"
@@ -31,15 +34,31 @@ QString CommandTable::usage()
     return text;
 }
 
-int CommandTable::dispatch(const QStringList &args, CliContext &context)
+int CommandTable::dispatch(const QStringList &arguments, CliContext &context)
 {
+    // The program's own options come before the command; what follows it is the command's.
+    QCommandLineParser parser;
+    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
+    parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")}, QStringLiteral("Show the commands."));
+    const QCommandLineOption version({QStringLiteral("v"), QStringLiteral("version")}, QStringLiteral("Show the version."));
+    parser.addOptions({help, version});
+    if (!parser.parse(QStringList{QStringLiteral("tessary-cli")} + arguments)) {
+        context.err << "tessary-cli: " << parser.errorText() << "\n\n" << usage();
+        return 2;
+    }
+    if (parser.isSet(version)) {
+        context.out << "tessary-cli " << QCoreApplication::applicationVersion() << '\n';
+        return 0;
+    }
+    const QStringList args = parser.positionalArguments();
+    if (parser.isSet(help) || args.value(0) == QLatin1String("help")) {
+        context.out << usage();
+        return 0;
+    }
     if (args.isEmpty()) {
         context.err << usage();
         return 2;
-    }
-    if (args.first() == QLatin1String("--help") || args.first() == QLatin1String("-h") || args.first() == QLatin1String("help")) {
-        context.out << usage();
-        return 0;
     }
     for (const Entry &e : entries()) {
         if (e.name == args.first())

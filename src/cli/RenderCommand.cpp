@@ -22,6 +22,7 @@
 #include "model/RenderScale.h"
 #include "model/TileJumble.h"
 #include "templates/TemplateStore.h"
+#include "templates/TemplateTables.h"
 #include "templates/TemplatesFile.h"
 
 #include <QBuffer>
@@ -49,8 +50,9 @@ const char *kHelp =
     "  --collage FILE.tessary   a saved collage document: its template, photos, alignments,\n"
     "                           transform, spacing, background and jumbled tiles (photos that\n"
     "                           are missing are named and their tiles left empty: status 3)\n"
-    "  --template FILE[:INDEX]  a template of a templates file (INDEX from 0, default 0)\n"
-    "  --builtin N              the built-in template at row N (297: the one shown at first start)\n"
+    "  --template FILE[:N]      template N of a templates file (numbered from 1, default 1)\n"
+    "  --builtin N              built-in template N, as the window numbers it (298: the one shown\n"
+    "                           at first start)\n"
     "  --align A                fit every photo by A: 0 center, 1 start, 2 end, 3 fit\n"
     "  --transform T            0 none, 1 flip horizontally, 2 flip vertically,\n"
     "                           3 rotate left, 4 rotate right\n"
@@ -210,10 +212,10 @@ QString parse(const QStringList &args, Request &r)
             // FILE:INDEX, unless the whole text names an existing file.
             const qsizetype colon = file.lastIndexOf(QLatin1Char(':'));
             if (colon > 0 && !QFileInfo::exists(file)) {
-                const auto index = parseInteger(file.mid(colon + 1), 0, 1 << 30);
-                if (!index)
-                    return QStringLiteral("--template: '%1' is not a template index").arg(file.mid(colon + 1));
-                r.templateIndex = int(*index);
+                const auto number = parseInteger(file.mid(colon + 1), 1, 1 << 30);
+                if (!number)
+                    return QStringLiteral("--template: '%1' is not a template number").arg(file.mid(colon + 1));
+                r.templateIndex = int(TemplateTables::rowOfNumber(*number));
                 file = file.left(colon);
             }
             r.templateFile = file;
@@ -221,9 +223,9 @@ QString parse(const QStringList &args, Request &r)
             const auto v = value();
             if (!v)
                 return missing();
-            r.builtin = parseInteger(v->first(), 0, 1 << 30);
+            r.builtin = parseInteger(v->first(), 1, 1 << 30);
             if (!r.builtin)
-                return QStringLiteral("--builtin: '%1' is not a row number").arg(v->first());
+                return QStringLiteral("--builtin: '%1' is not a template number").arg(v->first());
         } else if (a == QLatin1String("--align")) {
             const auto v = value();
             if (!v)
@@ -520,7 +522,7 @@ private:
                     .arg(resources);
             for (const TemplateStore::Template &t : builtIn)
                 templates << (t ? QVariant(*t) : QVariant());
-            index = int(*m_request.builtin);
+            index = int(TemplateTables::rowOfNumber(*m_request.builtin));
             source = QStringLiteral("the built-in library");
         } else {
             if (!defaults.isOpen())
@@ -538,13 +540,12 @@ private:
             return QString();
         }
         if (index >= templates.size())
-            return QStringLiteral("%1 has %2 templates (0 to %3); there is no template %4")
+            return QStringLiteral("%1 has %2 templates (1 to %2); there is no template %3")
                 .arg(source)
                 .arg(templates.size())
-                .arg(templates.size() - 1)
-                .arg(index);
+                .arg(TemplateTables::numberOfRow(index));
         if (templates[index].typeId() != QMetaType::QVariantMap)
-            return QStringLiteral("template %1 of %2 is not a template dictionary").arg(index).arg(source);
+            return QStringLiteral("template %1 of %2 is not a template dictionary").arg(TemplateTables::numberOfRow(index)).arg(source);
         templateData = templates[index].toMap();
         return QString();
     }

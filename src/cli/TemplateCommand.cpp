@@ -12,6 +12,7 @@
 #include "templates/TemplateEditor.h"
 #include "templates/TemplateExporter.h"
 #include "templates/TemplateStore.h"
+#include "templates/TemplateTables.h"
 #include "templates/TemplatesFile.h"
 
 #include <QDir>
@@ -25,10 +26,10 @@ namespace {
 const CliVerbs &verbs()
 {
     static const CliVerbs table(QStringLiteral("template"), {
-        {QStringLiteral("info"), {"info FILE", "one line per template of a templates file: index, nbrModules, content\n"
+        {QStringLiteral("info"), {"info FILE", "one line per template of a templates file: number, nbrModules, content\n"
                                                "      size, module size, border width, modules, thumbnail"}},
         {QStringLiteral("list"), {"list [builtin|user]", "one line per template of the built-in store and of My Templates,\n"
-                                                         "      each led by its store and row"}},
+                                                         "      each led by its store and number"}},
         {QStringLiteral("apply"), {"apply N", "choose built-in template N: its layout values go into the store"}},
         {QStringLiteral("apply-user"), {"apply-user N", "choose template N of My Templates"}},
         {QStringLiteral("import"), {"import FILE...", "append the templates of each templates file to My Templates; a\n"
@@ -49,8 +50,9 @@ const CliVerbs &verbs()
                                     "      spacing type (0 gaps, 1 overlap)"}},
     },
         QStringLiteral(
-        "\nRows start at 0, as 'list' prints them. The built-in templates are read from the resources\n"
-        "folder ($TESSARY_RESOURCES when set); My Templates and the current layout live in the user\n"
+        "\nTemplates are numbered from 1, as 'list' prints them and the window shows them. The built-in\n"
+        "templates are read from the resources folder ($TESSARY_RESOURCES when set); My Templates\n"
+        "and the current layout live in the user\n"
         "defaults store ($TESSARY_DEFAULTS when set).\n"));
     return table;
 }
@@ -110,22 +112,23 @@ private:
     {
         return m_context.fail(QStringLiteral("template %1: %2\n\n%3").arg(verb, message, verbHelp(verb)), 2);
     }
-    // The row given on the command line, or -1 after reporting why it is not one.
+    // The row of the template number given on the command line, or -1 after reporting why it
+    // names none.
     qsizetype parseRow(const QString &verb, const QString &text, qsizetype count)
     {
         bool ok = false;
-        const qint64 value = text.toLongLong(&ok);
-        if (ok && value >= 0 && value < count)
-            return qsizetype(value);
-        const QString range = count ? QStringLiteral("0 to %1").arg(count - 1) : QStringLiteral("none: the store is empty");
-        m_context.fail(QStringLiteral("template %1: '%2' is not a row (valid: %3)").arg(verb, text, range));
+        const qsizetype row = TemplateTables::rowOfNumber(text.toLongLong(&ok));
+        if (ok && row >= 0 && row < count)
+            return row;
+        const QString range = count ? QStringLiteral("1 to %1").arg(count) : QStringLiteral("none: the store is empty");
+        m_context.fail(QStringLiteral("template %1: '%2' is not a template number (valid: %3)").arg(verb, text, range));
         return -1;
     }
 
     void printStore(const QString &name, const TemplateStore::Templates &templates)
     {
         for (qsizetype i = 0; i < templates.size(); ++i)
-            m_context.out << name << '\t' << TemplatesFile::describe(int(i), *templates[i]) << '\n';
+            m_context.out << name << '\t' << TemplatesFile::describe(int(TemplateTables::numberOfRow(i)), *templates[i]) << '\n';
     }
 
     int list(const QStringList &args)
@@ -142,7 +145,7 @@ private:
     int apply(const QString &verb, const QStringList &args)
     {
         if (args.size() != 1)
-            return usageError(verb, QStringLiteral("expected one row N"));
+            return usageError(verb, QStringLiteral("expected one template number N"));
         const bool user = verb == QLatin1String("apply-user");
         const qsizetype row = parseRow(verb, args[0], user ? m_store.userTemplates().size() : m_store.builtInTemplates().size());
         if (row < 0)
@@ -152,7 +155,7 @@ private:
             return m_context.fail(QStringLiteral("template %1: %2").arg(verb, m_defaults.errorString()));
         if (!(user ? m_store.setUserDefaultsFromUserTemplateData(row) : m_store.setUserDefaultsFromBuiltInTemplateData(row)))
             return 1;
-        m_context.out << "applied " << (user ? "user" : "builtin") << " template " << row << '\n';
+        m_context.out << "applied " << (user ? "user" : "builtin") << " template " << TemplateTables::numberOfRow(row) << '\n';
         return 0;
     }
 
@@ -211,16 +214,17 @@ private:
     int remove(const QStringList &args)
     {
         if (args.size() != 1)
-            return usageError(QStringLiteral("delete"), QStringLiteral("expected one row N"));
+            return usageError(QStringLiteral("delete"), QStringLiteral("expected one template number N"));
         const qsizetype row = parseRow(QStringLiteral("delete"), args[0], m_store.userTemplates().size());
         if (row < 0)
             return 1;
         const std::optional<qsizetype> applied = m_editor.deleteTemplateAtRow(row);
         if (m_writeFailures)
             return 1;
-        m_context.out << "deleted template " << row << "; My Templates holds " << m_store.userTemplates().size() << '\n';
+        m_context.out << "deleted template " << TemplateTables::numberOfRow(row) << "; My Templates holds "
+                      << m_store.userTemplates().size() << '\n';
         if (applied && *applied >= 0)
-            m_context.out << "applied user template " << *applied << '\n';
+            m_context.out << "applied user template " << TemplateTables::numberOfRow(*applied) << '\n';
         return 0;
     }
 
@@ -312,10 +316,10 @@ int info(const QStringList &args, CliContext &context)
     for (int i = 0; i < r.templates.size(); ++i) {
         const QVariant t = r.templates[i];
         if (t.typeId() != QMetaType::QVariantMap) {
-            context.out << i << "\t(not a template dictionary)\n";
+            context.out << TemplateTables::numberOfRow(i) << "\t(not a template dictionary)\n";
             continue;
         }
-        context.out << TemplatesFile::describe(i, t.toMap()) << '\n';
+        context.out << TemplatesFile::describe(int(TemplateTables::numberOfRow(i)), t.toMap()) << '\n';
     }
     return 0;
 }

@@ -16,9 +16,10 @@ int main(int argc, char *argv[])
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QGuiApplication app(argc, argv);
     QGuiApplication::setApplicationName(QStringLiteral("tessary"));
+    QGuiApplication::setApplicationVersion(QStringLiteral(TESSARY_VERSION));
     // Read after the application took its own options out, as its arguments() list would be.
     const CliArguments arguments(argc, argv);
-    // Progress and debugging lines only on request (QT_LOGGING_RULES still overrides).
+    // Progress and debugging lines only on request (--verbose, or QT_LOGGING_RULES).
     if (const QString rules = arguments.loggingRules(); !rules.isEmpty())
         QLoggingCategory::setFilterRules(rules);
     CliContext context;

@@ -1,3 +1,3 @@
 #include "foundation/Log.h"
 
-Q_LOGGING_CATEGORY(lcTessary, "tessary")
+Q_LOGGING_CATEGORY(lcTessary, "tessary", QtWarningMsg)

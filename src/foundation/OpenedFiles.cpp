@@ -7,8 +7,10 @@ OpenedFiles OpenedFiles::sort(const QStringList &paths)
     OpenedFiles sorted;
     for (const QString &path : paths) {
         const QFileInfo info(path);
-        if (!info.isFile())
+        if (!info.isFile()) {
+            sorted.missing.append(info.absoluteFilePath());
             continue;
+        }
         const QString suffix = info.suffix().toLower();
         if (suffix == QLatin1String("tessary"))
             sorted.collages.append(info.absoluteFilePath());

@@ -74,11 +74,13 @@ bool TemplateEditor::importTemplateFiles(const QStringList &paths, bool replace,
     return added;
 }
 
-void TemplateEditor::notTemplateFileAlert(const std::function<void()> &tryAgain)
+void TemplateEditor::notTemplateFileAlert(const std::function<void()> &tryAgain, const QStringList &reasons)
 {
     AlertPresenter::Alert alert;
     alert.messageText = QStringLiteral("Templates Not Loaded");
     alert.informativeText = QStringLiteral("Make sure that you select a valid template file.");
+    if (!reasons.isEmpty())
+        alert.informativeText += QStringLiteral("\n\n") + reasons.join(QLatin1Char('\n'));
     alert.defaultButton = QStringLiteral("OK");
     alert.alternateButton = QStringLiteral("Try Again");
     m_alerts.presentAlert(alert, [tryAgain, this](int response) {

@@ -34,8 +34,9 @@ public:
     // flag is accepted and, as the import has always behaved, appends all the same. Each file
     // that added nothing is listed in `skipped` as "PATH: why".
     bool importTemplateFiles(const QStringList &paths, bool replace = false, QStringList *skipped = nullptr);
-    // Tells the user a file was not a templates file; "Try Again" calls tryAgain shortly after.
-    void notTemplateFileAlert(const std::function<void()> &tryAgain);
+    // Tells the user a file was not a templates file, with each reason given ("PATH: why");
+    // "Try Again" calls tryAgain shortly after.
+    void notTemplateFileAlert(const std::function<void()> &tryAgain, const QStringList &reasons = {});
     // Asks, then empties "My Templates"; an empty store only beeps.
     void clearAllUserTemplates();
 

@@ -44,7 +44,7 @@ double TemplateTables::rowHeight(const TemplateStore::Template &t, double slider
 
 QString TemplateTables::selectedRowLabel(qsizetype row)
 {
-    return row < 0 ? QStringLiteral(" ") : QString::number(row + 1);
+    return row < 0 ? QStringLiteral(" ") : QString::number(numberOfRow(row));
 }
 
 qsizetype TemplateTables::findFirstTemplateMatchingPhotoCount(const TemplateStore::Templates &builtIn, qsizetype photoCount)

@@ -22,7 +22,12 @@ public:
     // The template's "thumbnail" data decoded; a null image when there is none or it does not
     // decode. Safe to call from a worker thread on a template shared with the store.
     static QImage thumbnailImage(const TemplateStore::Template &templateData);
-    // The label under a table: the row counted from 1, or a single blank when none is selected.
+    // Templates are numbered from 1 wherever a person sees or gives a number: under the tables
+    // and on the command line (tessary-cli template list, apply, delete, render --builtin).
+    static qint64 numberOfRow(qsizetype row) { return qint64(row) + 1; }
+    // The row a number names; -1 for a number below 1.
+    static qsizetype rowOfNumber(qint64 number) { return number >= 1 ? qsizetype(number - 1) : -1; }
+    // The label under a table: the row's number, or a single blank when none is selected.
     static QString selectedRowLabel(qsizetype row);
     // The first built-in row whose "nbrModules" equals the photo count exactly; the number of
     // templates (one past the last row) when none does.

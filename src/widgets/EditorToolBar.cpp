@@ -20,6 +20,7 @@
 #include <QStackedWidget>
 #include <QToolButton>
 #include <QUndoStack>
+#include <QVBoxLayout>
 
 namespace {
 
@@ -43,9 +44,14 @@ EditorToolBar::EditorToolBar(ImageEditorView &view, QUndoStack &undoStack, QWidg
     , m_view(&view)
 {
     setObjectName(QStringLiteral("editorToolBar"));
-    auto *row = new QHBoxLayout(this);
-    row->setContentsMargins(10, 8, 10, 8);
+    // Two rows, so every control has its whole width at the window's smallest size: the tool
+    // modes, Undo, Redo and Adjust above; the chosen tool's options below.
+    auto *rows = new QVBoxLayout(this);
+    rows->setContentsMargins(10, 8, 10, 8);
+    rows->setSpacing(6);
+    auto *row = new QHBoxLayout;
     row->setSpacing(6);
+    rows->addLayout(row);
 
     // The tool modes as one segmented control: checkable buttons side by side, one checked.
     auto *segments = new QWidget;
@@ -79,26 +85,43 @@ EditorToolBar::EditorToolBar(ImageEditorView &view, QUndoStack &undoStack, QWidg
     m_toolGroup->button(0)->setChecked(true);
     connect(m_toolGroup, &QButtonGroup::idClicked, this, &EditorToolBar::toolChosen);
     row->addWidget(segments);
-    row->addSpacing(12);
-    row->addWidget(buildToolOptions(), 1);
+    row->addStretch(1);
 
+    // Undo and Redo keep their words, so they never change width and nothing beside them
+    // moves; what they would undo or redo is in their tool tips.
     auto *undo = new QToolButton;
-    undo->setDefaultAction(undoStack.createUndoAction(this, tr("Undo")));
-    undo->defaultAction()->setObjectName(QStringLiteral("editorUndo"));
-    undo->defaultAction()->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
-    undo->defaultAction()->setShortcutContext(Qt::WindowShortcut);
-    addAction(undo->defaultAction());
+    auto *undoAction = new QAction(tr("Undo"), this);
+    undoAction->setObjectName(QStringLiteral("editorUndo"));
+    undoAction->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Z));
+    undoAction->setEnabled(undoStack.canUndo());
+    connect(undoAction, &QAction::triggered, &undoStack, &QUndoStack::undo);
+    connect(&undoStack, &QUndoStack::canUndoChanged, undoAction, &QAction::setEnabled);
+    undo->setDefaultAction(undoAction);
     auto *redo = new QToolButton;
-    redo->setDefaultAction(undoStack.createRedoAction(this, tr("Redo")));
-    redo->defaultAction()->setObjectName(QStringLiteral("editorRedo"));
-    redo->defaultAction()->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
-    redo->defaultAction()->setShortcutContext(Qt::WindowShortcut);
-    addAction(redo->defaultAction());
-    for (QToolButton *b : {undo, redo}) {
-        b->setToolButtonStyle(Qt::ToolButtonTextOnly);
-        b->setMaximumWidth(160);
-        b->setToolTip(b->defaultAction()->shortcut().toString(QKeySequence::NativeText));
+    auto *redoAction = new QAction(tr("Redo"), this);
+    redoAction->setObjectName(QStringLiteral("editorRedo"));
+    redoAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
+    redoAction->setEnabled(undoStack.canRedo());
+    connect(redoAction, &QAction::triggered, &undoStack, &QUndoStack::redo);
+    connect(&undoStack, &QUndoStack::canRedoChanged, redoAction, &QAction::setEnabled);
+    redo->setDefaultAction(redoAction);
+    const auto tip = [](QAction *action, const QString &verb, const QString &what) {
+        const QString keys = action->shortcut().toString(QKeySequence::NativeText);
+        action->setToolTip(what.isEmpty() ? QStringLiteral("%1 (%2)").arg(verb, keys)
+                                          : QStringLiteral("%1 %2 (%3)").arg(verb, what, keys));
+    };
+    tip(undoAction, tr("Undo"), undoStack.undoText());
+    tip(redoAction, tr("Redo"), undoStack.redoText());
+    connect(&undoStack, &QUndoStack::undoTextChanged, undoAction,
+            [undoAction, tip](const QString &what) { tip(undoAction, tr("Undo"), what); });
+    connect(&undoStack, &QUndoStack::redoTextChanged, redoAction,
+            [redoAction, tip](const QString &what) { tip(redoAction, tr("Redo"), what); });
+    for (QAction *a : {undoAction, redoAction}) {
+        a->setShortcutContext(Qt::WindowShortcut);
+        addAction(a);
     }
+    for (QToolButton *b : {undo, redo})
+        b->setToolButtonStyle(Qt::ToolButtonTextOnly);
     row->addWidget(undo);
     row->addWidget(redo);
     row->addSpacing(8);
@@ -107,6 +130,7 @@ EditorToolBar::EditorToolBar(ImageEditorView &view, QUndoStack &undoStack, QWidg
     adjust->setToolTip(tr("Exposure, contrast, colour and sharpness (Ctrl+J)"));
     connect(adjust, &QPushButton::clicked, this, &EditorToolBar::adjustRequested);
     row->addWidget(adjust);
+    rows->addWidget(buildToolOptions());
     m_editControls = {segments, adjust, m_toolOptions};
 }
 

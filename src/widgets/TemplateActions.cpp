@@ -3,6 +3,7 @@
 #include "foundation/AlertPresenter.h"
 #include "foundation/AtomicFileWriter.h"
 #include "foundation/Log.h"
+#include "templates/TemplateLinkInsertion.h"
 #include "templates/TemplateStore.h"
 #include "templates/TemplatesFile.h"
 #include "widgets/TemplateDownloadDialog.h"
@@ -31,13 +32,18 @@ void TemplateActions::loadUserTemplates()
 void TemplateActions::presentChooseFileTemplatesDialog(bool replace)
 {
     TemplateFileDialogs::chooseTemplateFiles(m_window, [this, replace](const QStringList &paths) {
-        QStringList skipped;
-        if (m_editor.importTemplateFiles(paths, replace, &skipped))
-            return;
-        for (const QString &why : std::as_const(skipped))
-            qCInfo(lcTessary, "template import: skipped %s", qUtf8Printable(why));
-        // Nothing went in: the editor has beeped, and the log names each refused file.
+        importTemplateFiles(paths, replace);
     });
+}
+
+bool TemplateActions::importTemplateFiles(const QStringList &paths, bool replace)
+{
+    QStringList skipped;
+    const bool added = m_editor.importTemplateFiles(paths, replace, &skipped);
+    // A file that added nothing is named with its reason, even when others went in.
+    if (!skipped.isEmpty())
+        m_editor.notTemplateFileAlert([this] { loadUserTemplates(); }, skipped);
+    return added;
 }
 
 void TemplateActions::clearAllUserTemplates()
@@ -76,8 +82,21 @@ void TemplateActions::deleteTemplate(TemplateEditor::DeleteSender sender, qsizet
 void TemplateActions::downloadTemplate(const QUrl &link, qsizetype row)
 {
     // Fetched without waiting, behind a window-modal progress sheet that can cancel it.
+    const qsizetype before = m_store.userTemplates().size();
     TemplateDownloadDialog *dialog = TemplateDownloadDialog::download(m_editor, {link}, row, m_window);
-    connect(dialog, &TemplateDownloadDialog::downloadFinished, this, &TemplateActions::templateDownloadFinished);
+    connect(dialog, &TemplateDownloadDialog::downloadFinished, this, [this, dialog, before](bool inserted) {
+        if (inserted) {
+            emit templatesAdded(m_store.userTemplates().size() - before);
+        } else if (!dialog->insertion().wasCancelled()) {
+            AlertPresenter::Alert alert;
+            alert.messageText = QStringLiteral("Templates Not Loaded");
+            alert.informativeText = dialog->insertion().errorString();
+            alert.style = AlertPresenter::Style::Warning;
+            m_alerts.beep();
+            m_alerts.presentAlert(alert, {});
+        }
+        emit templateDownloadFinished(inserted);
+    });
 }
 
 void TemplateActions::sortUserTemplates()

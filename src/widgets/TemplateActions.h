@@ -32,6 +32,10 @@ public:
     // Loaded" offers to try again.
     void loadUserTemplates();
     void presentChooseFileTemplatesDialog(bool replace);
+    // Adds the templates of each file in order (files chosen, dropped or opened with Tessary);
+    // a file that held none is named in "Templates Not Loaded" with its reason. True when any
+    // template went in.
+    bool importTemplateFiles(const QStringList &paths, bool replace = false);
     // Asks, then empties "My Templates" (an empty store only beeps).
     void clearAllUserTemplates();
 
@@ -55,12 +59,15 @@ public:
 
     // Fetches the templates file at the link and inserts its templates into "My Templates"
     // before the row (-1: before the selected user template, or at the top). Emits
-    // templateDownloadFinished with the outcome.
+    // templatesAdded with how many went in, or alerts with why none did (not when cancelled),
+    // then templateDownloadFinished with the outcome.
     void downloadTemplate(const QUrl &link, qsizetype row = -1);
 
 signals:
     // A link download ended: whether templates were inserted.
     void templateDownloadFinished(bool inserted);
+    // A download put this many templates into "My Templates".
+    void templatesAdded(qsizetype count);
 
     // Deleting the selected template moved the selection to this row (-1: none), which the
     // window applies and labels as a choice of that row.

@@ -15,6 +15,7 @@
 #include "images/JpegQuality.h"
 #include "images/StraightenGeometry.h"
 #include "images/UIImage.h"
+#include "support/LogCapture.h"
 #include "support/RecordingAlertPresenter.h"
 #include "widgets/AdjustmentsPanel.h"
 #include "widgets/EditorToolBar.h"
@@ -51,13 +52,6 @@
 #include <memory>
 
 namespace {
-
-// Log lines of the application, caught while a test runs.
-QStringList g_log;
-void catchLog(QtMsgType, const QMessageLogContext &, const QString &message)
-{
-    g_log.append(message);
-}
 
 class ImageEditorTest : public AppFixture
 {
@@ -233,14 +227,13 @@ TEST_F(ImageEditorTest, AFileThatCannotBeReadShowsTheFailurePictureSheetAndNote)
     EXPECT_EQ(texts.first, QStringLiteral("This image can not be edited."));
     EXPECT_EQ(texts.second, QStringLiteral("Try converting the image to another format."));
     // Nothing to add: only the log says so.
-    g_log.clear();
-    const QtMessageHandler previous = qInstallMessageHandler(catchLog);
-    QSignalSpy inserted(editor.get(), &ImageEditorWindow::inserted);
-    editor->insertEditorImage();
-    const bool done = inserted.wait(5000);
-    qInstallMessageHandler(previous);
-    ASSERT_TRUE(done);
-    EXPECT_TRUE(g_log.contains(QStringLiteral("*** saveImageToPath - no image")));
+    {
+        const LogCapture log;
+        QSignalSpy inserted(editor.get(), &ImageEditorWindow::inserted);
+        editor->insertEditorImage();
+        ASSERT_TRUE(inserted.wait(5000));
+        EXPECT_TRUE(log.lines().contains(QStringLiteral("*** saveImageToPath - no image")));
+    }
     EXPECT_EQ(browser->count(), 2);
     // A readable photo hides the note again.
     ASSERT_TRUE(edit(0));

@@ -20,8 +20,7 @@ TEST_F(PreferencesWindowTest, EachControlWritesItsKey)
 {
     PreferencesWindow window(*defaults, Paths::resourcesFolder());
     for (const QString &key : {Preferences::MatchingMarginWidth, Preferences::BlendingMarginWidth,
-                               Preferences::InputImageScaling, PreferencesWindow::HomographyScaling,
-                               Preferences::CropResult, Preferences::MegapixelLimit})
+                               Preferences::InputImageScaling, Preferences::MegapixelLimit})
         EXPECT_FALSE(defaults->hasObject(key)) << qPrintable(key);
 
     const struct {
@@ -32,7 +31,6 @@ TEST_F(PreferencesWindowTest, EachControlWritesItsKey)
         {window.matchingMarginWidthSlider(), Preferences::MatchingMarginWidth, 12},
         {window.blendingMarginWidthSlider(), Preferences::BlendingMarginWidth, 80},
         {window.inputImageScalingSlider(), Preferences::InputImageScaling, 60},
-        {window.homographyScalingSlider(), PreferencesWindow::HomographyScaling, 40},
     };
     for (const auto &c : sliders) {
         c.slider->setValue(c.value);
@@ -44,7 +42,6 @@ TEST_F(PreferencesWindowTest, EachControlWritesItsKey)
         const QString &key;
         bool startsOn;
     } boxes[] = {
-        {window.cropResultCheckbox(), Preferences::CropResult, false},
         {window.uniformlyCropCheckbox(), Preferences::UniformlyCrop, true},
         {window.megapixelLimitCheckbox(), Preferences::MegapixelLimit, true},
         {window.insetByCroppingCheckbox(), Preferences::InsetByCropping, true},
@@ -77,8 +74,8 @@ TEST_F(PreferencesWindowTest, EachControlWritesItsKey)
     }
 }
 
-// Reset writes the eight reset values and shows them; the homography slider and
-// "AlwaysZoomToFit" keep theirs.
+// Reset writes the eight reset values (also "CropResult", which has no control) and shows them;
+// "AlwaysZoomToFit" keeps its value.
 TEST_F(PreferencesWindowTest, ResetWritesAndShowsTheResetValues)
 {
     defaults->setBool(false, Preferences::AlwaysZoomToFit);
@@ -86,11 +83,10 @@ TEST_F(PreferencesWindowTest, ResetWritesAndShowsTheResetValues)
     window.matchingMarginWidthSlider()->setValue(30);
     window.blendingMarginWidthSlider()->setValue(120);
     window.inputImageScalingSlider()->setValue(20);
-    window.homographyScalingSlider()->setValue(35);
     for (QCheckBox *box : {window.megapixelLimitCheckbox(), window.insetByCroppingCheckbox(),
                            window.uniformlyCropFitCheckbox(), window.uniformlyCropCheckbox()})
         box->setChecked(false);
-    window.cropResultCheckbox()->setChecked(true);
+    defaults->setBool(true, Preferences::CropResult);
 
     window.findChild<QPushButton *>(QStringLiteral("resetPreferences"))->click();
     Preferences prefs(*defaults);
@@ -102,7 +98,6 @@ TEST_F(PreferencesWindowTest, ResetWritesAndShowsTheResetValues)
         {window.matchingMarginWidthSlider(), Preferences::MatchingMarginWidth, 0},
         {window.blendingMarginWidthSlider(), Preferences::BlendingMarginWidth, 50},
         {window.inputImageScalingSlider(), Preferences::InputImageScaling, 100},
-        {window.homographyScalingSlider(), PreferencesWindow::HomographyScaling, 35}, // untouched
     };
     for (const auto &c : sliders) {
         EXPECT_EQ(c.slider->value(), c.shown) << qPrintable(c.key);
@@ -118,35 +113,39 @@ TEST_F(PreferencesWindowTest, ResetWritesAndShowsTheResetValues)
         {window.insetByCroppingCheckbox(), prefs.insetByCropping(), true},
         {window.uniformlyCropCheckbox(), prefs.uniformlyCrop(), true},
         {window.uniformlyCropFitCheckbox(), prefs.uniformlyCropFit(), true},
-        {window.cropResultCheckbox(), prefs.cropResult(), false},
     };
     for (const auto &c : boxes) {
         EXPECT_EQ(c.box->isChecked(), c.on) << qPrintable(c.box->objectName());
         EXPECT_EQ(c.stored, c.on) << qPrintable(c.box->objectName());
     }
+    EXPECT_FALSE(prefs.cropResult());
     EXPECT_TRUE(defaults->hasObject(Preferences::AlwaysZoomToFit));
     EXPECT_FALSE(prefs.alwaysZoomToFit());
 }
 
-// The seven help pictures are on the window; "FirstRunPreferences" is written at the first
-// showing; the window is a top-level window, not modal.
-TEST_F(PreferencesWindowTest, PicturesAndFirstShowing)
+// The help pictures are beside their controls (none beside the line that only informs); the
+// window is a top-level window, not modal, written "FirstRunPreferences" at its first showing
+// and closed by Escape.
+TEST_F(PreferencesWindowTest, PicturesFirstShowingAndEscape)
 {
     PreferencesWindow window(*defaults, Paths::resourcesFolder());
     for (const char *name : {"matchingMarginScalingIcon", "blendingMarginScalingIcon", "inputImageScalingIcon",
-                             "homographyScalingIcon", "cropResultIcon", "uniformlyCropIcon", "autoOpenIcon"}) {
+                             "uniformlyCropIcon"}) {
         auto *picture = window.findChild<QLabel *>(QString::fromLatin1(name));
         ASSERT_NE(picture, nullptr) << name;
         EXPECT_FALSE(picture->pixmap().isNull()) << name;
     }
+    EXPECT_EQ(window.findChild<QLabel *>(QStringLiteral("autoOpenIcon")), nullptr);
     EXPECT_FALSE(defaults->hasObject(Preferences::FirstRunPreferences));
     window.showPreferences();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     EXPECT_TRUE(window.isWindow());
     EXPECT_FALSE(window.isModal());
     EXPECT_TRUE(defaults->hasObject(Preferences::FirstRunPreferences));
     EXPECT_FALSE(defaults->boolForKey(Preferences::FirstRunPreferences));
     saveScreenshot(window, "preferences-window");
+    QTest::keyClick(window.blendingMarginWidthSlider(), Qt::Key_Escape);
+    EXPECT_FALSE(window.isVisible());
 }
 
 } // namespace

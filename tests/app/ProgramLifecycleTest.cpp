@@ -1,8 +1,13 @@
 #include "AppFixture.h"
 
+#include "app/ProgramIdentity.h"
 #include "foundation/Preferences.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QProcess>
+#include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTest>
 
 #include <csignal>
@@ -21,6 +26,11 @@ protected:
         env.insert(QStringLiteral("TESSARY_RESOURCES"), QStringLiteral(TESSARY_BINARY_DIR "/resources"));
         env.insert(QStringLiteral("QT_QPA_PLATFORM"), platform);
         env.insert(QStringLiteral("QT_LOGGING_RULES"), QStringLiteral("tessary.info=true"));
+        // A session's own runtime folder (Qt warns where there is none).
+        const QString runtime = dir.filePath(QStringLiteral("runtime"));
+        QDir().mkpath(runtime);
+        QFile::setPermissions(runtime, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+        env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
         return env;
     }
     static QString program() { return QStringLiteral(TESSARY_BINARY_DIR "/bin/tessary"); }
@@ -91,6 +101,77 @@ TEST_F(ProgramLifecycleTest, NoDisplayIsOneClearLine)
     EXPECT_NE(tessary.exitCode(), 0);
     EXPECT_EQ(err.count('\n'), 1) << err.toStdString();
     EXPECT_TRUE(err.contains("tessary-cli render")) << err.toStdString();
+}
+
+// --help and --version (and -h, -v) answer on standard output and exit 0, without a display:
+// no window is opened for them.
+TEST_F(ProgramLifecycleTest, HelpAndVersionAnswerWithoutAWindow)
+{
+    const QString cli = QStringLiteral(TESSARY_BINARY_DIR "/bin/tessary-cli");
+    const struct {
+        QString program;
+        const char *option;
+        const char *answer; // a pattern
+    } cases[] = {
+        {program(), "--help", "--write-result"}, {program(), "-h", "--verbose"},
+        {program(), "--version", "^Tessary \\d+\\.\\d+\\.\\d+\\n$"}, {program(), "-v", "^Tessary \\d+\\.\\d+"},
+        {cli, "--version", "^tessary-cli \\d+\\.\\d+\\.\\d+\\n$"}, {cli, "-v", "^tessary-cli \\d+\\.\\d+"},
+        {cli, "--help", "--version"},
+    };
+    QProcessEnvironment env = environment(QStringLiteral("xcb"));
+    env.remove(QStringLiteral("DISPLAY"));
+    env.remove(QStringLiteral("WAYLAND_DISPLAY"));
+    for (const auto &c : cases) {
+        SCOPED_TRACE(QStringLiteral("%1 %2").arg(QFileInfo(c.program).fileName(), QLatin1String(c.option)).toStdString());
+        QProcess run;
+        QProcessEnvironment own = env;
+        if (c.program == cli)
+            own.remove(QStringLiteral("QT_QPA_PLATFORM")); // the command line picks its own
+        run.setProcessEnvironment(own);
+        run.start(c.program, {QString::fromLatin1(c.option)});
+        ASSERT_TRUE(run.waitForFinished(30000));
+        const QByteArray out = run.readAllStandardOutput();
+        EXPECT_EQ(run.exitCode(), 0);
+        EXPECT_TRUE(QString::fromUtf8(out).contains(QRegularExpression(QString::fromLatin1(c.answer)))) << out.toStdString();
+        EXPECT_EQ(run.readAllStandardError(), QByteArray());
+    }
+}
+
+// The desktop entry names the class of the program's windows (on X11 the application's name)
+// and its icon; where Tessary is not installed the icon is drawn, so windows still carry it.
+TEST_F(ProgramLifecycleTest, DesktopEntryMatchesTheWindowsClassAndIcon)
+{
+    QFile entry(QStringLiteral(TESSARY_SOURCE_DIR "/data/") + ProgramIdentity::kDesktopEntry + QStringLiteral(".desktop"));
+    ASSERT_TRUE(entry.open(QIODevice::ReadOnly | QIODevice::Text));
+    const QString text = QString::fromUtf8(entry.readAll());
+    EXPECT_TRUE(text.contains(QStringLiteral("\nStartupWMClass=") + ProgramIdentity::kName + QLatin1Char('\n')));
+    EXPECT_TRUE(text.contains(QStringLiteral("\nIcon=") + ProgramIdentity::kDesktopEntry + QLatin1Char('\n')));
+    const QIcon icon = ProgramIdentity::icon();
+    ASSERT_FALSE(icon.isNull());
+    EXPECT_FALSE(icon.pixmap(32, 32).isNull());
+}
+
+// A plain start that fills the collage with the factory photos, then quits (the start probe
+// quits once every tile shows its photo), says nothing on the terminal. On a real X server:
+// the off-screen platform has warnings of its own.
+TEST_F(ProgramLifecycleTest, PlainStartAndQuitPrintNothing)
+{
+    const QString xvfb = QStandardPaths::findExecutable(QStringLiteral("xvfb-run"));
+    if (xvfb.isEmpty())
+        GTEST_SKIP() << "xvfb-run is not installed";
+    defaults.reset();
+    QProcessEnvironment env = environment(QStringLiteral("xcb"));
+    env.remove(QStringLiteral("QT_LOGGING_RULES"));
+    const QString probe = dir.filePath(QStringLiteral("probe.json"));
+    env.insert(QStringLiteral("TESSARY_PROBE"), probe);
+    QProcess tessary;
+    tessary.setProcessEnvironment(env);
+    tessary.start(xvfb, {QStringLiteral("-a"), QStringLiteral("-s"), QStringLiteral("-screen 0 1600x1000x24"), program()});
+    ASSERT_TRUE(tessary.waitForFinished(90000));
+    EXPECT_EQ(tessary.exitCode(), 0);
+    EXPECT_TRUE(QFileInfo(probe).size() > 0) << "the collage was never filled";
+    EXPECT_EQ(tessary.readAllStandardError(), QByteArray());
+    EXPECT_EQ(tessary.readAllStandardOutput(), QByteArray());
 }
 
 } // namespace

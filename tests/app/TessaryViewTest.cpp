@@ -1,10 +1,10 @@
 #include "CollageFixture.h"
 
-#include "foundation/Log.h"
 #include "images/ImageCacheLoader.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
 #include "model/TilePainter.h"
+#include "support/LogCapture.h"
 #include "templates/TemplateStore.h"
 
 #include <QButtonGroup>
@@ -12,45 +12,9 @@
 #include <QSpinBox>
 #include <QFileInfo>
 #include <QLabel>
-#include <QLoggingCategory>
 #include <QSignalSpy>
 
 namespace {
-
-// Collects the application's log lines while it lives (enabled whatever the environment says).
-class LogCapture
-{
-public:
-    LogCapture()
-    {
-        s_lines.clear();
-        s_previousFilter = QLoggingCategory::installFilter(&LogCapture::filter);
-        m_previous = qInstallMessageHandler(&LogCapture::handler);
-    }
-    ~LogCapture()
-    {
-        qInstallMessageHandler(m_previous);
-        QLoggingCategory::installFilter(s_previousFilter);
-    }
-    static QStringList lines() { return s_lines; }
-
-private:
-    static void handler(QtMsgType, const QMessageLogContext &context, const QString &message)
-    {
-        if (context.category && QByteArray(context.category) == lcTessary().categoryName())
-            s_lines.append(message);
-    }
-    static void filter(QLoggingCategory *category)
-    {
-        if (s_previousFilter)
-            s_previousFilter(category);
-        if (QByteArray(category->categoryName()) == lcTessary().categoryName())
-            category->setEnabled(QtInfoMsg, true);
-    }
-    static inline QStringList s_lines;
-    static inline QLoggingCategory::CategoryFilter s_previousFilter = nullptr;
-    QtMessageHandler m_previous;
-};
 
 using TessaryViewTest = CollageFixture;
 

@@ -105,9 +105,11 @@ INSTANTIATE_TEST_SUITE_P(
         BadArgs{"missingPhoto", {"--template", "TEMPLATES", "DIR/nope.jpg", "-o", "DIR/x.png"}, 2, "nope.jpg"},
         BadArgs{"folderAsPhoto", {"--template", "TEMPLATES", "DIR", "-o", "DIR/x.png"}, 2, "is not a file"},
         BadArgs{"missingTemplateFile", {"--template", "DIR/none.plist", "-o", "DIR/x.png"}, 1, "none.plist"},
-        BadArgs{"templateIndexOutOfRange", {"--template", "TEMPLATES:2", "-o", "DIR/x.png"}, 1, "no template 2"},
+        BadArgs{"templateNumberOutOfRange", {"--template", "TEMPLATES:3", "-o", "DIR/x.png"}, 1, "no template 3"},
+        BadArgs{"templateNumberZero", {"--template", "TEMPLATES:0", "-o", "DIR/x.png"}, 2, "not a template number"},
+        BadArgs{"builtinNumberZero", {"--builtin", "0", "-o", "DIR/x.png"}, 2, "not a template number"},
         BadArgs{"badTemplateIndex", {"--template", "TEMPLATES:two", "-o", "DIR/x.png"}, 2, "'two'"},
-        BadArgs{"noBuiltInLibrary", {"--builtin", "297", "-o", "DIR/x.png"}, 1, "no built-in templates"},
+        BadArgs{"noBuiltInLibrary", {"--builtin", "298", "-o", "DIR/x.png"}, 1, "no built-in templates"},
         BadArgs{"noCurrentCollage", {"-o", "DIR/x.png"}, 1, "holds no collage"},
         BadArgs{"tooLarge", {"--template", "TEMPLATES", "--scale", "1000", "-o", "DIR/x.png"}, 1, "too large"},
         BadArgs{"collageAndTemplate", {"--collage", "DIR/c.tessary", "--template", "TEMPLATES", "-o", "DIR/x.png"}, 2, "--collage brings"},
@@ -178,7 +180,7 @@ TEST_F(RenderCommandTest, PageAsPdfOrAsAPictureOfThePage)
 
 TEST_F(RenderCommandTest, LayoutOnlyPrintsTheTileFramesForScripts)
 {
-    const CliRun r = run({"--template", templates + ":1", photos[0], "--align", "fit", "--transform", "3",
+    const CliRun r = run({"--template", templates + ":2", photos[0], "--align", "fit", "--transform", "3",
                           "--layout-only"});
     ASSERT_EQ(r.code, 0) << r.err.toStdString();
     const QStringList lines = r.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
@@ -194,7 +196,7 @@ TEST_F(RenderCommandTest, LayoutOnlyPrintsTheTileFramesForScripts)
 
 TEST_F(RenderCommandTest, SeededJumbleRepeatsAndKeepsTilesInside)
 {
-    const QStringList args{"--template", templates + ":1", "--layout-only"};
+    const QStringList args{"--template", templates + ":2", "--layout-only"};
     const CliRun plain = run(args);
     const CliRun a = run(args + QStringList{"--jumble", "--seed", "42"});
     const CliRun b = run(args + QStringList{"--jumble", "--seed", "42"});

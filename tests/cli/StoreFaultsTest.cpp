@@ -101,8 +101,8 @@ TEST_F(StoreFaultsTest, AStoreThatCannotBeWrittenIsReadAndEveryWriteFailsWithIts
         {"photos remove", {QStringLiteral("photos"), QStringLiteral("remove"), QStringLiteral("0")}},
         {"photos align", {QStringLiteral("photos"), QStringLiteral("align"), QStringLiteral("all"), QStringLiteral("fit")}, true},
         {"template import", {QStringLiteral("template"), QStringLiteral("import"), templatesFile()}},
-        {"template apply-user", {QStringLiteral("template"), QStringLiteral("apply-user"), QStringLiteral("1")}},
-        {"template delete", {QStringLiteral("template"), QStringLiteral("delete"), QStringLiteral("0")}},
+        {"template apply-user", {QStringLiteral("template"), QStringLiteral("apply-user"), QStringLiteral("2")}},
+        {"template delete", {QStringLiteral("template"), QStringLiteral("delete"), QStringLiteral("1")}},
         {"defaults write", {QStringLiteral("defaults"), QStringLiteral("write"), QStringLiteral("IconSize"), templatesFile()}},
     };
     const QProcessEnvironment env = CliProcess::environment(storeFile(), dir.filePath(QStringLiteral("docs")));

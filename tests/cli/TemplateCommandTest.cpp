@@ -3,6 +3,7 @@
 #include "foundation/Preferences.h"
 #include "foundation/PropertyList.h"
 #include "foundation/UserDefaults.h"
+#include "templates/TemplateTables.h"
 
 #include <QDir>
 #include <QRegularExpression>
@@ -69,11 +70,14 @@ TEST_F(TemplateCommandTest, ImportApplyAndLayOut)
     ASSERT_EQ(list.code, 0);
     const QStringList lines = list.out.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 3);
-    EXPECT_TRUE(lines[0].startsWith(QStringLiteral("builtin\t0\tnbrModules=1")));
-    EXPECT_TRUE(lines[2].startsWith(QStringLiteral("user\t0\tnbrModules=4")));
+    EXPECT_TRUE(lines[0].startsWith(QStringLiteral("builtin\t1\tnbrModules=1")));
+    EXPECT_TRUE(lines[2].startsWith(QStringLiteral("user\t1\tnbrModules=4")));
 
-    ASSERT_EQ(CliRun::of({"template", "apply-user", "0"}).code, 0);
-    EXPECT_EQ(UserDefaults(dir.filePath(QStringLiteral("defaults.sqlite"))).integerForKey(Preferences::SelectedUserTemplateTableRow), 0);
+    // Numbered from 1, as the window labels the selected row.
+    ASSERT_EQ(CliRun::of({"template", "apply-user", "1"}).code, 0);
+    const qint64 userRow = UserDefaults(dir.filePath(QStringLiteral("defaults.sqlite"))).integerForKey(Preferences::SelectedUserTemplateTableRow);
+    EXPECT_EQ(userRow, 0);
+    EXPECT_EQ(TemplateTables::selectedRowLabel(userRow), QStringLiteral("1"));
     const CliRun layout = CliRun::of({"template", "layout"});
     ASSERT_EQ(layout.code, 0) << layout.err.toStdString();
     EXPECT_TRUE(layout.out.startsWith(QStringLiteral("collage 400x300 grid 4x3 cell 100")));
@@ -86,8 +90,9 @@ TEST_F(TemplateCommandTest, ImportApplyAndLayOut)
     EXPECT_TRUE(half.out.startsWith(QStringLiteral("collage 200x150 grid 4x3 cell 50"))) << half.out.toStdString();
     EXPECT_TRUE(half.out.contains(QStringLiteral("\n0\t-2.25,-2.25 104.5x104.5\t")));
 
-    ASSERT_EQ(CliRun::of({"template", "apply", "1"}).code, 0);
-    EXPECT_EQ(UserDefaults(dir.filePath(QStringLiteral("defaults.sqlite"))).integerForKey(Preferences::SelectedTemplateTableRow), 1);
+    ASSERT_EQ(CliRun::of({"template", "apply", "2"}).code, 0);
+    const qint64 builtInRow = UserDefaults(dir.filePath(QStringLiteral("defaults.sqlite"))).integerForKey(Preferences::SelectedTemplateTableRow);
+    EXPECT_EQ(TemplateTables::selectedRowLabel(builtInRow), QStringLiteral("2"));
     EXPECT_TRUE(CliRun::of({"template", "layout"}).out.contains(QStringLiteral("no modules")));
 }
 
@@ -96,14 +101,14 @@ TEST_F(TemplateCommandTest, EditAndExportMyTemplates)
     const QString mine = write(QStringLiteral("mine.plist"), file({makeTemplate(5, {}), makeTemplate(2, {}), makeTemplate(3, {})}));
     ASSERT_EQ(CliRun::of({"template", "import", mine}).code, 0);
     const CliRun sorted = CliRun::of({"template", "sort"});
-    EXPECT_TRUE(sorted.out.startsWith(QStringLiteral("user\t0\tnbrModules=2\t")));
-    EXPECT_EQ(CliRun::of({"template", "delete", "0"}).code, 0);
+    EXPECT_TRUE(sorted.out.startsWith(QStringLiteral("user\t1\tnbrModules=2\t")));
+    EXPECT_EQ(CliRun::of({"template", "delete", "1"}).code, 0);
 
     const QString out = dir.filePath(QStringLiteral("all.plist"));
     ASSERT_EQ(CliRun::of({"template", "export-one", out}).code, 0);
     const CliRun info = CliRun::of({"template", "info", out});
     EXPECT_EQ(info.out.count(QLatin1Char('\n')), 2);
-    EXPECT_TRUE(info.out.startsWith(QStringLiteral("0\tnbrModules=3")));
+    EXPECT_TRUE(info.out.startsWith(QStringLiteral("1\tnbrModules=3")));
 
     const QString folder = dir.filePath(QStringLiteral("Spring"));
     QDir().mkpath(folder);
@@ -127,10 +132,10 @@ TEST_F(TemplateCommandTest, SelectionFollowsItsTemplateThroughDeleteAndSort)
         qint64 selectedAfter;
         double appliedWidth; // the layout in the store afterwards
     };
-    for (const Case &c : {Case{"delete a row above", "2", {"delete", "0"}, 1, 300},
-                          Case{"delete the selected row", "1", {"delete", "1"}, 1, 300},
-                          Case{"delete the selected last row", "3", {"delete", "3"}, -1, 400},
-                          Case{"sort moves it down", "0", {"sort"}, 3, 100}}) {
+    for (const Case &c : {Case{"delete a row above", "3", {"delete", "1"}, 1, 300},
+                          Case{"delete the selected row", "2", {"delete", "2"}, 1, 300},
+                          Case{"delete the selected last row", "4", {"delete", "4"}, -1, 400},
+                          Case{"sort moves it down", "1", {"sort"}, 3, 100}}) {
         SCOPED_TRACE(c.name);
         UserDefaults(dir.filePath(QStringLiteral("defaults.sqlite"))).removeObject(Preferences::UserTemplates);
         ASSERT_EQ(CliRun::of({"template", "import", mine}).code, 0);
@@ -149,7 +154,7 @@ TEST_F(TemplateCommandTest, LayoutPrintsTheTransformedFramesThatRenderUses)
     const QVariantMap t = makeTemplate(4, {moduleDict(2, 2), moduleDict(2, 1), moduleDict(1, 1), moduleDict(1, 1)});
     const QString mine = write(QStringLiteral("mine.plist"), file({t}));
     ASSERT_EQ(CliRun::of({"template", "import", mine}).code, 0);
-    ASSERT_EQ(CliRun::of({"template", "apply-user", "0"}).code, 0);
+    ASSERT_EQ(CliRun::of({"template", "apply-user", "1"}).code, 0);
     // Each tile's frame as "x y w h" to a hundredth of a point, read from "i<TAB>x,y wxh<TAB>..."
     // (template layout) or "tile<TAB>i<TAB>x<TAB>y<TAB>w<TAB>h<TAB>..." (render).
     const auto frames = [](const QString &out, bool fromRender) {
@@ -201,9 +206,9 @@ TEST_F(TemplateCommandTest, ErrorsAndHelp)
     };
     for (const Case &c : {Case{{"template"}, 2, "Usage:"},
                           Case{{"template", "frobnicate"}, 2, "unknown action"},
-                          Case{{"template", "apply", "0"}, 1, "the store is empty"},
-                          Case{{"template", "apply-user", "x"}, 1, "'x' is not a row"},
-                          Case{{"template", "delete", "-1"}, 1, "is not a row"},
+                          Case{{"template", "apply", "1"}, 1, "the store is empty"},
+                          Case{{"template", "apply-user", "x"}, 1, "'x' is not a template number"},
+                          Case{{"template", "delete", "0"}, 1, "is not a template number"},
                           Case{{"template", "export-many", "/no/such/folder"}, 1, "is not a folder"},
                           Case{{"template", "layout", "--transform", "7"}, 2, "0 to 4"}}) {
         const CliRun r = CliRun::of(c.args);

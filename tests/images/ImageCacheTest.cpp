@@ -2,6 +2,7 @@
 #include "foundation/UserDefaults.h"
 #include "images/ImageCache.h"
 #include "model/TessaryViewDelegate.h"
+#include "support/LogCapture.h"
 
 #include <QDir>
 #include <QFile>
@@ -23,27 +24,6 @@ public:
     void selectIndex(qsizetype) override {}
     void exchangeItem(qsizetype, qsizetype) override {}
     QStringList photos;
-};
-
-// Collects the lines of the program's log while it lives.
-class LogCapture
-{
-public:
-    LogCapture()
-    {
-        s_lines.clear();
-        m_previous = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &context, const QString &text) {
-            if (context.category && QLatin1String(context.category) == QLatin1String("tessary"))
-                s_lines.append(text);
-        });
-    }
-    ~LogCapture() { qInstallMessageHandler(m_previous); }
-    const QStringList &lines() const { return s_lines; }
-    int count(const QString &line) const { return int(s_lines.count(line)); }
-
-private:
-    static inline QStringList s_lines;
-    QtMessageHandler m_previous;
 };
 
 class ImageCacheTest : public ::testing::Test

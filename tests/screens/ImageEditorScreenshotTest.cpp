@@ -14,7 +14,11 @@
 #include "widgets/CropTool.h"
 #include "widgets/ImageEditorView.h"
 
+#include <QAbstractButton>
+#include <QAction>
+#include <QApplication>
 #include <QComboBox>
+#include <QToolButton>
 #include <QDoubleSpinBox>
 #include <QDir>
 #include <QLineEdit>
@@ -142,6 +146,58 @@ TEST_F(ImageEditorScreenshotTest, MarksNotYetApplied)
     const QColor onArrow = shot.pixelColor(inGrab((arrow.points[0] + arrow.points[1]) / 2));
     EXPECT_GT(onArrow.red(), 180);
     EXPECT_LT(onArrow.green(), 90);
+}
+
+// At the window's smallest size each tool's bar shows its controls whole, side by side, inside
+// the window; an undo does not move the buttons beside Undo.
+TEST_F(ImageEditorScreenshotTest, ToolBarsFitAtTheSmallestSize)
+{
+    editor->resize(1, 1); // the smallest the window allows
+    QTest::qWait(100);
+    EXPECT_LE(editor->width(), 700);
+    const struct {
+        int mode;
+        const char *name;
+    } tools[] = {{ImageEditorView::Rotate, "editor-rotate-bar-smallest"}, {ImageEditorView::Annotate, "editor-annotate-bar-smallest"},
+                 {ImageEditorView::Crop, nullptr}, {ImageEditorView::Select, nullptr}};
+    EditorToolBar &bar = editor->toolBar();
+    for (const auto &t : tools) {
+        SCOPED_TRACE(t.mode);
+        editor->switchToolMode(t.mode);
+        if (t.mode == ImageEditorView::Annotate) {
+            bar.annotationKindPopUp().setCurrentIndex(Annotation::Text);
+            bar.annotationTextField().setText(QStringLiteral("Spring in the garden"));
+        }
+        QApplication::processEvents();
+        QList<QRect> taken;
+        for (QWidget *w : bar.findChildren<QWidget *>()) {
+            if (!w->isVisible() || !(qobject_cast<QAbstractButton *>(w) || qobject_cast<QComboBox *>(w)
+                                     || qobject_cast<QAbstractSpinBox *>(w) || qobject_cast<QLineEdit *>(w)))
+                continue;
+            if (qobject_cast<QLineEdit *>(w) && qobject_cast<QAbstractSpinBox *>(w->parentWidget()))
+                continue; // a spin box's own field
+            const QRect r(w->mapTo(editor.get(), QPoint(0, 0)), w->size());
+            EXPECT_TRUE(editor->rect().contains(r)) << w->metaObject()->className() << " " << w->objectName().toStdString();
+            EXPECT_GE(w->width(), w->minimumSizeHint().width()) << "cut: " << w->objectName().toStdString();
+            if (auto *b = qobject_cast<QAbstractButton *>(w)) {
+                EXPECT_GE(b->width(), b->sizeHint().width()) << "cut: " << b->text().toStdString();
+            }
+            for (const QRect &other : std::as_const(taken))
+                EXPECT_FALSE(other.intersects(r)) << "covered: " << w->objectName().toStdString();
+            taken << r;
+        }
+        if (t.name)
+            save(grab(), t.name);
+    }
+    auto *undo = bar.findChildren<QToolButton *>().value(0);
+    for (QToolButton *b : bar.findChildren<QToolButton *>())
+        if (b->defaultAction() && b->defaultAction()->objectName() == QLatin1String("editorUndo"))
+            undo = b;
+    const QRect before = undo->geometry();
+    emit bar.operationRequested(EditOperation::turn(EditOperation::TurnLeft));
+    QApplication::processEvents();
+    EXPECT_TRUE(undo->isEnabled());
+    EXPECT_EQ(undo->geometry(), before);
 }
 
 TEST_F(ImageEditorScreenshotTest, AdjustmentsPanelBeside)

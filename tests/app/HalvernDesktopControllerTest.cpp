@@ -1,0 +1,116 @@
+#include "AppFixture.h"
+
+#include "app/HalvernDesktopController.h"
+#include "app/ImageEditorWindow.h"
+#include "app/LoadFileSheet.h"
+#include "app/MainWindow.h"
+#include "app/PreferencesWindow.h"
+#include "app/ResultWindow.h"
+#include "app/TemplateGallerySheet.h"
+#include "app/TileAndBlendActions.h"
+#include "app/TileSheet.h"
+#include "app/WelcomeSheet.h"
+#include "foundation/Paths.h"
+#include "images/ImageBrowserController.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDir>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+
+// The controller's wiring of the program's windows as a person meets it.
+class HalvernDesktopControllerTest : public AppFixture
+{
+protected:
+    void SetUp() override
+    {
+        AppFixture::SetUp();
+        controller = std::make_unique<HalvernDesktopController>(*defaults, Paths::resourcesFolder());
+    }
+    void TearDown() override
+    {
+        controller.reset();
+        AppFixture::TearDown();
+    }
+    // The alert on the main window: its two texts, after it is answered with OK.
+    std::pair<QString, QString> alertTexts()
+    {
+        QMessageBox *box = nullptr;
+        if (!QTest::qWaitFor([&] { return (box = controller->mainWindow().findChild<QMessageBox *>()) && box->isVisible(); }, 5000))
+            return {};
+        const std::pair<QString, QString> texts{box->text(), box->informativeText()};
+        box->defaultButton()->click();
+        const QPointer<QMessageBox> open(box);
+        (void)QTest::qWaitFor([open] { return !open; }, 2000);
+        return texts;
+    }
+
+    std::unique_ptr<HalvernDesktopController> controller;
+};
+
+// Ctrl+Q quits from every window of the program, and Escape closes Preferences and each sheet.
+TEST_F(HalvernDesktopControllerTest, CtrlQFromEveryWindowAndEscapeClosesSheets)
+{
+    QAction *quit = controller->mainWindow().action(QStringLiteral("quit"));
+    ASSERT_NE(quit, nullptr);
+    QObject::disconnect(quit, &QAction::triggered, nullptr, nullptr); // counted, not obeyed
+    QSignalSpy quits(quit, &QAction::triggered);
+    controller->mainWindow().show();
+    for (QWidget *window : {static_cast<QWidget *>(&controller->mainWindow()), static_cast<QWidget *>(&controller->resultWindow()),
+                            static_cast<QWidget *>(&controller->editorWindow()),
+                            static_cast<QWidget *>(&controller->preferencesWindow())}) {
+        window->show();
+        window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window)) << window->objectName().toStdString();
+        const qsizetype before = quits.count();
+        QTest::keyClick(window, Qt::Key_Q, Qt::ControlModifier);
+        EXPECT_EQ(quits.count(), before + 1) << window->objectName().toStdString();
+    }
+
+    QDialog *sheets[] = {&controller->welcomeWindow(), &controller->loadFileWindow(),
+                         &controller->tileAndBlendActions().tilePhotosWindow(), &controller->templateWebviewWindow()};
+    for (QDialog *sheet : sheets) {
+        sheet->open();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(sheet)) << sheet->objectName().toStdString();
+        QTest::keyClick(sheet->focusWidget() ? sheet->focusWidget() : sheet, Qt::Key_Escape);
+        EXPECT_TRUE(QTest::qWaitFor([sheet] { return !sheet->isVisible(); }, 2000)) << sheet->objectName().toStdString();
+    }
+    controller->showPreferences();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&controller->preferencesWindow()));
+    QTest::keyClick(&controller->preferencesWindow(), Qt::Key_Escape);
+    EXPECT_FALSE(controller->preferencesWindow().isVisible());
+}
+
+// What cannot be done is said on the window: files to open that are not there (the others are
+// opened all the same), and a page when no program on the desktop opens pages.
+TEST_F(HalvernDesktopControllerTest, MissingFilesAndPagesWithNoProgramAreSaid)
+{
+    controller->mainWindow().show();
+    const QString photo = QDir(Paths::resourcesFolder()).filePath(QStringLiteral("flower-1.jpg"));
+    const QString gone = dir.filePath(QStringLiteral("gone.jpg"));
+    const qsizetype before = controller->imageBrowserController().count();
+    controller->openFiles({photo, gone});
+    const auto missing = alertTexts();
+    EXPECT_EQ(missing.first, QStringLiteral("A file to open was not found."));
+    EXPECT_TRUE(missing.second.contains(gone)) << missing.second.toStdString();
+    EXPECT_EQ(controller->imageBrowserController().count(), before + 1);
+
+    // No program finds the page: no browser on the path, none named.
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", QFile::encodeName(dir.path()));
+    qunsetenv("BROWSER");
+    qunsetenv("DEFAULT_BROWSER");
+    controller->mainWindow().action(QStringLiteral("help"))->trigger();
+    const auto help = alertTexts();
+    qputenv("PATH", path);
+    EXPECT_EQ(help.first, QStringLiteral("Tessary Help could not be opened."));
+    EXPECT_TRUE(help.second.contains(QStringLiteral("help"))) << help.second.toStdString();
+}
+
+} // namespace
