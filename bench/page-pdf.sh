@@ -31,7 +31,7 @@ echo "== tessary-cli render --page A4 (300 dpi), 49 factory photos"
 : >"$work/cli.txt"
 for run in 1 2 3; do
     # shellcheck disable=SC2086
-    /usr/bin/time -v -o "$work/time.txt" "$build/bin/tessary-cli" render --builtin 297 $photos --page A4 \
+    /usr/bin/time -v -o "$work/time.txt" "$build/bin/tessary-cli" render --builtin 298 $photos --page A4 \
         -o "$work/a4.pdf" >"$work/out.txt"
     figures "$work/time.txt" >>"$work/cli.txt"
 done
