@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/AlertPresenter.h"
-#include "model/TessaryViewDelegate.h"
+#include "images/TessaryViewDelegate.h"
 
 #include <QList>
 #include <QObject>
