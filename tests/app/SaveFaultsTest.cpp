@@ -166,9 +166,11 @@ TEST_F(SaveFaultsTest, TheFileWrittenIsTheFileNamedAndAskedAbout)
             reader.setDecideFormatFromContent(true);
             EXPECT_EQ(reader.format(), c.format) << c.name;
         }
-        for (const QString &name : c.existing)
-            if (!c.written || name != QString::fromLatin1(c.written))
+        for (const QString &name : c.existing) {
+            if (!c.written || name != QString::fromLatin1(c.written)) {
                 EXPECT_EQ(contents(folder.filePath(name)), "the person's own file " + name.toUtf8()) << c.name;
+            }
+        }
         ASSERT_TRUE(QTest::qWaitFor([&] { return outputs().saveDialog() == nullptr; }, 2000)) << c.name;
         if (c.written) {
             // The next dialog opens where this save went.
