@@ -131,6 +131,10 @@ signals:
     // thumbnail and its tiles are to be made again (they may find it unreadable now).
     void photoChanged(const QString &path);
 
+    // Tells the preview which photo is selected now (previewChanged), at once: for a preview
+    // that comes up after the selection was restored.
+    void announcePreview();
+
 private:
     void selectionDidChange();
     void photoFileChanged(const QString &path);
