@@ -27,6 +27,10 @@ class ImageBrowserController : public QObject, public TessaryViewDelegate
 {
     Q_OBJECT
 public:
+    // Tells the preview which photo is selected now (previewChanged), at once: for a preview
+    // that comes up after the selection was restored.
+    void announcePreview();
+
     // Where a drop lands relative to the item at the drop index.
     enum DropOperation { DropOn = 0, DropBefore = 1 };
 
@@ -130,10 +134,6 @@ signals:
     // The file of a listed photo was changed, replaced or deleted by another program: its
     // thumbnail and its tiles are to be made again (they may find it unreadable now).
     void photoChanged(const QString &path);
-
-    // Tells the preview which photo is selected now (previewChanged), at once: for a preview
-    // that comes up after the selection was restored.
-    void announcePreview();
 
 private:
     void selectionDidChange();
