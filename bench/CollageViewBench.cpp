@@ -2,9 +2,9 @@
 #include "foundation/AlertPresenter.h"
 #include "foundation/Paths.h"
 #include "foundation/UserDefaults.h"
-#include "images/ImageBrowserController.h"
+#include "photos/ImageBrowserController.h"
 #include "templates/TemplateSelection.h"
-#include "widgets/TessaryView.h"
+#include "app/collage/TessaryView.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>

@@ -1,12 +1,12 @@
 #include "SilentAlerts.h"
 #include "foundation/AlertPresenter.h"
 #include "foundation/UserDefaults.h"
-#include "images/ImageBrowserController.h"
-#include "images/ImageCache.h"
-#include "images/ImageCacheLoader.h"
-#include "widgets/ImageBrowserListView.h"
-#include "widgets/ImageBrowserModel.h"
-#include "widgets/ImageBrowserPanel.h"
+#include "photos/ImageBrowserController.h"
+#include "photos/ImageCache.h"
+#include "photos/ImageCacheLoader.h"
+#include "app/photos/ImageBrowserListView.h"
+#include "app/photos/ImageBrowserModel.h"
+#include "app/photos/ImageBrowserPanel.h"
 
 #include <QApplication>
 #include <QDir>

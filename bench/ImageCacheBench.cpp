@@ -1,7 +1,7 @@
 #include "foundation/PropertyList.h"
 #include "foundation/UserDefaults.h"
-#include "images/ImageCache.h"
-#include "images/TessaryViewDelegate.h"
+#include "photos/ImageCache.h"
+#include "photos/TessaryViewDelegate.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
-#include "images/EditDocument.h"
-#include "images/EditOperation.h"
-#include "images/JpegQuality.h"
+#include "editor/EditDocument.h"
+#include "editor/EditOperation.h"
+#include "output/JpegQuality.h"
 
 #include <QBuffer>
 #include <QCoreApplication>

@@ -1,9 +1,9 @@
 #include "foundation/Paths.h"
-#include "images/ImageCache.h"
+#include "photos/ImageCache.h"
 #include "images/UIImage.h"
 #include "model/LayoutEngine.h"
 #include "model/TileImageFitter.h"
-#include "images/TessaryViewDelegate.h"
+#include "photos/TessaryViewDelegate.h"
 #include "templates/TemplateStore.h"
 
 #include <QDir>

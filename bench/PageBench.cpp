@@ -1,13 +1,13 @@
-#include "app/CollageMaker.h"
+#include "app/collage/CollageMaker.h"
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
-#include "app/PrintOutputs.h"
-#include "app/ResultWindow.h"
+#include "app/result/PrintOutputs.h"
+#include "app/result/ResultWindow.h"
 #include "app/StallMeter.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
-#include "widgets/TessaryView.h"
+#include "app/collage/TessaryView.h"
 
 #include "MainThreadBusyMeter.h"
 

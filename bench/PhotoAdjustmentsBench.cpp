@@ -1,5 +1,5 @@
 #include "SyntheticPhoto.h"
-#include "images/PhotoAdjustments.h"
+#include "editor/PhotoAdjustments.h"
 
 #include <QImage>
 

@@ -1,8 +1,8 @@
 #include "model/CollageRenderer.h"
 #include "model/LayoutEngine.h"
-#include "model/ParallelPngWriter.h"
+#include "output/ParallelPngWriter.h"
 #include "model/RenderScale.h"
-#include "images/TessaryViewDelegate.h"
+#include "photos/TessaryViewDelegate.h"
 
 #include <QBuffer>
 #include <QImage>

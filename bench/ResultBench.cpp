@@ -1,15 +1,15 @@
-#include "app/CollageMaker.h"
+#include "app/collage/CollageMaker.h"
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
-#include "app/ResultOutputs.h"
-#include "app/ResultWindow.h"
+#include "app/result/ResultOutputs.h"
+#include "app/result/ResultWindow.h"
 #include "app/StallMeter.h"
 #include "MainThreadBusyMeter.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
-#include "widgets/ResultImageView.h"
-#include "widgets/TessaryView.h"
+#include "app/result/ResultImageView.h"
+#include "app/collage/TessaryView.h"
 
 #include <QAction>
 #include <QCoreApplication>

@@ -11,7 +11,7 @@
 //       --limit        keep the picture within the megapixel limit ("MegapixelLimit")
 //       --abort MS     cancel the blend MS milliseconds after it started and print how long
 //                      it took to stop
-#include "images/PhotoBlender.h"
+#include "blend/PhotoBlender.h"
 
 #include <QDir>
 #include <QElapsedTimer>

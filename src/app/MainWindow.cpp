@@ -1,14 +1,14 @@
 #include "app/MainWindow.h"
 
 #include "app/MessageBoxAlertPresenter.h"
-#include "images/ImageBrowserController.h"
+#include "photos/ImageBrowserController.h"
 #include "templates/MainWindowState.h"
-#include "widgets/CollageControlBar.h"
-#include "widgets/ImageBrowserPanel.h"
-#include "widgets/TemplateActions.h"
-#include "widgets/TemplateTabView.h"
-#include "widgets/TessaryView.h"
-#include "widgets/TilingProgressIndicator.h"
+#include "app/collage/CollageControlBar.h"
+#include "app/photos/ImageBrowserPanel.h"
+#include "app/templates/TemplateActions.h"
+#include "app/templates/TemplateTabView.h"
+#include "app/collage/TessaryView.h"
+#include "app/blend/TilingProgressIndicator.h"
 
 #include <QAction>
 #include <QCloseEvent>

@@ -1,7 +1,7 @@
 #include "app/WindowProbe.h"
 
-#include "app/TemplateGalleryLoader.h"
-#include "widgets/TessaryView.h"
+#include "app/templates/TemplateGalleryLoader.h"
+#include "app/collage/TessaryView.h"
 
 #include <QCoreApplication>
 #include <QEvent>

@@ -2,14 +2,14 @@
 #include "app/MainWindow.h"
 #include "app/ProgramIdentity.h"
 #include "app/ProgramOptions.h"
-#include "app/TileAndBlendActions.h"
-#include "app/WebEngineEnvironment.h"
+#include "app/blend/TileAndBlendActions.h"
+#include "app/templates/WebEngineEnvironment.h"
 #include "app/SingleInstance.h"
 #include "app/WindowProbe.h"
 #include "foundation/Log.h"
 #include "foundation/Paths.h"
 #include "foundation/UserDefaults.h"
-#include "widgets/TessaryView.h"
+#include "app/collage/TessaryView.h"
 
 #include <QApplication>
 #include <QCoreApplication>

@@ -2,7 +2,7 @@
 
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
-#include "images/PhotoBlender.h"
+#include "blend/PhotoBlender.h"
 
 #include <QColor>
 #include <QFileInfo>

@@ -3,7 +3,7 @@
 
 #include "foundation/AtomicFileWriter.h"
 #include "images/ImageFileReader.h"
-#include "images/ResultFormat.h"
+#include "output/ResultFormat.h"
 #include "images/UIImage.h"
 
 #include <QBuffer>

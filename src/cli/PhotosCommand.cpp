@@ -5,8 +5,8 @@
 
 #include "foundation/Paths.h"
 #include "foundation/UserDefaults.h"
-#include "images/ImageBookmarks.h"
-#include "images/ImageBrowserController.h"
+#include "photos/ImageBookmarks.h"
+#include "photos/ImageBrowserController.h"
 
 #include <QFileInfo>
 #include <QSet>

@@ -9,16 +9,16 @@
 #include "foundation/PlistValue.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
-#include "images/ImageBookmarks.h"
-#include "images/PagePreset.h"
-#include "images/ResultFormat.h"
+#include "photos/ImageBookmarks.h"
+#include "output/PagePreset.h"
+#include "output/ResultFormat.h"
 #include "model/CollageDocument.h"
 #include "model/CollageRenderer.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
-#include "model/PageRenderer.h"
+#include "output/PageRenderer.h"
 #include "model/PhotoSharpness.h"
-#include "model/ParallelPngWriter.h"
+#include "output/ParallelPngWriter.h"
 #include "model/RenderScale.h"
 #include "model/TileJumble.h"
 #include "templates/TemplateStore.h"
@@ -626,7 +626,10 @@ private:
     int renderPage(const CollageLayout &layout, const CollageRenderer::Options &options, bool terminal)
     {
         const PagePreset &page = *m_request.page;
-        const CollageRenderer::Result result = PageRenderer::render(layout, page, options);
+        const QString noRoom = page.noRoomReason(layout.contentSize);
+        if (!noRoom.isEmpty())
+            return m_context.fail(QStringLiteral("render: %1").arg(noRoom));
+        const CollageRenderer::Result result = CollageRenderer::renderAtScale(layout, page.scaleFor(layout.contentSize), options);
         if (terminal)
             m_context.err << '\n';
         if (!result.ok())

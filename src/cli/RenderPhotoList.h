@@ -1,6 +1,6 @@
 #pragma once
 
-#include "images/TessaryViewDelegate.h"
+#include "photos/TessaryViewDelegate.h"
 
 #include <QList>
 #include <QStringList>

@@ -6,7 +6,7 @@
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
-#include "images/ImageBrowserController.h"
+#include "photos/ImageBrowserController.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
 #include "templates/TemplateEditor.h"

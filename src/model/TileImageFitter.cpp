@@ -1,6 +1,6 @@
 #include "model/TileImageFitter.h"
 
-#include "images/ImageCache.h"
+#include "photos/ImageCache.h"
 
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentMap>

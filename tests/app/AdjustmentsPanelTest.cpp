@@ -1,4 +1,4 @@
-#include "widgets/AdjustmentsPanel.h"
+#include "app/editor/AdjustmentsPanel.h"
 
 #include <QLabel>
 #include <QProgressBar>

@@ -4,14 +4,14 @@
 #include "support/RecordingAlertPresenter.h"
 
 #include "foundation/Paths.h"
-#include "images/ImageBookmarks.h"
-#include "images/ImageBrowserController.h"
+#include "photos/ImageBookmarks.h"
+#include "photos/ImageBrowserController.h"
 #include "model/TessaryData.h"
 #include "templates/TemplateSelection.h"
-#include "widgets/CollageControlBar.h"
-#include "widgets/DragDropImageView.h"
-#include "widgets/TessaryDataView.h"
-#include "widgets/TessaryView.h"
+#include "app/collage/CollageControlBar.h"
+#include "app/collage/DragDropImageView.h"
+#include "app/collage/TessaryDataView.h"
+#include "app/collage/TessaryView.h"
 
 #include <QAbstractButton>
 #include <QApplication>

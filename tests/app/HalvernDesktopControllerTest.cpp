@@ -1,16 +1,16 @@
 #include "AppFixture.h"
 
 #include "app/HalvernDesktopController.h"
-#include "app/ImageEditorWindow.h"
-#include "app/LoadFileSheet.h"
+#include "app/editor/ImageEditorWindow.h"
+#include "app/templates/LoadFileSheet.h"
 #include "app/MainWindow.h"
 #include "app/PreferencesWindow.h"
-#include "app/ResultWindow.h"
-#include "app/TileAndBlendActions.h"
-#include "app/TileSheet.h"
+#include "app/result/ResultWindow.h"
+#include "app/blend/TileAndBlendActions.h"
+#include "app/blend/TileSheet.h"
 #include "app/WelcomeSheet.h"
 #include "foundation/Paths.h"
-#include "images/ImageBrowserController.h"
+#include "photos/ImageBrowserController.h"
 
 #include <QAction>
 #include <QApplication>

@@ -4,17 +4,17 @@
 
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
-#include "images/ImageBookmarks.h"
-#include "images/ImageBrowserController.h"
-#include "images/ImageBrowserSelection.h"
-#include "images/ImageCache.h"
-#include "images/ImageCacheLoader.h"
-#include "widgets/ImageBrowserDelegate.h"
-#include "widgets/ImageBrowserListView.h"
-#include "widgets/ImageBrowserModel.h"
-#include "widgets/ImageBrowserPanel.h"
-#include "widgets/TemplateTableView.h"
-#include "widgets/PhotoPreview.h"
+#include "photos/ImageBookmarks.h"
+#include "photos/ImageBrowserController.h"
+#include "photos/ImageBrowserSelection.h"
+#include "photos/ImageCache.h"
+#include "photos/ImageCacheLoader.h"
+#include "app/photos/ImageBrowserDelegate.h"
+#include "app/photos/ImageBrowserListView.h"
+#include "app/photos/ImageBrowserModel.h"
+#include "app/photos/ImageBrowserPanel.h"
+#include "app/templates/TemplateTableView.h"
+#include "app/photos/PhotoPreview.h"
 
 #include <QApplication>
 #include <QBuffer>

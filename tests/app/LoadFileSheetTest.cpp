@@ -1,4 +1,4 @@
-#include "app/LoadFileSheet.h"
+#include "app/templates/LoadFileSheet.h"
 #include "foundation/Preferences.h"
 #include "AppFixture.h"
 #include "ScreenshotFolder.h"

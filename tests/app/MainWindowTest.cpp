@@ -5,15 +5,15 @@
 
 #include "app/WelcomeSheet.h"
 #include "foundation/Preferences.h"
-#include "images/ImageBrowserController.h"
-#include "images/ImageCache.h"
-#include "images/ImageCacheLoader.h"
+#include "photos/ImageBrowserController.h"
+#include "photos/ImageCache.h"
+#include "photos/ImageCacheLoader.h"
 #include "templates/TemplateStore.h"
-#include "widgets/TemplateTabView.h"
-#include "widgets/TessaryView.h"
+#include "app/templates/TemplateTabView.h"
+#include "app/collage/TessaryView.h"
 
 #include "templates/MainWindowState.h"
-#include "widgets/CollageControlBar.h"
+#include "app/collage/CollageControlBar.h"
 
 #include <QAbstractButton>
 #include <QButtonGroup>

@@ -1,15 +1,15 @@
 #include "AppFixture.h"
 
-#include "app/CollageMaker.h"
+#include "app/collage/CollageMaker.h"
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
-#include "app/PageSetupSheet.h"
-#include "app/PrintOutputs.h"
-#include "app/ResultWindow.h"
+#include "app/result/PageSetupSheet.h"
+#include "app/result/PrintOutputs.h"
+#include "app/result/ResultWindow.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "support/PdfFacts.h"
-#include "widgets/TessaryView.h"
+#include "app/collage/TessaryView.h"
 
 #include <QAction>
 #include <QComboBox>

@@ -1,4 +1,4 @@
-#include "app/ProgressSheet.h"
+#include "app/blend/ProgressSheet.h"
 
 #include <QProgressBar>
 #include <QPushButton>

@@ -1,15 +1,15 @@
 #include "AppFixture.h"
 
 #include "app/HalvernDesktopController.h"
-#include "images/ImageBrowserController.h"
-#include "app/ResultOutputs.h"
-#include "app/ResultSaveDialog.h"
-#include "app/ResultWindow.h"
+#include "photos/ImageBrowserController.h"
+#include "app/result/ResultOutputs.h"
+#include "app/result/ResultSaveDialog.h"
+#include "app/result/ResultWindow.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
-#include "images/ResultFormat.h"
+#include "output/ResultFormat.h"
 #include "support/FaultFolder.h"
-#include "widgets/SaveOptionsPanel.h"
+#include "app/result/SaveOptionsPanel.h"
 
 #include <QAction>
 #include <QComboBox>

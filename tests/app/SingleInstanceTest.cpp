@@ -4,7 +4,7 @@
 #include "app/MainWindow.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
-#include "images/ImageBrowserController.h"
+#include "photos/ImageBrowserController.h"
 #include "AppFixture.h"
 
 #include <QImage>

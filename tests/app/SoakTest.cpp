@@ -3,11 +3,11 @@
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
 #include "foundation/Paths.h"
-#include "images/ImageBrowserController.h"
-#include "widgets/DragDropImageView.h"
-#include "widgets/ImageBrowserPanel.h"
-#include "widgets/TessaryDataView.h"
-#include "widgets/TessaryView.h"
+#include "photos/ImageBrowserController.h"
+#include "app/collage/DragDropImageView.h"
+#include "app/photos/ImageBrowserPanel.h"
+#include "app/collage/TessaryDataView.h"
+#include "app/collage/TessaryView.h"
 
 #include <QAbstractItemView>
 #include <QAction>

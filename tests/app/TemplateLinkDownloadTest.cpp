@@ -5,10 +5,10 @@
 #include "templates/TemplateSelection.h"
 #include "templates/TemplateStore.h"
 #include "templates/TemplateTestData.h"
-#include "widgets/TemplateActions.h"
-#include "widgets/TemplateDownloadDialog.h"
-#include "widgets/TemplateTabView.h"
-#include "widgets/TemplateTablePane.h"
+#include "app/templates/TemplateActions.h"
+#include "app/templates/TemplateDownloadDialog.h"
+#include "app/templates/TemplateTabView.h"
+#include "app/templates/TemplateTablePane.h"
 #include "AppFixture.h"
 
 #include <QApplication>

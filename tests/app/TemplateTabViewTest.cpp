@@ -4,8 +4,8 @@
 #include "templates/TemplateStore.h"
 #include "templates/TemplateTables.h"
 #include "templates/TemplateTestData.h"
-#include "widgets/TemplateListModel.h"
-#include "widgets/TemplateTabView.h"
+#include "app/templates/TemplateListModel.h"
+#include "app/templates/TemplateTabView.h"
 #include "AppFixture.h"
 #include "ScreenshotFolder.h"
 

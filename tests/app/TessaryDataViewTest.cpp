@@ -1,7 +1,7 @@
 #include "model/TessaryData.h"
 #include "model/TileLabelGeometry.h"
-#include "widgets/DragDropImageView.h"
-#include "widgets/TessaryDataView.h"
+#include "app/collage/DragDropImageView.h"
+#include "app/collage/TessaryDataView.h"
 
 #include <QGraphicsOpacityEffect>
 #include <QLabel>

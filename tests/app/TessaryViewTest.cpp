@@ -1,6 +1,6 @@
 #include "CollageFixture.h"
 
-#include "images/ImageCacheLoader.h"
+#include "photos/ImageCacheLoader.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
 #include "model/TilePainter.h"

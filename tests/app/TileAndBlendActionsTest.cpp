@@ -3,16 +3,16 @@
 
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
-#include "app/ProgressSheet.h"
-#include "app/TileAndBlendActions.h"
-#include "app/TileSheet.h"
+#include "app/blend/ProgressSheet.h"
+#include "app/blend/TileAndBlendActions.h"
+#include "app/blend/TileSheet.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
-#include "images/ImageBrowserController.h"
-#include "images/ImageBrowserSelection.h"
-#include "widgets/CollageControlBar.h"
+#include "photos/ImageBrowserController.h"
+#include "photos/ImageBrowserSelection.h"
+#include "app/collage/CollageControlBar.h"
 #include "widgets/DelayedPopupMenuButton.h"
-#include "widgets/TilingProgressIndicator.h"
+#include "app/blend/TilingProgressIndicator.h"
 
 #include <QColorDialog>
 #include <QComboBox>

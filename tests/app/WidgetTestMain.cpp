@@ -1,4 +1,4 @@
-#include "app/WebEngineEnvironment.h"
+#include "app/templates/WebEngineEnvironment.h"
 
 #include <QApplication>
 

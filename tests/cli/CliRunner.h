@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CliContext.h"
-#include "CommandTable.h"
+#include "cli/CliContext.h"
+#include "cli/CommandTable.h"
 
 #include <QString>
 #include <QStringList>

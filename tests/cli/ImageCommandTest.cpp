@@ -1,5 +1,5 @@
 #include "CliRunner.h"
-#include "images/ExifJpeg.h"
+#include "support/ExifJpeg.h"
 
 #include <QBuffer>
 #include <QFile>

@@ -1,5 +1,5 @@
-#include "CliContext.h"
-#include "CommandTable.h"
+#include "cli/CliContext.h"
+#include "cli/CommandTable.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,4 +1,4 @@
-#include "TestImages.h"
+#include "support/TestImages.h"
 
 #include "images/ImageOperations.h"
 #include "images/SmoothScaler.h"

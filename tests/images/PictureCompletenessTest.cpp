@@ -1,8 +1,8 @@
-#include "MultiPageTiff.h"
-#include "SimpleGif.h"
-#include "TestImages.h"
+#include "support/MultiPageTiff.h"
+#include "support/SimpleGif.h"
+#include "support/TestImages.h"
 
-#include "ExifJpeg.h"
+#include "support/ExifJpeg.h"
 #include "images/ImageFileReader.h"
 #include "images/PictureCompleteness.h"
 #include "images/UIImage.h"

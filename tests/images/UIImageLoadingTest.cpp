@@ -1,5 +1,5 @@
-#include "MultiPageTiff.h"
-#include "TestImages.h"
+#include "support/MultiPageTiff.h"
+#include "support/TestImages.h"
 
 #include "images/ImageFileReader.h"
 #include "images/UIImage.h"

@@ -1,8 +1,8 @@
-#include "ExifJpeg.h"
-#include "TestImages.h"
+#include "support/ExifJpeg.h"
+#include "support/TestImages.h"
 
 #include "foundation/UserDefaults.h"
-#include "images/ImageCache.h"
+#include "photos/ImageCache.h"
 #include "images/ImageFileReader.h"
 #include "images/UIImage.h"
 #include "support/FakePhotoList.h"

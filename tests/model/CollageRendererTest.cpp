@@ -2,10 +2,10 @@
 
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
-#include "model/PageRenderer.h"
+#include "output/PageRenderer.h"
 #include "model/RenderScale.h"
 #include "model/TilePainter.h"
-#include "images/ExifJpeg.h"
+#include "support/ExifJpeg.h"
 #include "support/FakePhotoList.h"
 #include "support/PdfFacts.h"
 
@@ -322,7 +322,7 @@ TEST_F(RendererTest, PagePdfHoldsTheCollageRenderedForThePage)
         SCOPED_TRACE(int(c.fit));
         PagePreset page = *PagePreset::parse(QStringLiteral("a4,landscape"));
         page.setDotsPerInch(150).setFit(c.fit);
-        const CollageRenderer::Result r = PageRenderer::render(l, page, options());
+        const CollageRenderer::Result r = CollageRenderer::renderAtScale(l, page.scaleFor(l.contentSize), options());
         ASSERT_TRUE(r.ok()) << r.error.toStdString();
         EXPECT_EQ(r.image.size(), c.render);
 

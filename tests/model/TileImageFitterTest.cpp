@@ -1,5 +1,5 @@
-#include "images/ImageCache.h"
-#include "images/TessaryViewDelegate.h"
+#include "photos/ImageCache.h"
+#include "photos/TessaryViewDelegate.h"
 #include "model/TileImageFitter.h"
 
 #include <QImage>

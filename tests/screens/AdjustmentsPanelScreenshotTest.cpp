@@ -1,6 +1,6 @@
 #include "ScreenGrab.h"
 #include "foundation/Paths.h"
-#include "widgets/AdjustmentsPanel.h"
+#include "app/editor/AdjustmentsPanel.h"
 
 #include <QDir>
 #include <QImageReader>

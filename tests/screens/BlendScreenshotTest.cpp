@@ -3,14 +3,14 @@
 
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
-#include "app/ProgressSheet.h"
-#include "app/ResultWindow.h"
-#include "app/TileAndBlendActions.h"
-#include "app/TileSheet.h"
+#include "app/blend/ProgressSheet.h"
+#include "app/result/ResultWindow.h"
+#include "app/blend/TileAndBlendActions.h"
+#include "app/blend/TileSheet.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
-#include "images/ImageBrowserController.h"
-#include "images/ImageBrowserSelection.h"
+#include "photos/ImageBrowserController.h"
+#include "photos/ImageBrowserSelection.h"
 
 #include <QAction>
 #include <QPushButton>

@@ -1,18 +1,18 @@
 #include "AppFixture.h"
 #include "ScreenGrab.h"
 
-#include "app/ImageEditorWindow.h"
+#include "app/editor/ImageEditorWindow.h"
 #include "foundation/Paths.h"
-#include "images/EditDocument.h"
-#include "images/ImageBrowserController.h"
-#include "images/ImageBrowserSelection.h"
+#include "editor/EditDocument.h"
+#include "photos/ImageBrowserController.h"
+#include "photos/ImageBrowserSelection.h"
 #include "support/RecordingAlertPresenter.h"
-#include "widgets/AdjustmentsPanel.h"
-#include "widgets/EditorToolBar.h"
-#include "widgets/AnnotateTool.h"
-#include "widgets/AnnotationItem.h"
-#include "widgets/CropTool.h"
-#include "widgets/ImageEditorView.h"
+#include "app/editor/AdjustmentsPanel.h"
+#include "app/editor/EditorToolBar.h"
+#include "app/editor/AnnotateTool.h"
+#include "app/editor/AnnotationItem.h"
+#include "app/editor/CropTool.h"
+#include "app/editor/ImageEditorView.h"
 
 #include <QAbstractButton>
 #include <QAction>

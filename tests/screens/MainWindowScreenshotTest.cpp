@@ -7,14 +7,14 @@
 #include "app/WelcomeSheet.h"
 #include "foundation/Paths.h"
 #include "images/UIImage.h"
-#include "images/ImageBrowserController.h"
-#include "widgets/DragDropImageView.h"
-#include "widgets/ImageBrowserListView.h"
-#include "widgets/ImageBrowserModel.h"
-#include "widgets/ImageBrowserPanel.h"
-#include "widgets/PhotoPreview.h"
-#include "widgets/TessaryDataView.h"
-#include "widgets/TessaryView.h"
+#include "photos/ImageBrowserController.h"
+#include "app/collage/DragDropImageView.h"
+#include "app/photos/ImageBrowserListView.h"
+#include "app/photos/ImageBrowserModel.h"
+#include "app/photos/ImageBrowserPanel.h"
+#include "app/photos/PhotoPreview.h"
+#include "app/collage/TessaryDataView.h"
+#include "app/collage/TessaryView.h"
 
 #include <QAction>
 #include <QApplication>

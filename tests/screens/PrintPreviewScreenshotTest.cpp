@@ -1,16 +1,16 @@
 #include "AppFixture.h"
 #include "ScreenGrab.h"
 
-#include "app/CollageMaker.h"
+#include "app/collage/CollageMaker.h"
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
-#include "app/PageSetupSheet.h"
-#include "app/PrintOutputs.h"
-#include "app/ResultWindow.h"
+#include "app/result/PageSetupSheet.h"
+#include "app/result/PrintOutputs.h"
+#include "app/result/ResultWindow.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
-#include "widgets/ResultImageView.h"
-#include "widgets/TessaryView.h"
+#include "app/result/ResultImageView.h"
+#include "app/collage/TessaryView.h"
 
 #include <QAction>
 #include <QComboBox>

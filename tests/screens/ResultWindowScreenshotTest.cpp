@@ -2,18 +2,18 @@
 #include "ScreenGrab.h"
 #include "support/FaultFolder.h"
 
-#include "app/CollageMaker.h"
+#include "app/collage/CollageMaker.h"
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
-#include "app/PleaseWaitWindow.h"
-#include "app/ResultOutputs.h"
-#include "app/ResultSaveDialog.h"
-#include "app/ResultWindow.h"
+#include "app/collage/PleaseWaitWindow.h"
+#include "app/result/ResultOutputs.h"
+#include "app/result/ResultSaveDialog.h"
+#include "app/result/ResultWindow.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
-#include "widgets/ResultImageView.h"
-#include "widgets/SaveOptionsPanel.h"
-#include "widgets/TessaryView.h"
+#include "app/result/ResultImageView.h"
+#include "app/result/SaveOptionsPanel.h"
+#include "app/collage/TessaryView.h"
 
 #include <QAction>
 #include <QComboBox>

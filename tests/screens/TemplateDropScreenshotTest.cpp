@@ -7,13 +7,13 @@
 #include "foundation/Paths.h"
 #include "support/LoopbackHttpServer.h"
 #include "templates/TemplateStore.h"
-#include "widgets/TemplateActions.h"
-#include "widgets/TemplateDownloadDialog.h"
-#include "widgets/TemplateListModel.h"
-#include "widgets/TemplateTabView.h"
-#include "widgets/TemplateTablePane.h"
-#include "widgets/TemplateTableView.h"
-#include "widgets/TessaryView.h"
+#include "app/templates/TemplateActions.h"
+#include "app/templates/TemplateDownloadDialog.h"
+#include "app/templates/TemplateListModel.h"
+#include "app/templates/TemplateTabView.h"
+#include "app/templates/TemplateTablePane.h"
+#include "app/templates/TemplateTableView.h"
+#include "app/collage/TessaryView.h"
 
 #include <QApplication>
 #include <QDesktopServices>

@@ -2,18 +2,18 @@
 #include "ScreenGrab.h"
 
 #include "app/HalvernDesktopController.h"
-#include "app/LoadFileSheet.h"
+#include "app/templates/LoadFileSheet.h"
 #include "app/MainWindow.h"
-#include "app/TemplateGalleryFactory.h"
-#include "app/TemplateGalleryLoader.h"
-#include "app/TemplateGalleryWindow.h"
+#include "app/templates/TemplateGalleryFactory.h"
+#include "app/templates/TemplateGalleryLoader.h"
+#include "app/templates/TemplateGalleryWindow.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "support/RecordingAlertPresenter.h"
 #include "templates/TemplateGallery.h"
 #include "templates/TemplateStore.h"
 #include "templates/TemplatesFile.h"
-#include "widgets/TessaryView.h"
+#include "app/collage/TessaryView.h"
 
 #include <QAction>
 #include <QDialog>

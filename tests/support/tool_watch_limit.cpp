@@ -3,7 +3,7 @@
 // show that photos beyond the limit stay listed, unwatched.
 #include "foundation/AlertPresenter.h"
 #include "foundation/UserDefaults.h"
-#include "images/ImageBookmarks.h"
+#include "photos/ImageBookmarks.h"
 
 #include <QCoreApplication>
 #include <QTemporaryDir>

@@ -1,0 +1,195 @@
+#include "app/blend/TileAndBlendActions.h"
+
+#include "app/blend/ProgressSheet.h"
+#include "app/blend/TileSheet.h"
+#include "foundation/AlertPresenter.h"
+#include "foundation/Log.h"
+#include "foundation/Preferences.h"
+#include "photos/ImageBookmarks.h"
+#include "photos/ImageBrowserController.h"
+#include "photos/ImageBrowserSelection.h"
+#include "images/UIImage.h"
+#include "blend/UniformCropper.h"
+#include "foundation/UserDefaults.h"
+#include "app/blend/TilingProgressIndicator.h"
+
+#include <QDir>
+
+#include <cmath>
+
+TileAndBlendActions::TileAndBlendActions(UserDefaults &defaults, ImageBrowserController &browser,
+                                         AlertPresenter &alerts, QWidget *window,
+                                         TilingProgressIndicator &tilingProgress, QObject *parent)
+    : QObject(parent)
+    , m_defaults(defaults)
+    , m_browser(browser)
+    , m_alerts(alerts)
+    , m_tilingProgress(tilingProgress)
+    , m_progressSheet(new ProgressSheet(window))
+    , m_tileSheet(new TileSheet(window))
+    // The copies keep their photos' file names: a folder of Tessary's own in the temporary
+    // folder, so that a photo kept in the temporary folder itself is never written over.
+    , m_temporaryFolder(QDir::temp().filePath(QStringLiteral("Tessary-%1").arg(qEnvironmentVariable("USER", QStringLiteral("user")))))
+{
+    connect(m_tileSheet, &TileSheet::tilePhotoFiles, this, &TileAndBlendActions::tilePhotoFiles);
+    connect(m_tileSheet, &TileSheet::endTilePhotosWindow, this, &TileAndBlendActions::endTilePhotosWindow);
+    connect(&m_tiler, &PhotoTiler::tileWritten, this, [this](const QString &path, int done, int total) {
+        m_tilingProgress.begin();
+        m_tilingProgress.setPercent(double(done) / double(total) * 100.0);
+        m_browser.insertImage(path);
+    });
+    connect(&m_tiler, &PhotoTiler::tilingFinished, &m_tilingProgress, &TilingProgressIndicator::end);
+
+    connect(&m_tilingProgress, &TilingProgressIndicator::cancelRequested, this, &TileAndBlendActions::cancelTiling);
+
+    ProgressSheet *sheet = m_progressSheet;
+    connect(&m_blendJob, &BackgroundJob::messageChanged, sheet, &ProgressSheet::updateProgressMessage);
+    connect(&m_blendJob, &BackgroundJob::progressChanged, sheet, &ProgressSheet::updateProgressBar);
+    connect(&m_blendJob, &BackgroundJob::partialResult, sheet,
+            [sheet](const QVariant &preview) { sheet->displayImage(preview.value<QImage>()); });
+    connect(&m_blendJob, &BackgroundJob::finished, this, [this](const QVariant &picture, bool canceled) {
+        if (!canceled)
+            emit blendFinished(picture.value<QImage>());
+    });
+    connect(sheet, &ProgressSheet::aborted, this, &TileAndBlendActions::abortStitch);
+}
+
+TileAndBlendActions::~TileAndBlendActions() = default;
+
+void TileAndBlendActions::showTilePhotosWindow()
+{
+    if (tilingInProgress()) {
+        m_alerts.beep();
+        return;
+    }
+    m_tileSheet->open();
+}
+
+void TileAndBlendActions::endTilePhotosWindow()
+{
+    if (m_tileSheet->isVisible())
+        m_tileSheet->reject();
+    m_tilingProgress.end();
+}
+
+void TileAndBlendActions::tilePhotoFiles()
+{
+    if (m_tileSheet->isVisible())
+        m_tileSheet->accept();
+    m_tilingProgress.begin();
+    // The selection and its file are read here, on the window's thread; the cut runs on the
+    // tiler's.
+    const qsizetype selected = m_browser.selection().selectedIndex();
+    QString photo;
+    if (selected >= 0 && selected < m_browser.count())
+        photo = m_browser.imageBookmarks().pathAtIndex(selected);
+    m_tiler.tilePhotoFiles(ImageBrowserController::imagesPath(), photo, m_tileSheet->cellRows(),
+                           m_tileSheet->cellColumns());
+}
+
+void TileAndBlendActions::stitchLeftToRight()
+{
+    if (!m_browser.hasImages()) {
+        m_alerts.beep();
+        return;
+    }
+    startStitch(PhotoBlender::Arrangement::LeftToRight);
+}
+
+void TileAndBlendActions::stitchBottomToTop()
+{
+    if (!m_browser.hasImages()) {
+        m_alerts.beep();
+        return;
+    }
+    startStitch(PhotoBlender::Arrangement::BottomToTop);
+}
+
+void TileAndBlendActions::stitchSquare()
+{
+    const qsizetype n = std::min<qsizetype>(m_browser.count(), 16);
+    if (n == 0) {
+        m_alerts.beep();
+        return;
+    }
+    if (n < 4) {
+        AlertPresenter::Alert alert;
+        alert.messageText = QStringLiteral("There must be enough images to make a perfect square.");
+        alert.informativeText = QStringLiteral("4 = 2x2, 9 = 3x3 or 16 = 4x4");
+        alert.style = AlertPresenter::Style::Critical;
+        m_alerts.presentAlert(alert, {});
+        return;
+    }
+    startStitch(PhotoBlender::Arrangement::Square);
+}
+
+bool TileAndBlendActions::stitchNamed(const QString &name)
+{
+    if (name == QLatin1String("left-to-right"))
+        stitchLeftToRight();
+    else if (name == QLatin1String("bottom-to-top"))
+        stitchBottomToTop();
+    else if (name == QLatin1String("square"))
+        stitchSquare();
+    else
+        return false;
+    return true;
+}
+
+void TileAndBlendActions::startStitch(PhotoBlender::Arrangement arrangement)
+{
+    QStringList files = m_browser.images();
+    if (arrangement == PhotoBlender::Arrangement::Square)
+        files = files.mid(0, 16);
+    m_filesToStitch = files;
+    m_progressSheet->prepareForStitch();
+    m_progressSheet->open();
+
+    const Preferences prefs(m_defaults);
+    PhotoBlender::Options options;
+    options.blendingMarginWidth = m_defaults.hasObject(Preferences::BlendingMarginWidth)
+        ? int(prefs.blendingMarginWidth()) : 50;
+    options.inputImageScaling = m_defaults.hasObject(Preferences::InputImageScaling)
+        ? int(prefs.inputImageScaling()) : 100;
+    // Uniform cropping is part of the blend: the photos are brought to one size as they are
+    // read, with no copies written.
+    options.uniformSize = !prefs.uniformlyCrop() ? PhotoBlender::UniformSize::None
+        : prefs.uniformlyCropFit()               ? PhotoBlender::UniformSize::Fit
+                                                 : PhotoBlender::UniformSize::Crop;
+    options.megapixelLimit = prefs.megapixelLimit() ? PhotoBlender::kMegapixelLimit : 0.0;
+    qCInfo(lcTessary, "Blending %lld photos", static_cast<long long>(files.size()));
+    m_blendJob.start([files, arrangement, options](BackgroundJob::Control &control) {
+        PhotoBlender::Progress progress;
+        progress.message = [&control](const QString &m) { control.setMessage(m); };
+        progress.fraction = [&control](double f) { control.setProgress(f); };
+        progress.image = [&control](const QImage &preview) { control.post(preview); };
+        progress.canceled = [&control] { return control.isCanceled(); };
+        return QVariant(PhotoBlender::blend(files, arrangement, options, progress).picture);
+    });
+}
+
+void TileAndBlendActions::abortStitch()
+{
+    m_blendJob.cancel();
+    m_progressSheet->endSheet();
+}
+
+void TileAndBlendActions::uniformlyCropImages()
+{
+    const Preferences prefs(m_defaults);
+    m_filesToStitch = UniformCropper::uniformlyCropImages(m_filesToStitch, prefs.uniformlyCrop(),
+                                                          prefs.uniformlyCropFit(), m_temporaryFolder);
+}
+
+QImage TileAndBlendActions::insetForBlender(const QImage &image)
+{
+    const Preferences prefs(m_defaults);
+    m_blendMatchingMargin = int(std::trunc(prefs.matchingMarginWidth()));
+    m_blendBackgroundColor = m_backgroundColor;
+    if (m_blendMatchingMargin < 2 || image.isNull())
+        return image;
+    return UIImage(image)
+        .imageWithInsetContent(m_blendMatchingMargin / 2, prefs.megapixelLimit(), m_blendBackgroundColor,
+                               prefs.insetByCropping())
+        .bestRepresentation();
+}

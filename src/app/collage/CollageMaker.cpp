@@ -1,0 +1,91 @@
+#include "app/collage/CollageMaker.h"
+
+#include "app/collage/PleaseWaitWindow.h"
+#include "foundation/Log.h"
+#include "foundation/Preferences.h"
+#include "model/PhotoSharpness.h"
+#include "model/RenderScale.h"
+#include "app/collage/TessaryView.h"
+
+#include <QPromise>
+#include <QTimer>
+#include <QtConcurrent/QtConcurrentRun>
+
+CollageMaker::CollageMaker(TessaryView &view, UserDefaults &defaults, PleaseWaitWindow &pleaseWait, QObject *parent)
+    : QObject(parent)
+    , m_view(view)
+    , m_defaults(defaults)
+    , m_pleaseWait(pleaseWait)
+    , m_renderer([](const CollageLayout &layout, qint64 scale, const CollageRenderer::Options &options) {
+        return CollageRenderer::renderScaled(layout, scale, options);
+    })
+{
+    m_pool.setMaxThreadCount(1);
+    connect(&m_watcher, &QFutureWatcher<Rendered>::progressValueChanged, this,
+            [this](int done) { m_pleaseWait.setProgress(done, m_watcher.progressMaximum()); });
+    connect(&m_watcher, &QFutureWatcher<Rendered>::finished, this, [this] {
+        const Rendered rendered = m_watcher.future().resultCount() > 0 ? m_watcher.result() : Rendered();
+        m_pleaseWait.hidePleaseWaitWindow();
+        m_busy = false;
+        emit finished();
+        if (!rendered.image.isNull()) {
+            m_madeLayout = m_rendering;
+            m_madeOptions = m_renderingOptions;
+            emit collageReady(rendered.image, rendered.sharpest);
+        }
+        if (!rendered.unreadable.isEmpty())
+            emit photosLeftEmpty(rendered.unreadable);
+    });
+}
+
+CollageMaker::~CollageMaker()
+{
+    m_canceled->store(true);
+    m_watcher.waitForFinished();
+}
+
+void CollageMaker::imageCollage()
+{
+    if (m_busy)
+        return;
+    m_busy = true;
+    m_pleaseWait.showPleaseWaitWindow();
+    emit started();
+    // One full second, so that the please-wait window and its spinner are on screen first.
+    QTimer::singleShot(m_delayMs, this, &CollageMaker::render);
+}
+
+void CollageMaker::render()
+{
+    // Everything the worker needs, copied now: it never reads a widget.
+    const CollageLayout layout = m_view.currentLayout();
+    CollageRenderer::Options options;
+    options.background = m_view.tessaryBackgroundColor();
+    options.renderEmptyTiles = Preferences(m_defaults).renderEmptyTiles();
+    const Renderer renderer = m_renderer;
+    const auto canceled = m_canceled;
+    options.cancelled = [canceled] { return canceled->load(); };
+    m_rendering = layout;
+    m_renderingOptions = options;
+
+    m_watcher.setFuture(QtConcurrent::run(&m_pool, [layout, options, renderer](QPromise<Rendered> &promise) mutable {
+        const qint64 scale = RenderScale::scaleFactor(RenderScale::freeMemoryMB(), layout.contentSize,
+                                                      RenderScale::largestScaleFactor(layout));
+        promise.setProgressRange(0, int(layout.tiles.size()));
+        options.progress = [&promise](int done, int total) {
+            promise.setProgressRange(0, total);
+            promise.setProgressValue(done);
+        };
+        const CollageRenderer::Result result = renderer(layout, scale, options);
+        for (const QString &warning : result.warnings)
+            qCInfo(lcTessary, "%s", qUtf8Printable(warning));
+        if (!result.ok() && !result.error.isEmpty())
+            qCInfo(lcTessary, "%s", qUtf8Printable(result.error));
+        Rendered rendered;
+        rendered.image = result.image;
+        rendered.unreadable = result.unreadable;
+        if (!rendered.image.isNull())
+            rendered.sharpest = PhotoSharpness::sharpest(layout, scale);
+        promise.addResult(rendered);
+    }));
+}

@@ -1,0 +1,253 @@
+#include "app/photos/ImageBrowserModel.h"
+
+#include "photos/ImageBookmarks.h"
+#include "photos/ImageBrowserController.h"
+#include "photos/ImageCache.h"
+#include "photos/ImageCacheLoader.h"
+
+#include <QFileInfo>
+#include <QFutureWatcher>
+#include <QtConcurrent/QtConcurrentRun>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kThumbnailBudgetKilobytes = 128 * 1024;
+
+QImage scaledThumbnail(const QImage &image)
+{
+    const int side = ImageBrowserModel::kThumbnailSide;
+    if (image.width() <= side && image.height() <= side)
+        return image;
+    return image.scaled(side, side, Qt::KeepAspectRatio, Qt::SmoothTransformation);
+}
+
+} // namespace
+
+ImageBrowserModel::Change ImageBrowserModel::changeBetween(const QStringList &before, const QStringList &after)
+{
+    const int n = int(before.size());
+    const int m = int(after.size());
+    int prefix = 0;
+    while (prefix < n && prefix < m && before[prefix] == after[prefix])
+        ++prefix;
+    int suffix = 0;
+    while (suffix < n - prefix && suffix < m - prefix && before[n - 1 - suffix] == after[m - 1 - suffix])
+        ++suffix;
+    const int removed = n - prefix - suffix; // rows of `before` that differ
+    const int added = m - prefix - suffix;   // rows of `after` that differ
+    if (removed == 0 && added == 0)
+        return {};
+    if (removed == 0)
+        return {Change::Insert, prefix, prefix + added - 1};
+    if (added == 0)
+        return {Change::Remove, prefix, prefix + removed - 1};
+    if (removed != added)
+        return {Change::Reset};
+    const int last = prefix + removed - 1;
+    if (removed >= 2) {
+        // One row taken out and put back elsewhere: the rest keep their order, shifted by one.
+        const auto b = before.begin(), a = after.begin();
+        if (after[last] == before[prefix] && std::equal(b + prefix + 1, b + last + 1, a + prefix))
+            return {Change::Move, prefix, last + 1};
+        if (after[prefix] == before[last] && std::equal(b + prefix, b + last, a + prefix + 1))
+            return {Change::Move, last, prefix};
+    }
+    // Same number of rows, other photos in some of them (a swap, a replacement).
+    return {Change::Update, prefix, last};
+}
+
+ImageBrowserModel::ImageBrowserModel(ImageBrowserController &controller, ImageCacheLoader &loader, QObject *parent)
+    : QAbstractListModel(parent)
+    , m_controller(controller)
+    , m_loader(loader)
+    , m_paths(controller.images())
+    , m_thumbnails(kThumbnailBudgetKilobytes)
+{
+    m_requestTimer.setSingleShot(true);
+    m_requestTimer.setInterval(kRequestDelayMilliseconds);
+    connect(&m_requestTimer, &QTimer::timeout, this, &ImageBrowserModel::requestWanted);
+    connect(&m_loader, &ImageCacheLoader::imageReady, this, &ImageBrowserModel::imageArrived);
+    connect(&m_loader, &ImageCacheLoader::imageFailed, this, &ImageBrowserModel::imageFailed);
+    connect(&m_controller, &ImageBrowserController::photoChanged, this, &ImageBrowserModel::photoChanged);
+}
+
+void ImageBrowserModel::photoChanged(const QString &path)
+{
+    m_thumbnails.remove(path);
+    m_failed.remove(path);
+    m_waiting.remove(path);
+    rowsOfPathChanged(path);
+}
+
+int ImageBrowserModel::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_paths.size());
+}
+
+Qt::ItemFlags ImageBrowserModel::flags(const QModelIndex &index) const
+{
+    if (!index.isValid())
+        return Qt::ItemIsDropEnabled;
+    return Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsDragEnabled | Qt::ItemIsDropEnabled;
+}
+
+QVariant ImageBrowserModel::data(const QModelIndex &index, int role) const
+{
+    const int row = index.row();
+    if (!index.isValid() || row < 0 || row >= m_paths.size())
+        return {};
+    const QString &path = m_paths[row];
+    switch (role) {
+    case Qt::DisplayRole:
+        return QString::number(row + 1);
+    case Qt::ToolTipRole: {
+        // The name, and for a photo that cannot be read, why.
+        const QString name = path.isEmpty() ? QString::number(row + 1) : QFileInfo(path).fileName();
+        const QString reason = m_failed.contains(path) ? m_loader.cache().failureReason(path) : QString();
+        return reason.isEmpty() ? name : QStringLiteral("%1\n%2").arg(name, reason);
+    }
+    case TitleRole:
+        return path.isEmpty() ? QString::number(row + 1) : m_controller.imageBookmarks().titleForPath(path);
+    case PathRole:
+        return path;
+    case Qt::DecorationRole:
+        return thumbnail(row);
+    case ThumbnailStateRole:
+        if (m_failed.contains(path))
+            return ThumbnailFailed;
+        return m_thumbnails.contains(path) ? ThumbnailReady : ThumbnailLoading;
+    default:
+        return {};
+    }
+}
+
+QPixmap ImageBrowserModel::thumbnail(int row) const
+{
+    const QString path = m_paths.value(row);
+    if (path.isEmpty() || m_failed.contains(path))
+        return {};
+    if (const QPixmap *pixmap = m_thumbnails.object(path))
+        return *pixmap;
+    if (m_scaling.contains(path) || m_waiting.contains(path))
+        return {};
+    // What the cache holds is scaled at once; a decoding waits until the row stayed in view.
+    if (const std::optional<UIImage> image = m_loader.cache().cachedImageForPath(path)) {
+        scale(path, image->bestRepresentation());
+    } else {
+        // Each row that comes into view starts the wait again: a scroll in progress asks for
+        // nothing, repainting the same rows does not hold the request back.
+        if (!m_wantedRows.contains(row)) {
+            m_wantedRows.insert(row);
+            m_requestTimer.start();
+        }
+    }
+    return {};
+}
+
+void ImageBrowserModel::requestWanted()
+{
+    const QSet<int> rows = std::exchange(m_wantedRows, {});
+    for (int row : rows) {
+        const QString path = m_paths.value(row);
+        if (path.isEmpty() || m_waiting.contains(path) || m_scaling.contains(path) || m_thumbnails.contains(path) ||
+            m_failed.contains(path) || (m_isRowVisible && !m_isRowVisible(row)))
+            continue;
+        if (m_loader.cache().hasFailedUnchanged(path)) {
+            imageFailed(path);
+        } else if (const std::optional<UIImage> image = m_loader.imageForPath(path)) {
+            scale(path, image->bestRepresentation());
+        } else {
+            m_waiting.insert(path); // the loader is decoding it: imageArrived follows
+        }
+    }
+}
+
+void ImageBrowserModel::scale(const QString &path, const QImage &image) const
+{
+    m_scaling.insert(path);
+    auto *watcher = new QFutureWatcher<QImage>(const_cast<ImageBrowserModel *>(this));
+    connect(watcher, &QFutureWatcher<QImage>::finished, this, [this, watcher, path] {
+        watcher->deleteLater();
+        const_cast<ImageBrowserModel *>(this)->thumbnailScaled(path, watcher->result());
+    });
+    watcher->setFuture(QtConcurrent::run(&scaledThumbnail, image));
+}
+
+void ImageBrowserModel::thumbnailScaled(const QString &path, const QImage &thumbnail)
+{
+    m_scaling.remove(path);
+    if (thumbnail.isNull()) {
+        m_failed.insert(path);
+    } else {
+        auto *pixmap = new QPixmap(QPixmap::fromImage(thumbnail));
+        const qint64 kilobytes = std::max<qint64>(1, qint64(pixmap->width()) * pixmap->height() * 4 / 1024);
+        m_thumbnails.insert(path, pixmap, kilobytes);
+    }
+    rowsOfPathChanged(path);
+}
+
+void ImageBrowserModel::imageArrived(const QString &path)
+{
+    // Also a rebuilt copy of a changed file: its old thumbnail goes.
+    const bool wanted = m_waiting.remove(path) || m_thumbnails.remove(path);
+    m_failed.remove(path);
+    if (wanted && m_paths.contains(path))
+        rowsOfPathChanged(path); // painted again, the row asks for its thumbnail
+}
+
+void ImageBrowserModel::imageFailed(const QString &path)
+{
+    m_waiting.remove(path);
+    m_thumbnails.remove(path);
+    m_failed.insert(path);
+    rowsOfPathChanged(path);
+}
+
+void ImageBrowserModel::rowsOfPathChanged(const QString &path)
+{
+    for (int row = 0; row < m_paths.size(); ++row) {
+        if (m_paths[row] == path)
+            emit dataChanged(index(row), index(row), {Qt::DecorationRole, ThumbnailStateRole});
+    }
+}
+
+void ImageBrowserModel::sync()
+{
+    const QStringList next = m_controller.images();
+    const Change change = changeBetween(m_paths, next);
+    switch (change.kind) {
+    case Change::None:
+        return;
+    case Change::Insert:
+        beginInsertRows({}, change.first, change.last);
+        m_paths = next;
+        endInsertRows();
+        break;
+    case Change::Remove:
+        beginRemoveRows({}, change.first, change.last);
+        m_paths = next;
+        endRemoveRows();
+        break;
+    case Change::Move:
+        beginMoveRows({}, change.first, change.first, {}, change.last);
+        m_paths = next;
+        endMoveRows();
+        break;
+    case Change::Update:
+        m_paths = next;
+        emit dataChanged(index(change.first), index(change.last));
+        return;
+    case Change::Reset:
+        emit aboutToReset();
+        beginResetModel();
+        m_paths = next;
+        endResetModel();
+        emit didReset();
+        return;
+    }
+    // The numbers of the rows after the change are new.
+    if (!m_paths.isEmpty())
+        emit dataChanged(index(0), index(int(m_paths.size()) - 1), {Qt::DisplayRole});
+}

@@ -1,0 +1,325 @@
+#include "app/result/ResultOutputs.h"
+
+#include "app/CompletionSound.h"
+#include "app/result/ResultSaveDialog.h"
+#include "app/result/ResultWindow.h"
+#include "foundation/AtomicFileWriter.h"
+#include "foundation/Log.h"
+#include "foundation/MimeHandlers.h"
+#include "foundation/Preferences.h"
+#include "photos/ImageBrowserController.h"
+#include "output/ResultFormat.h"
+#include "output/ParallelPngWriter.h"
+
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QFutureWatcher>
+#include <QGuiApplication>
+#include <QMimeData>
+#include <QMimeDatabase>
+#include <QPromise>
+#include <QStatusBar>
+#include <QtConcurrent/QtConcurrentRun>
+
+ResultOutputs::ResultOutputs(ResultWindow &window, ImageBrowserController &browser, UserDefaults &defaults,
+                             CompletionSound *sound, const QString &defaultImage, QObject *parent)
+    : QObject(parent)
+    , m_window(window)
+    , m_browser(browser)
+    , m_defaults(defaults)
+    , m_sound(sound)
+    , m_defaultImage(defaultImage)
+    , m_temporaryFolder(QDir::tempPath())
+    , m_opener([](const QUrl &url) {
+        const QString type = QMimeDatabase().mimeTypeForFile(url.toLocalFile()).name();
+        return MimeHandlers::hasHandler(type) && QDesktopServices::openUrl(url);
+    })
+{
+    m_pool.setMaxThreadCount(2);
+    m_alerts.setParentWindow(&m_window);
+}
+
+ResultOutputs::~ResultOutputs()
+{
+    // Writes under way finish before the objects they report to go.
+    for (auto *watcher : findChildren<QFutureWatcherBase *>())
+        watcher->waitForFinished();
+    for (const QString &path : std::as_const(m_temporaryFiles))
+        QFile::remove(path);
+}
+
+void ResultOutputs::run(const QString &text, Job job, std::function<void(const Outcome &)> done)
+{
+    auto *watcher = new QFutureWatcher<Outcome>(this);
+    const bool shown = !text.isEmpty();
+    if (shown) {
+        ++m_running;
+        m_window.beginWork(text);
+        connect(watcher, &QFutureWatcher<Outcome>::progressValueChanged, this,
+                [this, watcher](int value) { m_window.setWorkProgress(value, watcher->progressMaximum()); });
+    }
+    connect(watcher, &QFutureWatcher<Outcome>::finished, this, [this, watcher, shown, done] {
+        const Outcome outcome = watcher->future().resultCount() > 0 ? watcher->result() : Outcome();
+        watcher->deleteLater();
+        if (shown && --m_running == 0)
+            m_window.endWork(QString()); // a failure is told in an alert by `done`
+        done(outcome);
+    });
+    watcher->setFuture(QtConcurrent::run(&m_pool, [job](QPromise<Outcome> &promise) {
+        promise.setProgressRange(0, 100);
+        promise.addResult(job([&promise](int value, int total) {
+            promise.setProgressValue(total > 0 ? value * 100 / total : 0);
+        }));
+    }));
+}
+
+bool ResultOutputs::autoOpen() const
+{
+    return Preferences(m_defaults).autoOpenStitchedImageFile();
+}
+
+void ResultOutputs::tell(const QString &message, const QString &reason)
+{
+    AlertPresenter::Alert alert;
+    alert.messageText = message;
+    alert.informativeText = reason;
+    alert.style = AlertPresenter::Style::Warning;
+    m_alerts.beep();
+    m_alerts.presentAlert(alert, {});
+}
+
+bool ResultOutputs::openFile(const QString &path)
+{
+    if (m_opener && m_opener(QUrl::fromLocalFile(path)))
+        return true;
+    tell(tr("No program is set up to open %1 files.").arg(QFileInfo(path).suffix().toUpper()),
+         tr("Choose a program for them in your desktop's settings, then try again."));
+    return false;
+}
+
+void ResultOutputs::openTemporary(const QString &path)
+{
+    if (openFile(path)) {
+        // The viewer may still be reading it: it goes at quit.
+        m_temporaryFiles << path;
+        emit opened(path);
+    } else {
+        QFile::remove(path);
+    }
+}
+
+void ResultOutputs::save()
+{
+    if (m_window.image().isNull() || m_saveDialog)
+        return;
+    const QStringList photos = m_browser.images();
+    const QString reference = photos.isEmpty() ? m_defaultImage : photos.first();
+    const QByteArray format = ResultFormat::startingFormat(reference);
+    if (format.isEmpty())
+        return; // no reference picture: no dialog, as with no type to start from
+    const QImage image = m_window.image();
+    m_saveDialog = new ResultSaveDialog(&m_window, m_defaults, format, image.size(), m_window.sharpest());
+    connect(m_saveDialog, &SaveFileDialog::targetChosen, this, [this](const QString &path) {
+        saveImageToPath(path, m_saveDialog->settings());
+    });
+    m_saveDialog->open();
+}
+
+void ResultOutputs::saveImageToPath(const QString &path, const ResultEncoder::Settings &settings)
+{
+    const QImage image = m_window.image();
+    if (image.isNull() || path.isEmpty())
+        return;
+    run(tr("Saving %1…").arg(QFileInfo(path).fileName()),
+        [image, path, settings](const ResultEncoder::Progress &progress) {
+            Outcome o;
+            o.path = path;
+            o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, progress);
+            return o;
+        },
+        [this](const Outcome &o) {
+            if (o.ok) {
+                m_window.statusBar()->showMessage(tr("Saved %1").arg(QDir::toNativeSeparators(o.path)), 6000);
+                if (autoOpen())
+                    openFile(o.path);
+            } else {
+                tell(tr("“%1” could not be saved.").arg(QFileInfo(o.path).fileName()), o.error);
+            }
+            emit saved(o.path, o.ok);
+        });
+}
+
+void ResultOutputs::saveImage(const QImage &image)
+{
+    if (image.isNull() || m_tiffDialog)
+        return;
+    auto *dialog = new SaveFileDialog(&m_window, tr("Save as TIFF"), &m_defaults);
+    m_tiffDialog = dialog;
+    dialog->setObjectName(QStringLiteral("tiffSaveDialog"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->startInLastSaveFolder(QDir::homePath());
+    dialog->setNameFilter(ResultFormat::nameFilter("tiff"));
+    // Qt adds "tif" to a name without an extension, and the question is about that name.
+    dialog->setDefaultSuffix(QStringLiteral("tif"));
+    dialog->selectFile(QStringLiteral("Untitled.tif"));
+    connect(dialog, &SaveFileDialog::targetChosen, this, [this, image](const QString &path) {
+        ResultEncoder::Settings settings;
+        settings.format = "tiff";
+        settings.tiffCompression = 0;
+        run(tr("Saving %1…").arg(QFileInfo(path).fileName()),
+            [image, path, settings](const ResultEncoder::Progress &progress) {
+                Outcome o;
+                o.path = path;
+                o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, progress);
+                return o;
+            },
+            [this](const Outcome &o) {
+                if (o.ok && autoOpen())
+                    openFile(o.path);
+                if (!o.ok)
+                    tell(tr("“%1” could not be saved.").arg(QFileInfo(o.path).fileName()), o.error);
+                emit saved(o.path, o.ok);
+            });
+    });
+    m_tiffDialog->open();
+}
+
+void ResultOutputs::setClipboard(const QImage &image, const Outcome &encoded)
+{
+    // Programs that paste pictures on Linux ask for PNG; the LZW TIFF and Qt's own image data
+    // are there too for those that ask for them.
+    auto *data = new QMimeData;
+    data->setData(QStringLiteral("image/png"), encoded.png);
+    data->setData(QStringLiteral("image/tiff"), encoded.tiff);
+    data->setImageData(image);
+    QGuiApplication::clipboard()->setMimeData(data);
+}
+
+void ResultOutputs::putImageOnClipboard()
+{
+    const QImage image = m_window.image();
+    if (image.isNull())
+        return;
+    run(tr("Copying…"),
+        [image](const ResultEncoder::Progress &progress) {
+            Outcome o;
+            o.png = ResultEncoder::png(image);
+            progress(1, 2);
+            o.tiff = ResultEncoder::lzwTiff(image);
+            progress(2, 2);
+            o.ok = !o.png.isEmpty() && !o.tiff.isEmpty();
+            if (!o.ok)
+                o.error = QStringLiteral("The picture could not be encoded.");
+            return o;
+        },
+        [this, image](const Outcome &o) {
+            if (!o.ok) {
+                tell(tr("The collage could not be copied."), o.error);
+                return;
+            }
+            setClipboard(image, o);
+            if (m_sound)
+                m_sound->play();
+            emit copied();
+        });
+}
+
+void ResultOutputs::openResultInPreview()
+{
+    const QImage image = m_window.image();
+    if (image.isNull())
+        return;
+    const QString path = ResultFormat::temporaryPngPath(m_temporaryFolder);
+    run(tr("Preparing the viewer…"),
+        [image, path](const ResultEncoder::Progress &progress) {
+            Outcome o;
+            o.path = path;
+            o.ok = ResultEncoder::writeFile(image, path, ResultEncoder::Settings(), &o.error, progress);
+            return o;
+        },
+        [this](const Outcome &o) {
+            if (!o.ok) {
+                tell(tr("The collage could not be opened in a viewer."), o.error);
+                return;
+            }
+            openTemporary(o.path);
+        });
+}
+
+void ResultOutputs::putImageOnClipboardAndOpenInPreview()
+{
+    const QImage image = m_window.image();
+    if (image.isNull())
+        return;
+    const QString path = ResultFormat::temporaryPngPath(m_temporaryFolder);
+    run(tr("Copying and opening…"),
+        [image, path](const ResultEncoder::Progress &progress) {
+            Outcome o;
+            o.path = path;
+            o.png = ResultEncoder::png(image);
+            progress(1, 3);
+            o.tiff = ResultEncoder::lzwTiff(image);
+            progress(2, 3);
+            o.ok = !o.tiff.isEmpty() && !o.png.isEmpty() && AtomicFileWriter::write(path, o.png, &o.error);
+            progress(3, 3);
+            return o;
+        },
+        [this, image](const Outcome &o) {
+            if (!o.ok) {
+                tell(tr("The collage could not be copied and opened."), o.error);
+                return;
+            }
+            setClipboard(image, o);
+            emit copied();
+            openTemporary(o.path);
+            if (m_sound)
+                m_sound->play();
+        });
+}
+
+void ResultOutputs::insertResult()
+{
+    const QString folder = ImageBrowserController::imagesPath();
+    const QImage image = m_window.image();
+    if (folder.isEmpty() || image.isNull())
+        return;
+    const QString path = QDir(folder).filePath(ResultFormat::uuidPngName());
+    run(tr("Adding to the photos…"),
+        [image, path](const ResultEncoder::Progress &progress) {
+            Outcome o;
+            o.path = path;
+            o.ok = ResultEncoder::writeFile(image, path, ResultEncoder::Settings(), &o.error, progress);
+            return o;
+        },
+        [this](const Outcome &o) {
+            if (!o.ok) {
+                tell(tr("The collage could not be added to the photos."), o.error);
+                return;
+            }
+            m_browser.insertImage(o.path, 0);
+            emit inserted(o.path);
+        });
+}
+
+void ResultOutputs::writePendingOutput(const QImage &image, const QString &path)
+{
+    if (image.isNull() || path.isEmpty())
+        return;
+    run(QString(),
+        [image, path](const ResultEncoder::Progress &) {
+            Outcome o;
+            o.path = path;
+            ResultEncoder::Settings settings;
+            settings.format = "tiff";
+            settings.tiffCompression = 1;
+            o.ok = ResultEncoder::writeFile(image, path, settings, &o.error);
+            if (!o.ok)
+                qCWarning(lcTessary, "The result could not be written to %s: %s", qUtf8Printable(path),
+                          qUtf8Printable(o.error));
+            return o;
+        },
+        [this](const Outcome &o) { emit pendingOutputWritten(o.path, o.ok); });
+}

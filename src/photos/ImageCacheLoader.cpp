@@ -1,0 +1,120 @@
+#include "photos/ImageCacheLoader.h"
+
+#include "foundation/Log.h"
+#include "foundation/Preferences.h"
+#include "foundation/UserDefaults.h"
+#include "photos/ImageCache.h"
+
+#include <QFutureWatcher>
+#include <QThreadPool>
+#include <QtConcurrent/QtConcurrentRun>
+
+using Watcher = QFutureWatcher<ImageCache::Entry>;
+
+ImageCacheLoader::ImageCacheLoader(ImageCache &cache, QThreadPool *pool, QObject *parent)
+    : QObject(parent)
+    , m_cache(cache)
+    , m_ownPool(pool ? nullptr : std::make_unique<QThreadPool>())
+    , m_pool(pool ? pool : m_ownPool.get())
+{
+}
+
+ImageCacheLoader::~ImageCacheLoader()
+{
+    // The decodings hold nothing of ours but their path: wait so none outlives the cache.
+    for (QObject *object : std::as_const(m_loading))
+        static_cast<Watcher *>(object)->waitForFinished();
+}
+
+std::optional<UIImage> ImageCacheLoader::imageForPath(const QString &path)
+{
+    if (std::optional<UIImage> cached = m_cache.cachedImageForPath(path))
+        return cached;
+    start(path);
+    return std::nullopt;
+}
+
+void ImageCacheLoader::request(const QStringList &paths)
+{
+    for (const QString &path : paths) {
+        if (!m_cache.contains(path))
+            start(path);
+    }
+}
+
+void ImageCacheLoader::start(const QString &path)
+{
+    if (path.isEmpty() || m_loading.contains(path) || m_cache.hasFailedUnchanged(path))
+        return;
+    launch(path, [path] { return ImageCache::makeEntry(path); });
+}
+
+void ImageCacheLoader::restoreFromUserDefaults(const UserDefaults &defaults)
+{
+    m_cache.clear();
+    qCInfo(lcTessary, "Restoring image cache...");
+    const QList<ImageCache::StoredEntry> stored =
+        ImageCache::storedEntries(defaults.dictionaryForKey(Preferences::ImageCache));
+    for (const ImageCache::StoredEntry &entry : stored) {
+        if (m_loading.contains(entry.path))
+            continue;
+        m_restoring.insert(entry.path);
+        launch(entry.path, [entry] { return ImageCache::entryFromStored(entry); });
+    }
+    if (m_restoring.isEmpty())
+        qCInfo(lcTessary, "Finished restoring image cache.");
+}
+
+template <typename Make>
+void ImageCacheLoader::launch(const QString &path, Make make)
+{
+    auto *watcher = new Watcher(this);
+    m_loading.insert(path, watcher);
+    connect(watcher, &Watcher::finished, this, [this, watcher, path] {
+        // A decoding that waitForAll already took in has no watcher entry any more.
+        if (m_loading.value(path) != watcher)
+            return;
+        m_loading.remove(path);
+        watcher->deleteLater();
+        take(path, watcher->result());
+        if (m_loading.isEmpty())
+            emit idle();
+    });
+    watcher->setFuture(QtConcurrent::run(m_pool, std::move(make)));
+}
+
+void ImageCacheLoader::take(const QString &path, const ImageCache::Entry &entry)
+{
+    if (m_restoring.remove(path)) {
+        if (m_restoring.isEmpty())
+            qCInfo(lcTessary, "Finished restoring image cache.");
+        if (!entry.image.isValid()) {
+            start(path); // the stored copy is no picture: make it again from the file
+            return;
+        }
+    }
+    m_cache.insertEntry(path, entry);
+    if (m_cache.contains(path))
+        emit imageReady(path);
+    else
+        emit imageFailed(path);
+}
+
+void ImageCacheLoader::waitForAll()
+{
+    bool tookAny = false;
+    // Taking a stored copy that no longer decodes starts its file's decoding: wait for that too.
+    while (!m_loading.isEmpty()) {
+        const auto loading = m_loading;
+        m_loading.clear();
+        for (auto it = loading.constBegin(); it != loading.constEnd(); ++it) {
+            auto *watcher = static_cast<Watcher *>(it.value());
+            watcher->waitForFinished();
+            watcher->deleteLater();
+            take(it.key(), watcher->result());
+        }
+        tookAny = true;
+    }
+    if (tookAny)
+        emit idle();
+}
