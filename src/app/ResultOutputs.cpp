@@ -40,11 +40,15 @@ ResultOutputs::ResultOutputs(ResultWindow &window, ImageBrowserController &brows
 {
     m_pool.setMaxThreadCount(2);
     m_alerts.setParentWindow(&m_window);
+    // Quitting gives up the writes under way rather than waiting for them.
+    if (QCoreApplication *app = QCoreApplication::instance())
+        connect(app, &QCoreApplication::aboutToQuit, this, &ResultOutputs::cancelAll);
 }
 
 ResultOutputs::~ResultOutputs()
 {
-    // Writes under way finish before the objects they report to go.
+    cancelAll();
+    // Writes under way stop (soon, leaving no file) before the objects they report to go.
     for (auto *watcher : findChildren<QFutureWatcherBase *>())
         watcher->waitForFinished();
     for (const QString &path : std::as_const(m_temporaryFiles))
@@ -74,6 +78,11 @@ void ResultOutputs::run(const QString &text, Job job, std::function<void(const O
             promise.setProgressValue(total > 0 ? value * 100 / total : 0);
         }));
     }));
+}
+
+void ResultOutputs::cancelAll()
+{
+    m_canceled->store(true);
 }
 
 bool ResultOutputs::autoOpen() const
@@ -133,11 +142,12 @@ void ResultOutputs::saveImageToPath(const QString &path, const ResultEncoder::Se
     const QImage image = m_window.image();
     if (image.isNull() || path.isEmpty())
         return;
+    qCInfo(lcTessary, "Saving the result to %s", qUtf8Printable(path));
     run(tr("Saving %1…").arg(QFileInfo(path).fileName()),
-        [image, path, settings](const ResultEncoder::Progress &progress) {
+        [image, path, settings, canceled = canceled()](const ResultEncoder::Progress &progress) {
             Outcome o;
             o.path = path;
-            o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, progress);
+            o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, progress, canceled);
             return o;
         },
         [this](const Outcome &o) {
@@ -170,10 +180,10 @@ void ResultOutputs::saveImage(const QImage &image)
         settings.format = "tiff";
         settings.tiffCompression = 0;
         run(tr("Saving %1…").arg(QFileInfo(path).fileName()),
-            [image, path, settings](const ResultEncoder::Progress &progress) {
+            [image, path, settings, canceled = canceled()](const ResultEncoder::Progress &progress) {
                 Outcome o;
                 o.path = path;
-                o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, progress);
+                o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, progress, canceled);
                 return o;
             },
             [this](const Outcome &o) {
@@ -204,11 +214,11 @@ void ResultOutputs::putImageOnClipboard()
     if (image.isNull())
         return;
     run(tr("Copying…"),
-        [image](const ResultEncoder::Progress &progress) {
+        [image, canceled = canceled()](const ResultEncoder::Progress &progress) {
             Outcome o;
-            o.png = ResultEncoder::png(image);
+            o.png = ResultEncoder::png(image, canceled);
             progress(1, 2);
-            o.tiff = ResultEncoder::lzwTiff(image);
+            o.tiff = ResultEncoder::lzwTiff(image, canceled);
             progress(2, 2);
             o.ok = !o.png.isEmpty() && !o.tiff.isEmpty();
             if (!o.ok)
@@ -234,10 +244,10 @@ void ResultOutputs::openResultInPreview()
         return;
     const QString path = ResultFormat::temporaryPngPath(m_temporaryFolder);
     run(tr("Preparing the viewer…"),
-        [image, path](const ResultEncoder::Progress &progress) {
+        [image, path, canceled = canceled()](const ResultEncoder::Progress &progress) {
             Outcome o;
             o.path = path;
-            o.ok = ResultEncoder::writeFile(image, path, ResultEncoder::Settings(), &o.error, progress);
+            o.ok = ResultEncoder::writeFile(image, path, ResultEncoder::Settings(), &o.error, progress, canceled);
             return o;
         },
         [this](const Outcome &o) {
@@ -256,14 +266,14 @@ void ResultOutputs::putImageOnClipboardAndOpenInPreview()
         return;
     const QString path = ResultFormat::temporaryPngPath(m_temporaryFolder);
     run(tr("Copying and opening…"),
-        [image, path](const ResultEncoder::Progress &progress) {
+        [image, path, canceled = canceled()](const ResultEncoder::Progress &progress) {
             Outcome o;
             o.path = path;
-            o.png = ResultEncoder::png(image);
+            o.png = ResultEncoder::png(image, canceled);
             progress(1, 3);
-            o.tiff = ResultEncoder::lzwTiff(image);
+            o.tiff = ResultEncoder::lzwTiff(image, canceled);
             progress(2, 3);
-            o.ok = !o.tiff.isEmpty() && !o.png.isEmpty() && AtomicFileWriter::write(path, o.png, &o.error);
+            o.ok = !o.tiff.isEmpty() && !o.png.isEmpty() && !canceled() && AtomicFileWriter::write(path, o.png, &o.error);
             progress(3, 3);
             return o;
         },
@@ -288,10 +298,10 @@ void ResultOutputs::insertResult()
         return;
     const QString path = QDir(folder).filePath(ResultFormat::uuidPngName());
     run(tr("Adding to the photos…"),
-        [image, path](const ResultEncoder::Progress &progress) {
+        [image, path, canceled = canceled()](const ResultEncoder::Progress &progress) {
             Outcome o;
             o.path = path;
-            o.ok = ResultEncoder::writeFile(image, path, ResultEncoder::Settings(), &o.error, progress);
+            o.ok = ResultEncoder::writeFile(image, path, ResultEncoder::Settings(), &o.error, progress, canceled);
             return o;
         },
         [this](const Outcome &o) {
@@ -308,15 +318,18 @@ void ResultOutputs::writePendingOutput(const QImage &image, const QString &path)
 {
     if (image.isNull() || path.isEmpty())
         return;
+    qCInfo(lcTessary, "Writing the result to %s", qUtf8Printable(path));
     run(QString(),
-        [image, path](const ResultEncoder::Progress &) {
+        [image, path, canceled = canceled()](const ResultEncoder::Progress &) {
             Outcome o;
             o.path = path;
             ResultEncoder::Settings settings;
             settings.format = "tiff";
             settings.tiffCompression = 1;
-            o.ok = ResultEncoder::writeFile(image, path, settings, &o.error);
-            if (!o.ok)
+            o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, {}, canceled);
+            if (!o.ok && canceled())
+                qCInfo(lcTessary, "The result was not written to %s: the program quit first", qUtf8Printable(path));
+            else if (!o.ok)
                 qCWarning(lcTessary, "The result could not be written to %s: %s", qUtf8Printable(path),
                           qUtf8Printable(o.error));
             return o;

@@ -12,7 +12,9 @@
 #include <QThreadPool>
 #include <QUrl>
 
+#include <atomic>
 #include <functional>
+#include <memory>
 
 class CompletionSound;
 class ImageBrowserController;
@@ -63,6 +65,10 @@ public slots:
     void insertResult();
     // Writes `image` to `path` as an LZW TIFF (the pending output path).
     void writePendingOutput(const QImage &image, const QString &path);
+    // Gives up every write and encode under way, for good (the program is quitting, and does
+    // so at once): no file is left of them, their answers never come. Also when the
+    // application is about to quit, and when this object goes.
+    void cancelAll();
 
 signals:
     void saved(const QString &path, bool ok);
@@ -83,6 +89,11 @@ public:
     using Job = std::function<Outcome(const ResultEncoder::Progress &progress)>;
     // Runs the job on a worker; `text` in the window's status bar while it runs (none: quietly).
     void run(const QString &text, Job job, std::function<void(const Outcome &)> done);
+    // What a job asks to learn that it is given up (cancelAll).
+    ResultEncoder::Canceled canceled() const
+    {
+        return [flag = m_canceled] { return flag->load(); };
+    }
 
 private:
     void setClipboard(const QImage &image, const Outcome &encoded);
@@ -108,4 +119,5 @@ private:
     // The encodes' own threads, apart from the global pool, which Qt's image conversions use
     // and wait for.
     QThreadPool m_pool;
+    std::shared_ptr<std::atomic<bool>> m_canceled = std::make_shared<std::atomic<bool>>(false);
 };

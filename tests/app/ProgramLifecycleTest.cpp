@@ -4,6 +4,7 @@
 #include "foundation/Preferences.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
@@ -11,6 +12,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <cstdio>
 
 namespace {
 
@@ -80,6 +82,162 @@ TEST_F(ProgramLifecycleTest, TerminationSignalsSaveLikeQuitEvenDuringABlend)
         EXPECT_EQ(tessary.exitStatus(), QProcess::NormalExit) << output.toStdString();
         EXPECT_EQ(tessary.exitCode(), 0) << output.toStdString();
         EXPECT_TRUE(output.contains("Finished saving image cache.")) << output.toStdString();
+
+        UserDefaults after(storePath());
+        EXPECT_TRUE(after.hasObject(Preferences::TessaryBackgroundColor));
+        EXPECT_TRUE(after.hasObject(Preferences::ImageBrowserSeletion));
+    }
+}
+
+// A virtual X server of the test's own (no window manager), and a person's keyboard and close
+// button on it (tool_x11_input).
+class XServer
+{
+public:
+    XServer()
+    {
+        const QString xvfb = QStandardPaths::findExecutable(QStringLiteral("Xvfb"));
+        if (xvfb.isEmpty() || !QFileInfo::exists(tool()))
+            return;
+        // The server picks a free display and says which on its standard output.
+        m_server.start(xvfb, {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-nolisten"),
+                              QStringLiteral("tcp"), QStringLiteral("-screen"), QStringLiteral("0"),
+                              QStringLiteral("1600x1000x24")});
+        if (!m_server.waitForStarted(10000))
+            return;
+        QByteArray number;
+        const bool told = QTest::qWaitFor([&] {
+            m_server.waitForReadyRead(100);
+            number += m_server.readAllStandardOutput();
+            return number.contains('\n');
+        }, 10000);
+        if (!told || number.trimmed().isEmpty())
+            return;
+        m_display = QStringLiteral(":") + QString::fromLatin1(number.trimmed());
+    }
+    ~XServer()
+    {
+        m_server.terminate();
+        m_server.waitForFinished(5000);
+    }
+    QString display() const { return m_display; }
+    // Ctrl+KEY typed into the shown window of that title ("ctrl+q"), or "close" (its close button).
+    bool act(const QString &title, const QString &action) const
+    {
+        return QProcess::execute(tool(), {m_display, title, action}) == 0;
+    }
+
+private:
+    static QString tool() { return QStringLiteral(TESSARY_BINARY_DIR "/bin/tool_x11_input"); }
+    QProcess m_server;
+    QString m_display;
+};
+
+// Quit (Ctrl+Q in the window in front), closing the main window and SIGTERM, each in the middle
+// of long work: the work is given up (the program's log says so), the program quits at once
+// with what Quit saves saved, and a result being written leaves no file, not even a part.
+// A blend's window cannot be closed under its progress sheet (closing the sheet is its Abort):
+// Quit is the way out there.
+TEST_F(ProgramLifecycleTest, QuitAndClosingTheWindowDuringLongWorkGiveItUp)
+{
+    XServer x;
+    if (x.display().isEmpty())
+        GTEST_SKIP() << "no Xvfb or no tool_x11_input";
+    // Grainy photos, slow enough to decode that a render or a blend of them takes a while.
+    QStringList photos;
+    for (int i = 0; i < 8; ++i) {
+        QImage photo(3000, 2000, QImage::Format_RGB32);
+        quint32 seed = 2654435761u * quint32(i + 1);
+        for (int y = 0; y < photo.height(); ++y) {
+            auto *line = reinterpret_cast<quint32 *>(photo.scanLine(y));
+            for (int x = 0; x < photo.width(); ++x) {
+                seed = seed * 1664525u + 1013904223u;
+                line[x] = 0xff000000u | (seed >> 8);
+            }
+        }
+        photos.append(dir.filePath(QStringLiteral("photo-%1.jpg").arg(i)));
+        ASSERT_TRUE(photo.save(photos.last(), "JPEG", 90));
+    }
+    const QString results = dir.filePath(QStringLiteral("results"));
+    ASSERT_TRUE(QDir().mkpath(results));
+    const QString result = QDir(results).filePath(QStringLiteral("blend.tif"));
+    defaults.reset(); // the program owns the store while it runs
+
+    const QStringList blend = QStringList{"--blend", "left-to-right"} + photos;
+    // Half of them: the picture is made sooner, and writing it still takes a while.
+    const QStringList save = QStringList{"--write-result", result, "--blend", "left-to-right"} + photos.mid(0, 4);
+    const struct {
+        const char *name;
+        QStringList arguments;
+        const char *running;  // logged once the work is under way
+        const char *window;   // the window acted on (none: SIGTERM)
+        const char *action;   // "ctrl+q" or "close"
+        const char *given;    // logged when the work was given up
+    } cases[] = {
+        {"Ctrl+Q during a blend", blend, "Blending ", "Blending", "ctrl+q", "The blend was stopped before it was done"},
+        {"Ctrl+Q during a render", photos, "Rendering the collage", "Making the Collage", "ctrl+q",
+         "The render was stopped before it was done"},
+        {"closing the window during a render", photos, "Rendering the collage", "Tessary", "close",
+         "The render was stopped before it was done"},
+        {"SIGTERM during a render", photos, "Rendering the collage", nullptr, nullptr, "The render was stopped before it was done"},
+        {"Ctrl+Q during a save", save, "Writing the result to", "Collage", "ctrl+q", "The result was not written to"},
+        {"closing the window during a save", save, "Writing the result to", "Tessary", "close",
+         "The result was not written to"},
+        {"SIGTERM during a save", save, "Writing the result to", nullptr, nullptr, "The result was not written to"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        // A store of its own: no welcome sheet in front of the window, and no factory photos
+        // (the list holds the photos given). Blends at full size, so writing one takes a while.
+        QFile::remove(storePath());
+        {
+            UserDefaults store(storePath());
+            store.setBool(true, Preferences::DoNotShowWelcomeWindowAgain);
+            store.setBool(false, Preferences::FirstRunLoadFactoryImages);
+            store.setBool(false, Preferences::MegapixelLimit);
+        }
+        QProcessEnvironment env = environment(QStringLiteral("xcb"));
+        env.insert(QStringLiteral("DISPLAY"), x.display());
+        env.remove(QStringLiteral("WAYLAND_DISPLAY"));
+        QProcess tessary;
+        tessary.setProcessEnvironment(env);
+        tessary.setProcessChannelMode(QProcess::MergedChannels);
+        tessary.start(program(), c.arguments);
+        ASSERT_TRUE(tessary.waitForStarted(10000));
+        QByteArray output;
+        const auto logged = [&](const char *line) {
+            return QTest::qWaitFor([&] {
+                tessary.waitForReadyRead(50);
+                output += tessary.readAll();
+                return output.contains(line);
+            }, 60000);
+        };
+        if (QByteArray(c.running).startsWith("Rendering")) {
+            // Make Collage, as a person asks for it.
+            ASSERT_TRUE(logged("documentsPath = ")) << output.toStdString();
+            ASSERT_TRUE(x.act(QStringLiteral("Tessary"), QStringLiteral("ctrl+r")));
+        }
+        ASSERT_TRUE(logged(c.running)) << output.toStdString();
+        QElapsedTimer quitting;
+        quitting.start();
+        if (c.window)
+            ASSERT_TRUE(x.act(QString::fromLatin1(c.window), QString::fromLatin1(c.action)));
+        else
+            ::kill(pid_t(tessary.processId()), SIGTERM);
+        const bool ended = tessary.waitForFinished(30000);
+        const qint64 quitMs = quitting.elapsed();
+        output += tessary.readAll();
+        if (!ended)
+            ::kill(pid_t(tessary.processId()), SIGKILL);
+        ASSERT_TRUE(ended) << output.toStdString();
+        EXPECT_EQ(tessary.exitStatus(), QProcess::NormalExit) << output.toStdString();
+        EXPECT_EQ(tessary.exitCode(), 0) << output.toStdString();
+        EXPECT_TRUE(output.contains(c.given)) << output.toStdString();
+        EXPECT_TRUE(output.contains("Finished saving image cache.")) << output.toStdString();
+        // Not held up by the work: the figure is the benchmark's, this only catches a wait for it.
+        EXPECT_LT(quitMs, 10000);
+        std::printf("[ figure   ] %s: quit %lld ms after the action\n", c.name, static_cast<long long>(quitMs));
+        EXPECT_EQ(QDir(results).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden), QStringList());
 
         UserDefaults after(storePath());
         EXPECT_TRUE(after.hasObject(Preferences::TessaryBackgroundColor));

@@ -476,6 +476,35 @@ TEST_F(ResultWindowTest, PendingOutputPathWritesOneLzwTiff)
 }
 
 // The plain TIFF save of a given picture, through its own dialog starting at "Untitled".
+// Quitting during Save…: the write under way is given up rather than waited for, and the folder
+// is left as it was, with neither the file nor a part of it (a write that went on to the end
+// would have left the file: quitting waits for the work it gives up to return).
+TEST_F(ResultWindowTest, QuittingDuringASaveGivesItUp)
+{
+    QImage grain(6000, 4000, QImage::Format_RGB32);
+    quint32 seed = 99;
+    for (int y = 0; y < grain.height(); ++y) {
+        auto *line = reinterpret_cast<quint32 *>(grain.scanLine(y));
+        for (int x = 0; x < grain.width(); ++x) {
+            seed = seed * 1664525u + 1013904223u;
+            line[x] = 0xff000000u | (seed >> 8);
+        }
+    }
+    controller->displayResult(grain, true);
+    const QString folder = dir.filePath(QStringLiteral("saved"));
+    ASSERT_TRUE(QDir().mkpath(folder));
+    QSignalSpy saved(&outputs(), &ResultOutputs::saved);
+    ResultEncoder::Settings settings;
+    settings.format = "tiff";
+    settings.tiffCompression = 1;
+    outputs().saveImageToPath(QDir(folder).filePath(QStringLiteral("result.tif")), settings);
+    QTest::qWait(150);
+    controller->applicationWillTerminate(); // what quitting does, then the windows go
+    controller.reset();
+    EXPECT_EQ(saved.count(), 0);
+    EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden), QStringList());
+}
+
 TEST_F(ResultWindowTest, SaveImageWritesTiff)
 {
     controller->displayResult(picture(QSize(20, 20), Qt::gray), true);
