@@ -1,7 +1,7 @@
 #include "foundation/PropertyList.h"
 #include "foundation/UserDefaults.h"
 #include "images/ImageCache.h"
-#include "model/TessaryViewDelegate.h"
+#include "images/TessaryViewDelegate.h"
 
 #include <QDir>
 #include <QFileInfo>

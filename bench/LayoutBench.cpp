@@ -3,7 +3,7 @@
 #include "images/UIImage.h"
 #include "model/LayoutEngine.h"
 #include "model/TileImageFitter.h"
-#include "model/TessaryViewDelegate.h"
+#include "images/TessaryViewDelegate.h"
 #include "templates/TemplateStore.h"
 
 #include <QDir>

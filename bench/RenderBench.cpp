@@ -2,7 +2,7 @@
 #include "model/LayoutEngine.h"
 #include "model/ParallelPngWriter.h"
 #include "model/RenderScale.h"
-#include "model/TessaryViewDelegate.h"
+#include "images/TessaryViewDelegate.h"
 
 #include <QBuffer>
 #include <QImage>

@@ -37,6 +37,10 @@ for size in 16 22 24 32 48 64 128 256 512; do
   expected+=("share/icons/hicolor/${size}x${size}/apps/org.tessary.Tessary.png")
 done
 while IFS= read -r f; do expected+=("share/tessary/$f"); done < <(cd "$build/resources" && find . -type f -printf '%P\n')
+# The template gallery's plugin, in the plugin folder below the library folder.
+plugin=$(cd "$usr" && find . -path './lib*/tessary/plugins/libtessary_gallery.so' -printf '%P\n')
+[ -n "$plugin" ] || fail "the template gallery's plugin (lib/tessary/plugins/libtessary_gallery.so) is missing"
+expected+=("$plugin")
 # What the programs need in any case.
 required=(templates.plist templates_additional.plist Templates/Columns.plist blank.png defaultImage.png
           harp.aif help/index.html)
@@ -54,6 +58,9 @@ for b in tessary tessary-cli; do
   [ -x "$usr/bin/$b" ] || fail "bin/$b is not executable"
   file "$usr/bin/$b" | grep -q 'ELF 64-bit' || fail "bin/$b is not a program"
 done
+# Only the gallery's plugin links the web engine; the program loads it when the gallery opens.
+readelf -d "$usr/bin/tessary" | grep -q 'NEEDED.*WebEngine' && fail "bin/tessary links the web engine"
+readelf -d "$usr/$plugin" | grep -q 'NEEDED.*libQt6WebEngineWidgets' || fail "$plugin does not link the web engine"
 for size in 16 22 24 32 48 64 128 256 512; do
   file "$usr/share/icons/hicolor/${size}x${size}/apps/org.tessary.Tessary.png" | grep -q "PNG image data, $size x $size" \
     || fail "the ${size}x${size} icon is not a $size x $size PNG"
@@ -149,4 +156,5 @@ say "installed window: a second start handed its photo to the first, which quit 
 TESSARY_PROBE=$work/probe.json timeout 90 xvfb-run -a -s "-screen 0 1600x1000x24" "$usr/bin/tessary" \
   >"$work/probe.log" 2>&1 || { cat "$work/probe.log"; fail "the installed window did not start and quit"; }
 grep -q '"tilesFilledMs":[0-9]' "$work/probe.json" || { cat "$work/probe.json"; fail "the probe saw no filled tiles"; }
+grep -q '"galleryPlugin":true' "$work/probe.json" || { cat "$work/probe.json"; fail "the installed window does not find the gallery's plugin"; }
 say "installed window: started and quit ($(cat "$work/probe.json"))"

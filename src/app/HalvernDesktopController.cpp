@@ -8,7 +8,9 @@
 #include "app/MainWindow.h"
 #include "app/PleaseWaitWindow.h"
 #include "app/PreferencesWindow.h"
-#include "app/TemplateGallerySheet.h"
+#include "app/TemplateGalleryFactory.h"
+#include "app/TemplateGalleryLoader.h"
+#include "app/TemplateGalleryWindow.h"
 #include "app/ProgressSheet.h"
 #include "app/TileAndBlendActions.h"
 #include "app/PrintOutputs.h"
@@ -72,10 +74,7 @@ void HalvernDesktopController::awakeFromNib()
     connect(m_loadFileWindow, &LoadFileSheet::chooseTemplateFile, &templates, &TemplateActions::loadUserTemplates);
     connect(m_loadFileWindow, &LoadFileSheet::clearAllTemplates, &templates, &TemplateActions::clearAllUserTemplates);
     connect(m_loadFileWindow, &LoadFileSheet::downloadWebsiteTemplateFile, this, &HalvernDesktopController::goToWebTemplates);
-    m_templateWebviewWindow = new TemplateGallerySheet(m_defaults, m_resourcesFolder, m_alerts, window);
     connect(m_loadFileWindow, &LoadFileSheet::showTemplateGallery, this, &HalvernDesktopController::showTemplateWebviewWindow);
-    connect(m_templateWebviewWindow, &TemplateGallerySheet::downloadTemplate, this, &HalvernDesktopController::downloadTemplate);
-    connect(&templates, &TemplateActions::templatesAdded, m_templateWebviewWindow, &TemplateGallerySheet::showTemplatesAdded);
     m_welcomeWindow = new WelcomeSheet(m_defaults, window);
     connect(m_welcomeWindow, &WelcomeSheet::visitWebsiteRequested, this, &HalvernDesktopController::goToWebsite);
     m_preferencesWindow = new PreferencesWindow(m_defaults, m_resourcesFolder, window);
@@ -282,22 +281,39 @@ void HalvernDesktopController::showTemplateWebviewWindow()
 {
     if (m_loadFileWindow->isVisible())
         m_loadFileWindow->done(QDialog::Accepted);
+    if (!m_templateWebviewWindow) {
+        QString error;
+        TemplateGalleryFactory *factory = TemplateGalleryLoader::factory(&error);
+        if (!factory) {
+            doAlert(tr("The template gallery is not installed."), error, AlertPresenter::Style::Warning);
+            return;
+        }
+        m_templateWebviewWindow = factory->createTemplateWebviewWindow(
+            m_defaults, m_resourcesFolder, m_alerts, [this](const QUrl &link) { downloadTemplate(link); },
+            m_mainWindow.get());
+        TemplateGalleryWindow *gallery = m_templateWebviewWindow;
+        connect(&m_mainWindow->templateActions(), &TemplateActions::templatesAdded, gallery->dialog(),
+                [gallery](qsizetype count) { gallery->showTemplatesAdded(count); });
+    }
     m_templateWebviewWindow->showTemplateWebviewWindow();
 }
 
 void HalvernDesktopController::reloadTemplateWebviewWindow()
 {
-    m_templateWebviewWindow->reloadTemplateWebviewWindow();
+    if (m_templateWebviewWindow)
+        m_templateWebviewWindow->reloadTemplateWebviewWindow();
 }
 
 void HalvernDesktopController::zoomTemplateWebviewWindow()
 {
-    m_templateWebviewWindow->zoomTemplateWebviewWindow();
+    if (m_templateWebviewWindow)
+        m_templateWebviewWindow->zoomTemplateWebviewWindow();
 }
 
 void HalvernDesktopController::endTemplateWebvieWindow()
 {
-    m_templateWebviewWindow->endTemplateWebvieWindow();
+    if (m_templateWebviewWindow)
+        m_templateWebviewWindow->endTemplateWebvieWindow();
 }
 
 void HalvernDesktopController::downloadTemplate(const QUrl &link)

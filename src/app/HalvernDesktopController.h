@@ -20,7 +20,7 @@ class ResultOutputs;
 class ResultWindow;
 class LoadFileSheet;
 class PreferencesWindow;
-class TemplateGallerySheet;
+class TemplateGalleryWindow;
 class TileAndBlendActions;
 class WelcomeSheet;
 class ImageBrowserController;
@@ -58,7 +58,8 @@ public:
     PreferencesWindow &preferencesWindow() const { return *m_preferencesWindow; }
     WelcomeSheet &welcomeWindow() const { return *m_welcomeWindow; }
     LoadFileSheet &loadFileWindow() const { return *m_loadFileWindow; }
-    TemplateGallerySheet &templateWebviewWindow() const { return *m_templateWebviewWindow; }
+    // The gallery sheet, from the gallery plugin; null until the gallery is first opened.
+    TemplateGalleryWindow *templateWebviewWindow() const { return m_templateWebviewWindow; }
 
     void showPreferences();
     void showWelcomeWindow();
@@ -66,7 +67,8 @@ public:
     void showLoadFileWindow();
     // The public page of shared templates, in the default browser.
     void goToWebTemplates();
-    // The template gallery sheet (the load-file sheet ends first), its page, zoom and end.
+    // The template gallery sheet (the load-file sheet ends first), its page, zoom and end. The
+    // first opening loads the gallery plugin; when it is missing, an alert says so.
     void showTemplateWebviewWindow();
     void reloadTemplateWebviewWindow();
     void zoomTemplateWebviewWindow();
@@ -147,7 +149,7 @@ private:
     PreferencesWindow *m_preferencesWindow = nullptr;
     WelcomeSheet *m_welcomeWindow = nullptr;
     LoadFileSheet *m_loadFileWindow = nullptr;
-    TemplateGallerySheet *m_templateWebviewWindow = nullptr;
+    TemplateGalleryWindow *m_templateWebviewWindow = nullptr;
     CollageDocumentActions *m_collageDocuments = nullptr;
     TileAndBlendActions *m_tileAndBlend = nullptr;
     // A window of its own (no parent), so sheets on the main window do not block it; it goes

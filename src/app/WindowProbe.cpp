@@ -1,5 +1,6 @@
 #include "app/WindowProbe.h"
 
+#include "app/TemplateGalleryLoader.h"
 #include "widgets/TessaryView.h"
 
 #include <QCoreApplication>
@@ -98,6 +99,8 @@ void WindowProbe::finish()
         {QStringLiteral("tilesFilledMs"), m_tilesFilledMs},
         {QStringLiteral("longestStallMs"), double(m_stalls.longestGapMs())},
         {QStringLiteral("residentMB"), residentMegabytes()},
+        // Whether the gallery plugin is where the program looks for it (read, not loaded).
+        {QStringLiteral("galleryPlugin"), TemplateGalleryLoader::isInstalled()},
     };
     QFile file(m_output);
     if (file.open(QIODevice::WriteOnly | QIODevice::Append))

@@ -11,9 +11,9 @@ class TessaryView;
 
 // Measures a start of the window for the benchmarks, when $TESSARY_PROBE names a file: the
 // time from process start to the first painted main window, the time until every tile shows
-// its photo, the longest stall of the main thread meanwhile, and the resident memory then. The
-// figures go to the file as one line of JSON and the program quits. Without the variable it
-// does nothing.
+// its photo, the longest stall of the main thread meanwhile, the resident memory then, and
+// whether the gallery plugin is found. The figures go to the file as one line of JSON and the
+// program quits. Without the variable it does nothing.
 class WindowProbe : public QObject
 {
     Q_OBJECT

@@ -7,10 +7,11 @@ OpenedFiles OpenedFiles::sort(const QStringList &paths)
     OpenedFiles sorted;
     for (const QString &path : paths) {
         const QFileInfo info(path);
-        if (!info.isFile()) {
+        // A folder is passed over; only what is not there at all is named as missing.
+        if (!info.exists())
             sorted.missing.append(info.absoluteFilePath());
+        if (!info.isFile())
             continue;
-        }
         const QString suffix = info.suffix().toLower();
         if (suffix == QLatin1String("tessary"))
             sorted.collages.append(info.absoluteFilePath());

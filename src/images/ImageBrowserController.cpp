@@ -177,12 +177,17 @@ void ImageBrowserController::selectionDidChange()
 
 void ImageBrowserController::refreshPreview()
 {
+    announcePreview();
+    saveSelection();
+}
+
+void ImageBrowserController::announcePreview()
+{
     const qsizetype index = m_selection->selectedIndex();
     if (index >= 0 && index < count())
         emit previewChanged(m_imageBookmarks->pathAtIndex(index), m_imageBookmarks->alignmentIndexAtIndex(index));
     else
         emit previewChanged(QString(), 0);
-    saveSelection();
 }
 
 // ---------------------------------------------------------------- editing

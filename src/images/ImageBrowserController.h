@@ -1,7 +1,7 @@
 #pragma once
 
 #include "foundation/AlertPresenter.h"
-#include "model/TessaryViewDelegate.h"
+#include "images/TessaryViewDelegate.h"
 
 #include <QList>
 #include <QObject>
@@ -27,6 +27,10 @@ class ImageBrowserController : public QObject, public TessaryViewDelegate
 {
     Q_OBJECT
 public:
+    // Tells the preview which photo is selected now (previewChanged), at once: for a preview
+    // that comes up after the selection was restored.
+    void announcePreview();
+
     // Where a drop lands relative to the item at the drop index.
     enum DropOperation { DropOn = 0, DropBefore = 1 };
 

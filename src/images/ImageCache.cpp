@@ -6,7 +6,7 @@
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "images/UnreadablePhotos.h"
-#include "model/TessaryViewDelegate.h"
+#include "images/TessaryViewDelegate.h"
 
 #include <QFileInfo>
 #include <QTimeZone>

@@ -3,7 +3,7 @@
 #include "foundation/PlistValue.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
-#include "model/TessaryViewDelegate.h"
+#include "images/TessaryViewDelegate.h"
 
 #include <QDir>
 

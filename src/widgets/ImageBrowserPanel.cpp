@@ -228,6 +228,8 @@ ImageBrowserPanel::ImageBrowserPanel(ImageBrowserController &controller, ImageCa
     d->grid->setIconSize(QSize(side, side));
     showSelection(controller.selection().selectedIndex(), true);
     enableSelectionControls();
+    // The selection may have been restored before this panel listened: show its photo now.
+    controller.announcePreview();
 }
 
 ImageBrowserPanel::~ImageBrowserPanel() = default;

@@ -375,6 +375,7 @@ TEST_F(CollageDocumentWindowTest, OpenWithSortsPhotosTemplatesAndCollages)
     EXPECT_EQ(browser().count(), photoCount + 2);
     EXPECT_EQ(browser().images().mid(photoCount), QStringList({photos[0], photos[2]}));
     EXPECT_GT(controller->mainWindow().tessaryView().templateStore().userTemplates().size(), userTemplates);
+    EXPECT_EQ(dismissAlert().first, QStringLiteral("A file to open was not found."));
 
     makeCollage();
     const QString file = QDir(album).filePath(QStringLiteral("opened.tessary"));

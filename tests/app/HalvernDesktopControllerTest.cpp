@@ -6,7 +6,6 @@
 #include "app/MainWindow.h"
 #include "app/PreferencesWindow.h"
 #include "app/ResultWindow.h"
-#include "app/TemplateGallerySheet.h"
 #include "app/TileAndBlendActions.h"
 #include "app/TileSheet.h"
 #include "app/WelcomeSheet.h"
@@ -74,7 +73,7 @@ TEST_F(HalvernDesktopControllerTest, CtrlQFromEveryWindowAndEscapeClosesSheets)
     }
 
     QDialog *sheets[] = {&controller->welcomeWindow(), &controller->loadFileWindow(),
-                         &controller->tileAndBlendActions().tilePhotosWindow(), &controller->templateWebviewWindow()};
+                         &controller->tileAndBlendActions().tilePhotosWindow()};
     for (QDialog *sheet : sheets) {
         sheet->open();
         ASSERT_TRUE(QTest::qWaitForWindowExposed(sheet)) << sheet->objectName().toStdString();
@@ -88,7 +87,8 @@ TEST_F(HalvernDesktopControllerTest, CtrlQFromEveryWindowAndEscapeClosesSheets)
 }
 
 // What cannot be done is said on the window: files to open that are not there (the others are
-// opened all the same), and a page when no program on the desktop opens pages.
+// opened all the same), a page when no program on the desktop opens pages, and the gallery when
+// its plugin is missing.
 TEST_F(HalvernDesktopControllerTest, MissingFilesAndPagesWithNoProgramAreSaid)
 {
     controller->mainWindow().show();
@@ -111,6 +111,15 @@ TEST_F(HalvernDesktopControllerTest, MissingFilesAndPagesWithNoProgramAreSaid)
     qputenv("PATH", path);
     EXPECT_EQ(help.first, QStringLiteral("Tessary Help could not be opened."));
     EXPECT_TRUE(help.second.contains(QStringLiteral("help"))) << help.second.toStdString();
+
+    // The gallery's plugin is not where the program looks for it.
+    qputenv("TESSARY_PLUGINS", QFile::encodeName(dir.path()));
+    controller->mainWindow().action(QStringLiteral("showTemplateWebviewWindow"))->trigger();
+    const auto gallery = alertTexts();
+    qunsetenv("TESSARY_PLUGINS");
+    EXPECT_EQ(gallery.first, QStringLiteral("The template gallery is not installed."));
+    EXPECT_TRUE(gallery.second.contains(dir.path())) << gallery.second.toStdString();
+    EXPECT_EQ(controller->templateWebviewWindow(), nullptr);
 }
 
 } // namespace

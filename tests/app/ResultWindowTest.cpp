@@ -1,4 +1,5 @@
 #include "AppFixture.h"
+#include "support/TiffTags.h"
 
 #include "app/CollageMaker.h"
 #include "app/HalvernDesktopController.h"
@@ -32,7 +33,6 @@
 #include <QSpinBox>
 #include <QTest>
 #include <QThreadPool>
-#include <QtEndian>
 
 namespace {
 
@@ -271,10 +271,10 @@ TEST_F(ResultWindowTest, OutputActionsAreTheWindowsOwn)
     EXPECT_TRUE(QTest::qWaitFor([&] { return copied.count() == 1; }, 5000));
 }
 
-// Saving through the dialog in every format Qt writes here: the file reads back as that format
-// at the picture's size; the format starts at the first photo's; a print size resamples and
-// stores its resolution.
-TEST_F(ResultWindowTest, SaveInEveryFormatAndPrintSize)
+// Saving through the dialog: the format starts at the first photo's, the one chosen in the
+// pop-up is written under its suffix, a print size resamples and stores its resolution. (How
+// each format encodes is the encoder's own test.)
+TEST_F(ResultWindowTest, SaveTheChosenFormatAndPrintSize)
 {
     const QImage image = picture(QSize(240, 160), QColor(30, 120, 200));
     controller->displayResult(image, true);
@@ -287,13 +287,8 @@ TEST_F(ResultWindowTest, SaveInEveryFormatAndPrintSize)
         QByteArray format;
         bool print;
     };
-    QList<Case> cases;
-    for (const QByteArray &format : ResultFormat::writableFormats())
-        cases.append({format, false});
-    cases.append({"png", true});
-    cases.append({"jpeg", true});
     int n = 0;
-    for (const Case &c : cases) {
+    for (const Case &c : {Case{"tiff", false}, Case{"png", true}}) {
         window().action(QStringLiteral("saveResult"))->trigger();
         ResultSaveDialog *dialog = outputs().saveDialog();
         ASSERT_NE(dialog, nullptr) << c.format.constData();
@@ -457,22 +452,8 @@ TEST_F(ResultWindowTest, PendingOutputPathWritesOneLzwTiff)
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QByteArray tiff = file.readAll();
-    const QImage back = QImage::fromData(tiff, "tiff");
-    EXPECT_EQ(back.size(), QSize(70, 50));
-    // The first directory's compression tag (259) says LZW (5).
-    ASSERT_TRUE(tiff.startsWith("II") || tiff.startsWith("MM"));
-    const bool little = tiff.startsWith("II");
-    const auto u16 = [&](qsizetype at) {
-        const auto *p = reinterpret_cast<const uchar *>(tiff.constData() + at);
-        return little ? qFromLittleEndian<quint16>(p) : qFromBigEndian<quint16>(p);
-    };
-    const auto *ifdAt = reinterpret_cast<const uchar *>(tiff.constData() + 4);
-    const quint32 ifd = little ? qFromLittleEndian<quint32>(ifdAt) : qFromBigEndian<quint32>(ifdAt);
-    int compression = -1;
-    for (int i = 0; i < u16(ifd); ++i)
-        if (u16(ifd + 2 + 12 * i) == 259)
-            compression = u16(ifd + 2 + 12 * i + 8);
-    EXPECT_EQ(compression, 5);
+    EXPECT_EQ(QImage::fromData(tiff, "tiff").size(), QSize(70, 50));
+    EXPECT_EQ(tiffTag(tiff, 259), 5); // LZW
 }
 
 // The plain TIFF save of a given picture, through its own dialog starting at "Untitled".

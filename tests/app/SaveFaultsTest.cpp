@@ -106,7 +106,6 @@ TEST_F(SaveFaultsTest, TheFileWrittenIsTheFileNamedAndAskedAbout)
         {"no extension over the pop-up's", "tiff", "scan", {}, {"scan.tif"}, Cancel, nullptr, {}},
         {"unknown extension kept", "jpeg", "my.holiday", {}, {"my.holiday"}, NotAsked, "my.holiday.jpg", "jpeg"},
         {"pop-up rewrites the name", "png", "beach.png", "jpeg", {"beach.png"}, NotAsked, "beach.jpg", "jpeg"},
-        {"capital extension", "png", "photo.JPEG", {}, {}, NotAsked, "photo.JPEG", "jpeg"},
     };
     int n = 0;
     for (const Case &c : cases) {
@@ -166,9 +165,11 @@ TEST_F(SaveFaultsTest, TheFileWrittenIsTheFileNamedAndAskedAbout)
             reader.setDecideFormatFromContent(true);
             EXPECT_EQ(reader.format(), c.format) << c.name;
         }
-        for (const QString &name : c.existing)
-            if (!c.written || name != QString::fromLatin1(c.written))
+        for (const QString &name : c.existing) {
+            if (!c.written || name != QString::fromLatin1(c.written)) {
                 EXPECT_EQ(contents(folder.filePath(name)), "the person's own file " + name.toUtf8()) << c.name;
+            }
+        }
         ASSERT_TRUE(QTest::qWaitFor([&] { return outputs().saveDialog() == nullptr; }, 2000)) << c.name;
         if (c.written) {
             // The next dialog opens where this save went.

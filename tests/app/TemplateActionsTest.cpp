@@ -17,12 +17,12 @@
 #include "widgets/TessaryView.h"
 #include "AppFixture.h"
 #include "ScreenshotFolder.h"
+#include "support/UrlRecorder.h"
 
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
 #include <QContextMenuEvent>
-#include <QDesktopServices>
 #include <QDir>
 #include <QFileDialog>
 #include <QLabel>
@@ -39,16 +39,6 @@
 using namespace TemplateTestData;
 
 namespace {
-
-// Receives the addresses handed to the desktop instead of a browser.
-class UrlRecorder : public QObject
-{
-    Q_OBJECT
-public:
-    QList<QUrl> urls;
-public slots:
-    void openUrl(const QUrl &url) { urls.append(url); }
-};
 
 // The window's alerts, with the beeps counted.
 class CountingAlertPresenter : public MessageBoxAlertPresenter
@@ -469,10 +459,8 @@ TEST_F(TemplateActionsTest, ControllerWiring)
     EXPECT_EQ(answer(QStringLiteral("Delete All")).first, QStringLiteral("Delete All My Templates"));
     EXPECT_TRUE(w.tessaryView().templateStore().userTemplates().isEmpty());
 
-    UrlRecorder browser;
-    QDesktopServices::setUrlHandler(QStringLiteral("https"), &browser, "openUrl");
+    UrlRecorder browser({QStringLiteral("https")});
     emit controller.loadFileWindow().downloadWebsiteTemplateFile();
-    QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
     EXPECT_EQ(browser.urls, QList<QUrl>{TessaryLinks::templatesPage()});
 
     // The menu item shows the load sheet, or with it switched off goes straight to the files.
@@ -488,4 +476,3 @@ TEST_F(TemplateActionsTest, ControllerWiring)
 
 } // namespace
 
-#include "TemplateActionsTest.moc"

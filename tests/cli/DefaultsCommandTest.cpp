@@ -139,7 +139,7 @@ TEST_F(DefaultsCommandTest, TemplateInfoDescribesEachTemplateAndRefusesOtherFile
     ASSERT_EQ(r.code, 0) << r.err.toStdString();
     const QStringList lines = r.out.split('\n', Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 2);
-    EXPECT_EQ(lines[0], QStringLiteral("0\tnbrModules=4\tcontent=800x600\tmodule=100\tborder=2\tmodules=4\tthumbnail=yes"));
+    EXPECT_EQ(lines[0], QStringLiteral("1\tnbrModules=4\tcontent=800x600\tmodule=100\tborder=2\tmodules=4\tthumbnail=yes"));
     EXPECT_TRUE(lines[1].endsWith(QStringLiteral("modules=0\tthumbnail=no")));
 
     const QString notTemplates = file(QStringLiteral("n.plist"), QVariantMap{{QStringLiteral("other"), qint64(1)}});

@@ -13,6 +13,8 @@
 #include <QTest>
 #include <QUuid>
 
+#include <string_view>
+
 #include <sys/stat.h>
 
 namespace {
@@ -89,8 +91,9 @@ TEST_F(ImageBrowserControllerTest, RemovalGoesHighestFirstAndSelectsTheLowest)
     }
 }
 
-// Removing or replacing an entry deletes its file only when Tessary made it: a UUID name with
-// its extension, directly in the images folder. A person's own files are never touched.
+// Removing or replacing an entry (by a call or by files dropped on it) deletes its file only
+// when Tessary made it: a UUID name with its extension, directly in the images folder. A
+// person's own files are never touched.
 TEST_F(ImageBrowserControllerTest, OnlyFilesTessaryMadeAreDeleted)
 {
     const QString uuid = QUuid::createUuid().toString(QUuid::WithoutBraces);
@@ -114,8 +117,8 @@ TEST_F(ImageBrowserControllerTest, OnlyFilesTessaryMadeAreDeleted)
         {"a link with a UUID name", QStringLiteral("Images/%1.png").arg(uuid), false, true},
     };
     for (const auto &k : cases) {
-        for (const bool replace : {false, true}) {
-            SCOPED_TRACE(testing::Message() << k.what << (replace ? ", replaced" : ", removed"));
+        for (const std::string_view how : {"removed", "replaced", "dropped on"}) {
+            SCOPED_TRACE(testing::Message() << k.what << ", " << how);
             auto c = makeController(1);
             const QString path = documents() + QLatin1Char('/') + k.relative;
             QDir().mkpath(imagesFolder() + QStringLiteral("/sub"));
@@ -127,10 +130,15 @@ TEST_F(ImageBrowserControllerTest, OnlyFilesTessaryMadeAreDeleted)
                 ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
             c->addImagesWithPaths({path});
             ASSERT_EQ(c->count(), 2);
-            if (replace)
+            if (how == "replaced") {
                 c->replaceImage(makeFile(QStringLiteral("r.jpg")), 1);
-            else
+            } else if (how == "dropped on") {
+                std::unique_ptr<QMimeData> mime(filesMime({makeFile(QStringLiteral("r.jpg"))}));
+                ASSERT_TRUE(c->performDragOperation(*mime, 1, ImageBrowserController::DropOn));
+                ASSERT_TRUE(QTest::qWaitFor([&] { return names(*c) == QLatin1String("ar"); }, 2000));
+            } else {
                 c->removeItemsAtIndexes({1});
+            }
             EXPECT_EQ(QFileInfo::exists(path) || QFileInfo(path).isSymLink(), !k.deleted);
             EXPECT_TRUE(QFile::exists(own));
             QFile::remove(path);

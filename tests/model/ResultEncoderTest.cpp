@@ -1,4 +1,5 @@
 #include "support/FaultFolder.h"
+#include "support/TiffTags.h"
 
 #include "images/PrintSize.h"
 #include "images/ResultFormat.h"
@@ -12,7 +13,6 @@
 #include <QImageReader>
 #include <QPainter>
 #include <QTemporaryDir>
-#include <QtEndian>
 
 #include <gtest/gtest.h>
 
@@ -29,34 +29,6 @@ QImage collage(QSize size, bool transparent = false)
     p.fillRect(0, 0, size.width() / 2, size.height() / 2, QColor(200, 40, 40));
     p.fillRect(size.width() / 2, size.height() / 2, size.width() / 2, size.height() / 2, QColor(40, 40, 200));
     return image;
-}
-
-// The value of a tag of the first directory of a little- or big-endian TIFF file; -1 if absent.
-int tiffTag(const QByteArray &tiff, quint16 wanted)
-{
-    if (tiff.size() < 8)
-        return -1;
-    const bool little = tiff.startsWith("II");
-    const auto u16 = [&](qsizetype at) {
-        const auto *p = reinterpret_cast<const uchar *>(tiff.constData() + at);
-        return little ? qFromLittleEndian<quint16>(p) : qFromBigEndian<quint16>(p);
-    };
-    const auto u32 = [&](qsizetype at) {
-        const auto *p = reinterpret_cast<const uchar *>(tiff.constData() + at);
-        return little ? qFromLittleEndian<quint32>(p) : qFromBigEndian<quint32>(p);
-    };
-    const quint32 ifd = u32(4);
-    if (ifd + 2 > quint32(tiff.size()))
-        return -1;
-    const int count = u16(ifd);
-    for (int i = 0; i < count; ++i) {
-        const qsizetype entry = ifd + 2 + 12 * i;
-        if (entry + 12 > tiff.size())
-            return -1;
-        if (u16(entry) == wanted)
-            return u16(entry + 8); // a SHORT value sits at the start of the value field
-    }
-    return -1;
 }
 
 struct SaveCase {

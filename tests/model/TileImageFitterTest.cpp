@@ -1,5 +1,5 @@
 #include "images/ImageCache.h"
-#include "model/TessaryViewDelegate.h"
+#include "images/TessaryViewDelegate.h"
 #include "model/TileImageFitter.h"
 
 #include <QImage>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "model/TessaryViewDelegate.h"
+#include "images/TessaryViewDelegate.h"
 
 #include <QList>
 #include <QStringList>

@@ -13,6 +13,9 @@ public:
     LogCapture()
     {
         s_lines.clear();
+        // Made before the filter goes in: the filter runs under the category registry's lock,
+        // where making the category would wait on that same lock for ever.
+        s_category = &lcTessary();
         s_previousFilter = QLoggingCategory::installFilter(&LogCapture::filter);
         m_previous = qInstallMessageHandler(&LogCapture::handler);
     }
@@ -30,19 +33,20 @@ public:
 private:
     static void handler(QtMsgType, const QMessageLogContext &context, const QString &message)
     {
-        if (context.category && QByteArray(context.category) == lcTessary().categoryName())
+        if (context.category && QByteArray(context.category) == s_category->categoryName())
             s_lines.append(message);
     }
     static void filter(QLoggingCategory *category)
     {
         if (s_previousFilter)
             s_previousFilter(category);
-        if (QByteArray(category->categoryName()) == lcTessary().categoryName()) {
+        if (category == s_category) {
             category->setEnabled(QtDebugMsg, true);
             category->setEnabled(QtInfoMsg, true);
         }
     }
     static inline QStringList s_lines;
+    static inline const QLoggingCategory *s_category = nullptr;
     static inline QLoggingCategory::CategoryFilter s_previousFilter = nullptr;
     QtMessageHandler m_previous;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/TemplateGalleryWindow.h"
 #include "foundation/AlertPresenter.h"
 
 #include <QDialog>
@@ -21,8 +22,9 @@ class UserDefaults;
 // the page that fails to load is logged at once and, a second later, ends the sheet and is told
 // in an alert, once for each failure.
 //
-// The web engine is started only when the gallery first opens, so it costs nothing at start.
-class TemplateGallerySheet : public QDialog
+// The sheet lives in the gallery plugin, which alone links the web engine; within it the
+// engine is started only when the gallery first opens.
+class TemplateGallerySheet : public QDialog, public TemplateGalleryWindow
 {
     Q_OBJECT
 public:
@@ -30,16 +32,13 @@ public:
                          QWidget *parent = nullptr);
     ~TemplateGallerySheet() override;
 
-    // Loads the gallery page afresh and opens the sheet.
-    void showTemplateWebviewWindow();
-    // Loads the gallery page (the preference's address or the shipped gallery), bypassing any
-    // cached copy and giving up after five seconds.
-    void reloadTemplateWebviewWindow();
-    // Applies the slider's zoom factor to the page.
-    void zoomTemplateWebviewWindow();
-    void endTemplateWebvieWindow();
-    // Says on the sheet's bar that a set put this many templates into "My Templates".
-    void showTemplatesAdded(qsizetype count);
+    QDialog *dialog() override { return this; }
+    void showTemplateWebviewWindow() override;
+    // Bypasses any cached copy of the page and gives up after five seconds.
+    void reloadTemplateWebviewWindow() override;
+    void zoomTemplateWebviewWindow() override;
+    void endTemplateWebvieWindow() override;
+    void showTemplatesAdded(qsizetype count) override;
     QLabel *statusLabel() const { return m_status; }
 
     // The slider's value as a zoom factor (1.0 is natural size).

@@ -1,6 +1,6 @@
-#include "app/TemplateGallerySheet.h"
+#include "app/gallery/TemplateGallerySheet.h"
 
-#include "app/TemplateGalleryPage.h"
+#include "app/gallery/TemplateGalleryPage.h"
 #include "foundation/Log.h"
 #include "templates/TemplateGallery.h"
 

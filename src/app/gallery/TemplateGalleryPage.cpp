@@ -1,4 +1,4 @@
-#include "app/TemplateGalleryPage.h"
+#include "app/gallery/TemplateGalleryPage.h"
 
 #include "templates/TemplateGallery.h"
 
