@@ -40,6 +40,7 @@ ResultOutputs::ResultOutputs(ResultWindow &window, ImageBrowserController &brows
 {
     m_pool.setMaxThreadCount(2);
     m_alerts.setParentWindow(&m_window);
+    connect(&m_window, &ResultWindow::workCanceled, this, &ResultOutputs::cancelRunning);
     // Quitting gives up the writes under way rather than waiting for them.
     if (QCoreApplication *app = QCoreApplication::instance())
         connect(app, &QCoreApplication::aboutToQuit, this, &ResultOutputs::cancelAll);
@@ -65,11 +66,13 @@ void ResultOutputs::run(const QString &text, Job job, std::function<void(const O
         connect(watcher, &QFutureWatcher<Outcome>::progressValueChanged, this,
                 [this, watcher](int value) { m_window.setWorkProgress(value, watcher->progressMaximum()); });
     }
-    connect(watcher, &QFutureWatcher<Outcome>::finished, this, [this, watcher, shown, done] {
-        const Outcome outcome = watcher->future().resultCount() > 0 ? watcher->result() : Outcome();
+    connect(watcher, &QFutureWatcher<Outcome>::finished, this, [this, watcher, shown, done, stopped = m_stopped] {
+        Outcome outcome = watcher->future().resultCount() > 0 ? watcher->result() : Outcome();
         watcher->deleteLater();
-        if (shown && --m_running == 0)
-            m_window.endWork(QString()); // a failure is told in an alert by `done`
+        // Stopped with the window's Stop: that is no failure, and nothing came of it.
+        outcome.canceled = !outcome.ok && stopped->load();
+        if (shown && --m_running == 0) // a failure is told in an alert by `done`
+            m_window.endWork(outcome.canceled ? tr("Stopped; nothing was written.") : QString());
         done(outcome);
     });
     watcher->setFuture(QtConcurrent::run(&m_pool, [job](QPromise<Outcome> &promise) {
@@ -85,6 +88,15 @@ void ResultOutputs::cancelAll()
     m_canceled->store(true);
 }
 
+void ResultOutputs::cancelRunning()
+{
+    if (m_running == 0)
+        return;
+    qCInfo(lcTessary, "The work on the result was canceled");
+    m_stopped->store(true);
+    m_stopped = std::make_shared<std::atomic<bool>>(false);
+}
+
 bool ResultOutputs::autoOpen() const
 {
     return Preferences(m_defaults).autoOpenStitchedImageFile();
@@ -98,6 +110,12 @@ void ResultOutputs::tell(const QString &message, const QString &reason)
     alert.style = AlertPresenter::Style::Warning;
     m_alerts.beep();
     m_alerts.presentAlert(alert, {});
+}
+
+void ResultOutputs::fail(const Outcome &outcome, const QString &message)
+{
+    if (!outcome.canceled)
+        tell(message, outcome.error);
 }
 
 bool ResultOutputs::openFile(const QString &path)
@@ -156,7 +174,7 @@ void ResultOutputs::saveImageToPath(const QString &path, const ResultEncoder::Se
                 if (autoOpen())
                     openFile(o.path);
             } else {
-                tell(tr("“%1” could not be saved.").arg(QFileInfo(o.path).fileName()), o.error);
+                fail(o, tr("“%1” could not be saved.").arg(QFileInfo(o.path).fileName()));
             }
             emit saved(o.path, o.ok);
         });
@@ -190,7 +208,7 @@ void ResultOutputs::saveImage(const QImage &image)
                 if (o.ok && autoOpen())
                     openFile(o.path);
                 if (!o.ok)
-                    tell(tr("“%1” could not be saved.").arg(QFileInfo(o.path).fileName()), o.error);
+                    fail(o, tr("“%1” could not be saved.").arg(QFileInfo(o.path).fileName()));
                 emit saved(o.path, o.ok);
             });
     });
@@ -227,7 +245,7 @@ void ResultOutputs::putImageOnClipboard()
         },
         [this, image](const Outcome &o) {
             if (!o.ok) {
-                tell(tr("The collage could not be copied."), o.error);
+                fail(o, tr("The collage could not be copied."));
                 return;
             }
             setClipboard(image, o);
@@ -252,7 +270,7 @@ void ResultOutputs::openResultInPreview()
         },
         [this](const Outcome &o) {
             if (!o.ok) {
-                tell(tr("The collage could not be opened in a viewer."), o.error);
+                fail(o, tr("The collage could not be opened in a viewer."));
                 return;
             }
             openTemporary(o.path);
@@ -279,7 +297,7 @@ void ResultOutputs::putImageOnClipboardAndOpenInPreview()
         },
         [this, image](const Outcome &o) {
             if (!o.ok) {
-                tell(tr("The collage could not be copied and opened."), o.error);
+                fail(o, tr("The collage could not be copied and opened."));
                 return;
             }
             setClipboard(image, o);
@@ -306,7 +324,7 @@ void ResultOutputs::insertResult()
         },
         [this](const Outcome &o) {
             if (!o.ok) {
-                tell(tr("The collage could not be added to the photos."), o.error);
+                fail(o, tr("The collage could not be added to the photos."));
                 return;
             }
             m_browser.insertImage(o.path, 0);

@@ -69,6 +69,9 @@ public slots:
     // so at once): no file is left of them, their answers never come. Also when the
     // application is about to quit, and when this object goes.
     void cancelAll();
+    // The window's Stop beside the bar: the work under way now stops and writes nothing, and
+    // is not told as a failure; later work runs as usual.
+    void cancelRunning();
 
 signals:
     void saved(const QString &path, bool ok);
@@ -85,14 +88,15 @@ public:
         QString path;
         QByteArray png;
         QByteArray tiff;
+        bool canceled = false; // stopped with the window's Stop (set by run)
     };
     using Job = std::function<Outcome(const ResultEncoder::Progress &progress)>;
     // Runs the job on a worker; `text` in the window's status bar while it runs (none: quietly).
     void run(const QString &text, Job job, std::function<void(const Outcome &)> done);
-    // What a job asks to learn that it is given up (cancelAll).
+    // What a job asks to learn that it is given up (cancelAll, or cancelRunning while it runs).
     ResultEncoder::Canceled canceled() const
     {
-        return [flag = m_canceled] { return flag->load(); };
+        return [quit = m_canceled, stop = m_stopped] { return quit->load() || stop->load(); };
     }
 
 private:
@@ -101,6 +105,8 @@ private:
     bool openFile(const QString &path);
     bool autoOpen() const;
     void tell(const QString &message, const QString &reason);
+    // Tells a failed outcome with its reason; one that was stopped is no failure.
+    void fail(const Outcome &outcome, const QString &message);
     // Opens a temporary PNG in the viewer; without a program it is told and the file removed.
     void openTemporary(const QString &path);
 
@@ -120,4 +126,6 @@ private:
     // and wait for.
     QThreadPool m_pool;
     std::shared_ptr<std::atomic<bool>> m_canceled = std::make_shared<std::atomic<bool>>(false);
+    // Set by cancelRunning for the work started before it; work started after gets a new one.
+    std::shared_ptr<std::atomic<bool>> m_stopped = std::make_shared<std::atomic<bool>>(false);
 };
