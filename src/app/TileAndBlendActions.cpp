@@ -27,6 +27,8 @@ TileAndBlendActions::TileAndBlendActions(UserDefaults &defaults, ImageBrowserCon
     , m_tilingProgress(tilingProgress)
     , m_progressSheet(new ProgressSheet(window))
     , m_tileSheet(new TileSheet(window))
+    // Framing draws the whole picture once more, with the window up (see BackgroundJob).
+    , m_frameJob(nullptr, BackgroundJob::Threads::SharedPool)
     // The copies keep their photos' file names: a folder of Tessary's own in the temporary
     // folder, so that a photo kept in the temporary folder itself is never written over.
     , m_temporaryFolder(QDir::temp().filePath(QStringLiteral("Tessary-%1").arg(qEnvironmentVariable("USER", QStringLiteral("user")))))
