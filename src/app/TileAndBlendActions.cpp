@@ -90,6 +90,8 @@ void TileAndBlendActions::tilePhotoFiles()
     QString photo;
     if (selected >= 0 && selected < m_browser.count())
         photo = m_browser.imageBookmarks().pathAtIndex(selected);
+    qCInfo(lcTessary, "Cutting %s into %d x %d tiles", qUtf8Printable(photo), m_tileSheet->cellRows(),
+           m_tileSheet->cellColumns());
     m_tiler.tilePhotoFiles(ImageBrowserController::imagesPath(), photo, m_tileSheet->cellRows(),
                            m_tileSheet->cellColumns());
 }

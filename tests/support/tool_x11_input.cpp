@@ -1,7 +1,8 @@
 // Acts on a program's window as a person at the keyboard would, on an X server of the test's
 // own (no window manager): tool_x11_input DISPLAY TITLE ACTION
-//   ACTION ctrl+q, ctrl+r, ...: gives the window the keyboard focus and types the key with
-//                               Control held;
+//   ACTION "ctrl+q", "9 Tab 9 Return", ...: gives the window the keyboard focus and types the
+//                               keys in turn (X key names), each with Control held where it
+//                               says ctrl+;
 //   close:                      asks the window to close, as its title bar's close button does
 //                               (WM_DELETE_WINDOW).
 // The window is the shown top-level window whose title is TITLE; it is waited for up to ten
@@ -13,6 +14,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <sstream>
 #include <string>
 #include <thread>
 
@@ -59,12 +61,17 @@ Window findWindow(Display *display, const std::string &wanted)
     return found;
 }
 
-void typeKey(Display *display, Window window, const char *key)
+// One key, "ctrl+" before its X name for Control held; false for a name X does not know.
+bool typeKey(Display *display, Window window, std::string key)
 {
-    XSetInputFocus(display, window, RevertToParent, CurrentTime);
-    XSync(display, False);
-    // The program takes the focus in before the key comes.
-    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    unsigned int state = 0;
+    if (key.rfind("ctrl+", 0) == 0) {
+        state = ControlMask;
+        key = key.substr(5);
+    }
+    const KeySym symbol = XStringToKeysym(key.c_str());
+    if (symbol == NoSymbol)
+        return false;
     XEvent event{};
     event.xkey.display = display;
     event.xkey.window = window;
@@ -73,13 +80,32 @@ void typeKey(Display *display, Window window, const char *key)
     event.xkey.time = CurrentTime;
     event.xkey.x = event.xkey.y = event.xkey.x_root = event.xkey.y_root = 1;
     event.xkey.same_screen = True;
-    event.xkey.state = ControlMask;
-    event.xkey.keycode = XKeysymToKeycode(display, XStringToKeysym(key));
+    event.xkey.state = state;
+    event.xkey.keycode = XKeysymToKeycode(display, symbol);
     event.type = KeyPress;
     XSendEvent(display, window, True, KeyPressMask, &event);
     event.type = KeyRelease;
     XSendEvent(display, window, True, KeyReleaseMask, &event);
     XSync(display, False);
+    return true;
+}
+
+// The keys of ACTION, separated by spaces, typed in turn into the window given the focus.
+bool typeKeys(Display *display, Window window, const std::string &keys)
+{
+    XSetInputFocus(display, window, RevertToParent, CurrentTime);
+    XSync(display, False);
+    // The program takes the focus in before the first key comes.
+    std::this_thread::sleep_for(std::chrono::milliseconds(150));
+    std::istringstream words(keys);
+    std::string key;
+    while (words >> key) {
+        if (!typeKey(display, window, key))
+            return false;
+        // Each key is handled before the next comes (a pop-up's search, a focus move).
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return true;
 }
 
 void askToClose(Display *display, Window window)
@@ -100,15 +126,11 @@ void askToClose(Display *display, Window window)
 
 int main(int argc, char **argv)
 {
-    if (argc != 4) {
-        std::fprintf(stderr, "usage: %s DISPLAY TITLE ctrl+KEY|close\n", argv[0]);
+    if (argc != 4 || !*argv[3]) {
+        std::fprintf(stderr, "usage: %s DISPLAY TITLE \"[ctrl+]KEY...\"|close\n", argv[0]);
         return 2;
     }
     const std::string action = argv[3];
-    if (action != "close" && action.rfind("ctrl+", 0) != 0) {
-        std::fprintf(stderr, "%s: unknown action %s\n", argv[0], argv[3]);
-        return 2;
-    }
     Display *display = XOpenDisplay(argv[1]);
     if (!display) {
         std::fprintf(stderr, "%s: cannot open display %s\n", argv[0], argv[1]);
@@ -125,10 +147,15 @@ int main(int argc, char **argv)
         XCloseDisplay(display);
         return 1;
     }
+    bool typed = true;
     if (action == "close")
         askToClose(display, window);
     else
-        typeKey(display, window, action.substr(5).c_str());
+        typed = typeKeys(display, window, action);
     XCloseDisplay(display);
+    if (!typed) {
+        std::fprintf(stderr, "%s: unknown key in %s\n", argv[0], argv[3]);
+        return 2;
+    }
     return 0;
 }
