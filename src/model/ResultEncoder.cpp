@@ -11,10 +11,13 @@
 #include <QSaveFile>
 #include <QScopeGuard>
 
+#include <tiffio.h>
 #include <webp/encode.h>
 #include <webp/mux.h>
 
 #include <algorithm>
+#include <cstdarg>
+#include <mutex>
 
 namespace {
 
@@ -23,6 +26,37 @@ using Canceled = ResultEncoder::Canceled;
 bool isCanceled(const Canceled &canceled)
 {
     return canceled && canceled();
+}
+
+// libtiff (on the standard error stream, of its own accord) and Qt's JPEG writer (in its
+// logging category) tell of every failed write. A write refused because the work was given up
+// is no error worth a line on the terminal: while this thread's encoder is being stopped, their
+// complaints are dropped; all others still go where they went.
+thread_local bool tGivingUp = false;
+TIFFErrorHandler gTiffErrors = nullptr;
+QtMessageHandler gQtMessages = nullptr;
+
+void tiffError(const char *module, const char *format, va_list args)
+{
+    if (!tGivingUp && gTiffErrors)
+        gTiffErrors(module, format, args);
+}
+
+void qtMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    if (tGivingUp && context.category && qstrcmp(context.category, "qt.gui.imageio.jpeg") == 0)
+        return;
+    if (gQtMessages)
+        gQtMessages(type, context, text);
+}
+
+void quietWhenGivingUp()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        gTiffErrors = TIFFSetErrorHandler(tiffError);
+        gQtMessages = qInstallMessageHandler(qtMessage);
+    });
 }
 
 // Passes an encoder's writes (and seeks, for TIFF) on to the real device until the work is
@@ -54,6 +88,7 @@ protected:
     {
         if (isCanceled(m_canceled)) {
             m_wasCanceled = true;
+            tGivingUp = true;
             setErrorString(ResultEncoder::canceledReason());
             return -1;
         }
@@ -141,7 +176,9 @@ bool writeWebp(const QImage &image, QIODevice &device, int quality, QString *err
 bool writeWithQt(const QImage &image, QIODevice &device, const ResultEncoder::Settings &settings, QString *error,
                  const Canceled &canceled)
 {
+    quietWhenGivingUp();
     GuardedDevice guarded(device, canceled);
+    const auto given = qScopeGuard([] { tGivingUp = false; });
     QImageWriter writer(&guarded, settings.format);
     if (ResultFormat::hasQuality(settings.format))
         writer.setQuality(std::clamp(settings.quality, 0, 100));

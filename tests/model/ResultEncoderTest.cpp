@@ -12,6 +12,7 @@
 #include <QDir>
 #include <QImageReader>
 #include <QPainter>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -180,11 +181,13 @@ TEST(ResultEncoder, FailuresSayWhyInTheSystemsWordsAndLeaveTheOldFile)
 // Quitting gives a write up half way, in every format: the encoder is stopped where it stands
 // (PNG between bands, JPEG, TIFF and BMP at their next write, WebP from its progress), the write
 // says so, and the folder holds neither the file nor any piece of it; the file there before
-// stays. Given up before it starts, nothing is encoded at all.
+// stays. Given up before it starts, nothing is encoded at all. Nothing is said on the terminal.
 TEST(ResultEncoder, AGivenUpWriteLeavesNoFileInEveryFormat)
 {
     const QImage image = noise(QSize(1600, 1200));
     for (const QByteArray &format : ResultFormat::writableFormats()) {
+        testing::internal::CaptureStderr();
+        const auto quiet = qScopeGuard([] { EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string()); });
         SCOPED_TRACE(format.constData());
         for (const int askedBeforeGivingUp : {0, 3}) {
             SCOPED_TRACE(askedBeforeGivingUp);
