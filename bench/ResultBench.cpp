@@ -14,15 +14,20 @@
 #include <QAction>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
+#include <QDir>
+#include <QElapsedTimer>
 #include <QLoggingCategory>
 #include <QPainter>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QThread>
 #include <QTimer>
 
 #include <benchmark/benchmark.h>
 
+#include <atomic>
 #include <memory>
+#include <thread>
 
 // The result window's work as a person meets it: Make Collage with the 49 factory photos from
 // the key press to the picture shown (the one-second pause included), and saving a
@@ -169,5 +174,50 @@ void BM_SaveResult26MP(benchmark::State &state)
     QLoggingCategory::setFilterRules(QString());
 }
 BENCHMARK(BM_SaveResult26MP)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
+
+} // namespace
+
+namespace {
+
+// Quitting during a save: a 26-megapixel save given up 50 ms after it started, and how long
+// the write then takes to stop ("stop_ms"; the program quits once it has). The folder must be
+// left with no file. Argument: 0 PNG, 1 JPEG (quality 90), 2 LZW TIFF, 3 WebP (quality 90).
+void BM_SaveGivenUp26MP(benchmark::State &state)
+{
+    static const char *const formats[] = {"png", "jpeg", "tiff", "webp"};
+    ResultEncoder::Settings settings;
+    settings.format = formats[state.range(0)];
+    settings.quality = 90;
+    const QImage picture = result26MP();
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("result.") + settings.format);
+    double worst = 0;
+    QString outcome;
+    for (auto _ : state) {
+        std::atomic<bool> giveUp{false};
+        QElapsedTimer clock;
+        qint64 stoppedAt = -1;
+        bool written = false;
+        std::thread writer([&] {
+            written = ResultEncoder::writeFile(picture, path, settings, nullptr, {}, [&giveUp] { return giveUp.load(); });
+            stoppedAt = clock.nsecsElapsed();
+        });
+        QThread::msleep(50);
+        clock.start();
+        giveUp = true;
+        writer.join();
+        worst = std::max(worst, double(stoppedAt) / 1e6);
+        if (written)
+            outcome = QStringLiteral("written before it was given up");
+        else if (!QDir(dir.path()).isEmpty())
+            outcome = QStringLiteral("A FILE WAS LEFT");
+        else if (outcome.isEmpty())
+            outcome = QStringLiteral("no file left");
+        QFile::remove(path);
+    }
+    state.counters["stop_ms"] = worst;
+    state.SetLabel(QStringLiteral("%1, %2").arg(QLatin1String(settings.format), outcome).toStdString());
+}
+BENCHMARK(BM_SaveGivenUp26MP)->DenseRange(0, 3)->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(3);
 
 } // namespace

@@ -7,7 +7,8 @@ packages=(
   build-essential cmake ninja-build pkg-config git
   qt6-base-dev qt6-base-dev-tools libqt6sql6-sqlite libsqlite3-dev qt6-image-formats-plugins
   qt6-multimedia-dev qt6-webengine-dev
-  libvips-dev libexiv2-dev
+  libvips-dev libexiv2-dev libwebp-dev libtiff-dev
+  libx11-dev
   libplist-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   clang-14 libclang-rt-14-dev

@@ -103,10 +103,14 @@ void HalvernDesktopController::awakeFromNib()
 
     connectTileAndBlend();
     connectResultOutputs();
-    // Ctrl+Q quits from every window of the program, not only from the main window.
+    // Ctrl+Q quits from every window of the program, not only from the main window: also from
+    // the progress sheet of a blend and the please-wait window of a render (quitting cancels
+    // their work).
     if (QAction *quit = window->action(QStringLiteral("quit"))) {
         for (QWidget *w : {static_cast<QWidget *>(m_resultWindow), static_cast<QWidget *>(m_editorWindow.get()),
-                           static_cast<QWidget *>(m_preferencesWindow)})
+                           static_cast<QWidget *>(m_preferencesWindow),
+                           static_cast<QWidget *>(&m_tileAndBlend->progressSheet()),
+                           static_cast<QWidget *>(m_pleaseWaitWindow)})
             w->addAction(quit);
     }
 }
@@ -322,6 +326,11 @@ void HalvernDesktopController::applicationWillTerminate()
     if (m_terminated)
         return;
     m_terminated = true;
+    // Long work stops first (a blend, a cut, a render, a save or copy): quitting never waits
+    // for it, and what is saved below has the machine to itself.
+    m_tileAndBlend->cancelAllWork();
+    m_collageMaker->cancel();
+    m_resultOutputs->cancelAll();
     Preferences prefs(m_defaults);
     prefs.setTessaryBackgroundColor(m_mainWindow->tessaryView().tessaryBackgroundColor());
     MainWindowState(m_defaults).setWindowFrame(m_mainWindow->normalGeometry(), m_mainWindow->isMaximized());
@@ -393,13 +402,15 @@ void HalvernDesktopController::resizeFudge()
 
 void HalvernDesktopController::displayResultForBlender(const QImage &image)
 {
-    const QImage framed = m_tileAndBlend->insetForBlender(image);
-    m_tileAndBlend->progressSheet().endSheet();
-    if (framed.isNull()) {
-        m_alerts.beep(); // no photo could be read
-        return;
-    }
-    displayResult(framed, true);
+    // Framed off the window's thread; the sheet ends when the framed picture is there.
+    m_tileAndBlend->frameForBlender(image, [this](const QImage &framed) {
+        m_tileAndBlend->progressSheet().endSheet();
+        if (framed.isNull()) {
+            m_alerts.beep(); // no photo could be read
+            return;
+        }
+        displayResult(framed, true);
+    });
 }
 
 void HalvernDesktopController::initEditor()

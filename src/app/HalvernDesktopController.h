@@ -83,7 +83,8 @@ public:
     // Puts a rendered or blended picture into the result window, bringing the window forward
     // first when isButton is set.
     void displayResult(const QImage &image, bool isButton);
-    // A blend's picture: framed by the matching margin, the progress sheet ended, then shown.
+    // A blend's picture: framed by the matching margin (drawn off the window's thread), the
+    // progress sheet ended, then shown.
     void displayResultForBlender(const QImage &image);
     // Tiling and the blend commands, with their sheets.
     TileAndBlendActions &tileAndBlendActions() const { return *m_tileAndBlend; }

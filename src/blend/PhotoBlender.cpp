@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <QObject>
 #include <QRect>
+#include <QTemporaryDir>
 #include <QUuid>
 
 #include <algorithm>
@@ -717,9 +718,34 @@ Plan planPicture(const std::vector<Photo> &photos, PhotoBlender::Arrangement arr
     return plan;
 }
 
-// The picture as libvips will compute it: every step so far only describes it.
+// A square's finished row, kept until the rows are joined: in memory, or, when larger than
+// the options allow, in an uncompressed tiled TIFF in a temporary folder of the blend's own,
+// read back a few tiles at a time (rows of 24-megapixel photos are about 280 MB each).
+VImage keptRow(const VImage &row, const PhotoBlender::Options &options, std::optional<QTemporaryDir> *aside)
+{
+    const qint64 bytes = qint64(row.width()) * row.height() * row.bands();
+    if (bytes <= options.rowBytesInMemory)
+        return materialised(row);
+    if (!*aside) {
+        const QString folder = options.temporaryFolder.isEmpty() ? QDir::tempPath() : options.temporaryFolder;
+        aside->emplace(QDir(folder).filePath(QStringLiteral("tessary-blend-XXXXXX")));
+        if (!(*aside)->isValid())
+            throw VError("no temporary folder for the rows");
+    }
+    const QByteArray path = QFile::encodeName(
+        (*aside)->filePath(QUuid::createUuid().toString(QUuid::WithoutBraces) + QStringLiteral(".tif")));
+    watched(row).tiffsave(path.constData(), VImage::option()
+                                                ->set("tile", true)
+                                                ->set("tile_width", 512)
+                                                ->set("tile_height", 512)
+                                                ->set("compression", VIPS_FOREIGN_TIFF_COMPRESSION_NONE));
+    return VImage::new_from_file(path.constData(), VImage::option()->set("access", VIPS_ACCESS_RANDOM));
+}
+
+// The picture as libvips will compute it: every step so far only describes it. `aside`: where
+// a square's large rows wait (made when first needed, removed by the caller).
 VImage describePicture(const std::vector<Photo> &photos, const Plan &plan, bool random, bool findJoins,
-                       const Stages &stages)
+                       const Stages &stages, const PhotoBlender::Options &options, std::optional<QTemporaryDir> *aside)
 {
     int done = 0;
     int joins = 0;
@@ -752,7 +778,7 @@ VImage describePicture(const std::vector<Photo> &photos, const Plan &plan, bool 
         // its neighbours.
         const VImage row = materialised(chain(pictures, &sources, false, plan.margin, findJoins, stages, &done, joins));
         const int height = std::max(1, int(std::lround(double(row.height()) * plan.rowWidth / row.width())));
-        rows.push_back(materialised(resizedTo(row, QSize(plan.rowWidth, height))));
+        rows.push_back(keptRow(resizedTo(row, QSize(plan.rowWidth, height)), options, aside));
     }
     return chain(rows, nullptr, true, plan.margin, findJoins, stages, &done, joins);
 }
@@ -817,9 +843,11 @@ PhotoBlender::Outcome run(const std::function<std::vector<Photo>(const Stages &)
                               .arg(plan.wholeMegapixels, 0, 'f', 0);
         // Photos are read as streams; should libvips need one out of order, every photo is
         // read whole instead.
+        std::optional<QTemporaryDir> aside; // goes after the picture that reads from it
         for (const bool random : {false, true}) {
             try {
-                VImage picture = framed(describePicture(photos, plan, random, options.findJoins, stages), options);
+                VImage picture = framed(describePicture(photos, plan, random, options.findJoins, stages, options, &aside),
+                                        options);
                 stages.check();
                 stages.message(QObject::tr("Blending…"));
                 picture = watched(picture);

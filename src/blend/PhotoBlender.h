@@ -25,9 +25,10 @@
 // Memory stays bounded: the geometry is planned from the photos' headers, each photo is
 // decoded while the picture is made (at a reduced scale where the format allows) and never held
 // whole, and with a megapixel limit the photos are scaled before they are joined so the picture
-// never exists at more than the limit. The pixel work is done by libvips; this class is the only
-// place that talks to it. Every call works on the calling thread and can be cancelled through
-// its Progress: it then returns within a fraction of a second, having written nothing.
+// never exists at more than the limit; a square's large rows wait for their joins on disk.
+// The pixel work is done by libvips; this class is the only place that talks to it. Every call
+// works on the calling thread and can be cancelled through its Progress: it then returns within
+// a fraction of a second, having written nothing.
 class PhotoBlender
 {
 public:
@@ -48,6 +49,10 @@ public:
         double megapixelLimit = 0;    // megapixels; 0: no limit
         int border = 0;               // pixels of `background` around the picture
         QColor background = Qt::white;
+        // A square's rows larger than this (bytes) wait for their joins in a temporary file
+        // in `temporaryFolder` (empty: the system's), not in memory; it goes with the blend.
+        qint64 rowBytesInMemory = qint64(128) << 20;
+        QString temporaryFolder;
     };
 
     // Reports and the cancel check, on the thread doing the work; each may be empty.

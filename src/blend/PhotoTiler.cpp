@@ -2,6 +2,7 @@
 
 #include "images/BottomLeftCoordinates.h"
 #include "images/UIImage.h"
+#include "foundation/Log.h"
 
 #include <QFile>
 #include <QUuid>
@@ -102,9 +103,16 @@ void PhotoTiler::tilePhotoFiles(const QString &imagesPath, const QString &photoP
         return;
     const auto pause = m_pause;
     m_job.start([imagesPath, photoPath, rows, columns, pause](BackgroundJob::Control &control) {
+        int made = 0, total = -1;
         cutPhoto(photoPath, imagesPath, rows, columns, pause,
-                 [&control](const QString &path, int done, int total) { control.post(QVariantList{path, done, total}); },
+                 [&](const QString &path, int done, int all) {
+                     made = done;
+                     total = all;
+                     control.post(QVariantList{path, done, total});
+                 },
                  control.canceledFlag());
+        if (control.isCanceled() && made != total)
+            qCInfo(lcTessary, "The cut was stopped before it was done");
         return QVariant();
     });
 }

@@ -1,5 +1,7 @@
 #include "BackgroundJob.h"
 
+#include <QDeadlineTimer>
+#include <QThread>
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <cmath>
@@ -22,8 +24,9 @@ void BackgroundJob::Control::post(const QVariant &partial)
     m_job->deliver(m_generation, [job = m_job, partial] { emit job->partialResult(partial); });
 }
 
-BackgroundJob::BackgroundJob(QObject *parent)
+BackgroundJob::BackgroundJob(QObject *parent, Threads threads)
     : QObject(parent)
+    , m_threads(threads)
 {
     m_pool.setMaxThreadCount(1);
 }
@@ -31,7 +34,21 @@ BackgroundJob::BackgroundJob(QObject *parent)
 BackgroundJob::~BackgroundJob()
 {
     cancel();
-    m_pool.waitForDone();
+    waitForDone();
+}
+
+bool BackgroundJob::waitForDone(int msecs)
+{
+    if (m_threads == Threads::Own)
+        return m_pool.waitForDone(msecs);
+    // Not the global pool's waitForDone: that waits for everyone's work.
+    QDeadlineTimer deadline(msecs < 0 ? QDeadlineTimer(QDeadlineTimer::Forever) : QDeadlineTimer(msecs));
+    while (m_sharedRunning->load() > 0) {
+        if (deadline.hasExpired())
+            return false;
+        QThread::msleep(1);
+    }
+    return true;
 }
 
 void BackgroundJob::start(Work work)
@@ -42,13 +59,22 @@ void BackgroundJob::start(Work work)
     m_canceled = canceled;
     m_running = true;
     // The future is not kept: the reports and the result come back by queued calls.
-    (void)QtConcurrent::run(&m_pool, [this, generation, canceled, work = std::move(work)] {
+    auto run = [this, generation, canceled, work = std::move(work)] {
         Control control(this, generation, canceled);
         const QVariant result = work(control);
         deliver(generation, [this, result, canceled] {
             m_running = false;
             emit finished(result, canceled->load());
         });
+    };
+    if (m_threads == Threads::Own) {
+        (void)QtConcurrent::run(&m_pool, std::move(run));
+        return;
+    }
+    ++*m_sharedRunning;
+    (void)QtConcurrent::run(QThreadPool::globalInstance(), [running = m_sharedRunning, run = std::move(run)] {
+        run();
+        --*running;
     });
 }
 

@@ -18,8 +18,12 @@
 // finished() still comes, with `canceled` set. A new start() while work runs cancels that work
 // and drops its later reports, so a window never hears from work it gave up; the new work begins
 // once the old has returned. The destructor cancels and waits, so quitting never leaves work
-// behind. The job's thread is never one of the global pool's: Qt's image operations split their
-// work over that pool and wait for it.
+// behind. By default the job's thread is its own, never one of the global pool's: Qt's image
+// operations split their work over that pool and wait for it, so the work goes faster. The
+// window's own painting waits on that pool too, behind all of those pieces: work that paints or
+// scales a large picture while the window is up runs on a thread of the global pool instead
+// (SharedPool), where Qt keeps its operations on the one thread, and the window's pieces find
+// the rest of the pool free.
 class BackgroundJob : public QObject
 {
     Q_OBJECT
@@ -48,7 +52,9 @@ public:
     };
     using Work = std::function<QVariant(Control &control)>;
 
-    explicit BackgroundJob(QObject *parent = nullptr);
+    enum class Threads { Own, SharedPool };
+
+    explicit BackgroundJob(QObject *parent = nullptr, Threads threads = Threads::Own);
     ~BackgroundJob() override;
 
     void start(Work work);
@@ -56,7 +62,7 @@ public:
     // From start() until finished() of the latest work has been delivered.
     bool isRunning() const { return m_running; }
     // Waits until no work is left on the job's thread (tests, quitting); false on a timeout.
-    bool waitForDone(int msecs = -1) { return m_pool.waitForDone(msecs); }
+    bool waitForDone(int msecs = -1);
 
 signals:
     void progressChanged(double fraction);
@@ -69,6 +75,9 @@ private:
     void deliver(quint64 generation, std::function<void()> report);
 
     QThreadPool m_pool;
+    Threads m_threads;
+    // The work started on the global pool, not yet returned.
+    std::shared_ptr<std::atomic<int>> m_sharedRunning = std::make_shared<std::atomic<int>>(0);
     quint64 m_generation = 0;
     bool m_running = false;
     std::shared_ptr<std::atomic<bool>> m_canceled;

@@ -13,6 +13,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <atomic>
 #include <vector>
 
 namespace {
@@ -110,13 +111,21 @@ bool ParallelPngWriter::write(const QImage &image, QIODevice &device, const Opti
     QMutex progressMutex;
     int bandsDone = 0;
     const int bandCount = int(bands.size());
+    std::atomic<bool> canceled{false};
     QtConcurrent::blockingMap(&pool, bands, [&](Band &band) {
+        if (canceled.load() || (options.canceled && options.canceled())) {
+            canceled = true;
+            return;
+        }
         encodeBand(image, channels, level, band);
         if (options.progress) {
             QMutexLocker lock(&progressMutex);
             options.progress(++bandsDone, bandCount);
         }
     });
+
+    if (canceled.load())
+        return fail(QStringLiteral("the work was given up"));
 
     QByteArray header("\x89PNG\r\n\x1a\n", 8);
     QByteArray ihdr(13, '\0');

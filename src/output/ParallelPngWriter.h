@@ -27,6 +27,9 @@ public:
         int dotsPerMeter = 0;
         // Called as bands are compressed (from worker threads, one call at a time).
         std::function<void(int done, int total)> progress = {};
+        // Asked before each band (from worker threads): true gives the write up, with nothing
+        // more written to the device.
+        std::function<bool()> canceled = {};
     };
 
     // The PNG file's bytes, written to `device`; false with `error` set when the picture is null

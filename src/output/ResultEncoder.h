@@ -10,7 +10,9 @@
 // Turns a result picture into file bytes: in the format and with the options chosen in the save
 // dialog, optionally resampled to a print size with its resolution, and as the LZW-compressed
 // TIFF that the clipboard and the pending output path carry. PNG goes through the parallel
-// writer, so a 26-megapixel collage is written on every core.
+// writer, so a 26-megapixel collage is written on every core. Every encode can be given up half
+// way (quitting does): PNG between bands, JPEG, TIFF and BMP at their next write, WebP through
+// its encoder's progress.
 //
 // Everything here may run on a worker thread; nothing touches a window.
 class ResultEncoder
@@ -26,6 +28,9 @@ public:
 
     // Called as the work advances (from the calling or a worker thread, one call at a time).
     using Progress = std::function<void(int done, int total)>;
+    // Asked as the work advances (from the calling or worker threads): true gives the work up
+    // (the program is quitting). The write then fails soon after, saying so, and leaves no file.
+    using Canceled = std::function<bool()>;
 
     // The picture as it is written: resampled to the settings' pixel size (filling it, centred,
     // with the picture's proportions kept), with their resolution, and flattened on white for a
@@ -35,15 +40,18 @@ public:
     // both ends; the picture itself when it already has that size.
     static QImage resampled(const QImage &image, const QSize &size);
 
-    // Writes the file atomically: a failed write leaves any earlier file in place and says why.
+    // Writes the file atomically: a failed or cancelled write leaves any earlier file in place
+    // (and no other) and says why.
     static bool writeFile(const QImage &image, const QString &path, const Settings &settings,
-                          QString *error = nullptr, const Progress &progress = {});
+                          QString *error = nullptr, const Progress &progress = {}, const Canceled &canceled = {});
     // The file's bytes in memory; empty with `error` set on failure.
     static QByteArray encode(const QImage &image, const Settings &settings, QString *error = nullptr,
-                             const Progress &progress = {});
+                             const Progress &progress = {}, const Canceled &canceled = {});
+    // The reason a cancelled write gives.
+    static QString canceledReason();
 
     // The picture as a TIFF file with LZW compression.
-    static QByteArray lzwTiff(const QImage &image);
+    static QByteArray lzwTiff(const QImage &image, const Canceled &canceled = {});
     // The picture as a PNG file, compressed on every core.
-    static QByteArray png(const QImage &image);
+    static QByteArray png(const QImage &image, const Canceled &canceled = {});
 };

@@ -165,15 +165,15 @@ TEST_F(PrintOutputsTest, PrintToAFileStopAndFailure)
     printer.setPageOrientation(QPageLayout::Portrait);
     QSignalSpy done(&print(), &PrintOutputs::printed);
     print().printNow();
-    EXPECT_TRUE(print().stopButton().isVisible());
+    EXPECT_TRUE(window().stopWorkButton().isVisible());
     ASSERT_TRUE(QTest::qWaitFor([&] { return done.count() == 1; }, 30000));
     EXPECT_TRUE(done.at(0).at(0).toBool());
-    EXPECT_FALSE(print().stopButton().isVisible());
+    EXPECT_FALSE(window().stopWorkButton().isVisible());
 
     QSignalSpy written(&print(), &PrintOutputs::pdfWritten);
     const QString stopped = dir.filePath(QStringLiteral("stopped.pdf"));
     print().writePdf(stopped);
-    QTest::mouseClick(&print().stopButton(), Qt::LeftButton);
+    QTest::mouseClick(&window().stopWorkButton(), Qt::LeftButton);
     ASSERT_TRUE(QTest::qWaitFor([&] { return written.count() == 1; }, 30000));
     EXPECT_FALSE(written.at(0).at(1).toBool());
     EXPECT_FALSE(QFileInfo::exists(stopped));

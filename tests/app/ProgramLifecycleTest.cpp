@@ -4,6 +4,7 @@
 #include "foundation/Preferences.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
@@ -11,6 +12,7 @@
 #include <QTest>
 
 #include <csignal>
+#include <cstdio>
 
 namespace {
 
@@ -36,50 +38,182 @@ protected:
     static QString program() { return QStringLiteral(TESSARY_BINARY_DIR "/bin/tessary"); }
 };
 
-// Logout sends SIGTERM, a terminal SIGHUP, Ctrl+C SIGINT: the program quits through its event
-// loop and saves what Quit saves, also in the middle of a long blend, which quitting cancels.
-TEST_F(ProgramLifecycleTest, TerminationSignalsSaveLikeQuitEvenDuringABlend)
+// A virtual X server of the test's own (no window manager), and a person's keyboard and close
+// button on it (tool_x11_input).
+class XServer
 {
-    // Photos large enough that blending them takes a while.
-    QStringList photos;
-    for (int i = 0; i < 10; ++i) {
-        QImage photo(2000, 1500, QImage::Format_RGB32);
-        photo.fill(QColor(40 + 15 * i, 110, 190 - 10 * i));
-        photos.append(dir.filePath(QStringLiteral("photo-%1.png").arg(i)));
-        ASSERT_TRUE(photo.save(photos.last(), "PNG", 100));
+public:
+    XServer()
+    {
+        const QString xvfb = QStandardPaths::findExecutable(QStringLiteral("Xvfb"));
+        if (xvfb.isEmpty() || !QFileInfo::exists(tool()))
+            return;
+        // The server picks a free display and says which on its standard output.
+        m_server.start(xvfb, {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-nolisten"),
+                              QStringLiteral("tcp"), QStringLiteral("-screen"), QStringLiteral("0"),
+                              QStringLiteral("1600x1000x24")});
+        if (!m_server.waitForStarted(10000))
+            return;
+        QByteArray number;
+        const bool told = QTest::qWaitFor([&] {
+            m_server.waitForReadyRead(100);
+            number += m_server.readAllStandardOutput();
+            return number.contains('\n');
+        }, 10000);
+        if (!told || number.trimmed().isEmpty())
+            return;
+        m_display = QStringLiteral(":") + QString::fromLatin1(number.trimmed());
     }
+    ~XServer()
+    {
+        m_server.terminate();
+        m_server.waitForFinished(5000);
+    }
+    QString display() const { return m_display; }
+    // Keys typed into the shown window of that title ("ctrl+q", "9 Tab 9 Return"), or "close"
+    // (its close button).
+    bool act(const QString &title, const QString &action) const
+    {
+        return QProcess::execute(tool(), {m_display, title, action}) == 0;
+    }
+
+private:
+    static QString tool() { return QStringLiteral(TESSARY_BINARY_DIR "/bin/tool_x11_input"); }
+    QProcess m_server;
+    QString m_display;
+};
+
+// Quit (Ctrl+Q in the window in front), closing the main window, and the signals of a logout
+// (SIGTERM), Ctrl+C (SIGINT) and a closed terminal (SIGHUP), when idle and in the middle of a
+// blend, a cut into tiles, a collage render and a save: the work is given up (the program's log
+// says so), the program quits at once through its event loop with what Quit saves saved, and a
+// result being written leaves no file, not even a part. A blend's window cannot be closed under
+// its progress sheet (closing the sheet is its Abort): Quit and the signals are the ways out there.
+TEST_F(ProgramLifecycleTest, QuittingInEveryWayDuringLongWorkGivesItUp)
+{
+    XServer x;
+    if (x.display().isEmpty())
+        GTEST_SKIP() << "no Xvfb or no tool_x11_input";
+    // Grainy photos, slow enough to decode that a render or a blend of them takes a while.
+    QStringList photos;
+    for (int i = 0; i < 8; ++i) {
+        QImage photo(3000, 2000, QImage::Format_RGB32);
+        quint32 seed = 2654435761u * quint32(i + 1);
+        for (int y = 0; y < photo.height(); ++y) {
+            auto *line = reinterpret_cast<quint32 *>(photo.scanLine(y));
+            for (int x = 0; x < photo.width(); ++x) {
+                seed = seed * 1664525u + 1013904223u;
+                line[x] = 0xff000000u | (seed >> 8);
+            }
+        }
+        photos.append(dir.filePath(QStringLiteral("photo-%1.jpg").arg(i)));
+        ASSERT_TRUE(photo.save(photos.last(), "JPEG", 90));
+    }
+    const QString results = dir.filePath(QStringLiteral("results"));
+    ASSERT_TRUE(QDir().mkpath(results));
+    const QString result = QDir(results).filePath(QStringLiteral("blend.tif"));
     defaults.reset(); // the program owns the store while it runs
+
+    const QStringList blend = QStringList{"--blend", "left-to-right"} + photos;
+    // Half of them: the picture is made sooner, and writing it still takes a while.
+    const QStringList save = QStringList{"--write-result", result, "--blend", "left-to-right"} + photos.mid(0, 4);
+    struct Keys {
+        const char *window = nullptr; // none: nothing typed
+        const char *keys = nullptr;
+    };
+    // Make Collage, as a person asks for it; Cut Photo into Tiles of the first photo, 9 x 9.
+    const Keys render{"Tessary", "ctrl+r"};
+    const Keys tiles{"Tessary", "ctrl+t"};
+    const Keys cut{"Tile Photo", "9 Tab 9 Return"};
+    const char *const blending = "The blend was stopped before it was done";
+    const char *const cutting = "The cut was stopped before it was done";
+    const char *const rendering = "The render was stopped before it was done";
+    const char *const saving = "The result was not written to";
     const struct {
         const char *name;
-        int signal;
         QStringList arguments;
+        Keys start[2];       // what starts the work, once the window is up
         const char *running; // logged once the work is under way
+        Keys quit;           // Ctrl+Q or "close" in a window; none: `signal`
+        int signal;
+        const char *given;   // logged when the work was given up (none: idle)
     } cases[] = {
-        {"SIGTERM when idle", SIGTERM, {}, "documentsPath = "},
-        {"SIGTERM during a blend", SIGTERM, QStringList{"--blend", "left-to-right"} + photos, "Blending "},
-        {"SIGINT during a blend", SIGINT, QStringList{"--blend", "bottom-to-top"} + photos, "Blending "},
-        {"SIGHUP during a blend", SIGHUP, QStringList{"--blend", "square"} + photos, "Blending "},
+        {"SIGTERM when idle", photos, {}, "documentsPath = ", {}, SIGTERM, nullptr},
+        {"Ctrl+Q during a blend", blend, {}, "Blending ", {"Blending", "ctrl+q"}, 0, blending},
+        {"SIGTERM during a blend", blend, {}, "Blending ", {}, SIGTERM, blending},
+        {"SIGINT during a blend", blend, {}, "Blending ", {}, SIGINT, blending},
+        {"SIGHUP during a blend", blend, {}, "Blending ", {}, SIGHUP, blending},
+        {"Ctrl+Q during a cut", photos, {tiles, cut}, "Cutting ", {"Tessary", "ctrl+q"}, 0, cutting},
+        {"closing the window during a cut", photos, {tiles, cut}, "Cutting ", {"Tessary", "close"}, 0, cutting},
+        {"SIGHUP during a cut", photos, {tiles, cut}, "Cutting ", {}, SIGHUP, cutting},
+        {"Ctrl+Q during a render", photos, {render}, "Rendering the collage", {"Making the Collage", "ctrl+q"}, 0,
+         rendering},
+        {"closing the window during a render", photos, {render}, "Rendering the collage", {"Tessary", "close"}, 0,
+         rendering},
+        {"SIGTERM during a render", photos, {render}, "Rendering the collage", {}, SIGTERM, rendering},
+        {"SIGINT during a render", photos, {render}, "Rendering the collage", {}, SIGINT, rendering},
+        {"Ctrl+Q during a save", save, {}, "Writing the result to", {"Collage", "ctrl+q"}, 0, saving},
+        {"closing the window during a save", save, {}, "Writing the result to", {"Tessary", "close"}, 0, saving},
+        {"SIGTERM during a save", save, {}, "Writing the result to", {}, SIGTERM, saving},
+        {"SIGHUP during a save", save, {}, "Writing the result to", {}, SIGHUP, saving},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
+        // A store of its own: no welcome sheet in front of the window, and no factory photos
+        // (the list holds the photos given). Blends at full size, so writing one takes a while.
+        QFile::remove(storePath());
+        {
+            UserDefaults store(storePath());
+            store.setBool(true, Preferences::DoNotShowWelcomeWindowAgain);
+            store.setBool(false, Preferences::FirstRunLoadFactoryImages);
+            store.setBool(false, Preferences::MegapixelLimit);
+        }
+        QProcessEnvironment env = environment(QStringLiteral("xcb"));
+        env.insert(QStringLiteral("DISPLAY"), x.display());
+        env.remove(QStringLiteral("WAYLAND_DISPLAY"));
         QProcess tessary;
-        tessary.setProcessEnvironment(environment(QStringLiteral("offscreen")));
+        tessary.setProcessEnvironment(env);
         tessary.setProcessChannelMode(QProcess::MergedChannels);
         tessary.start(program(), c.arguments);
         ASSERT_TRUE(tessary.waitForStarted(10000));
         QByteArray output;
-        ASSERT_TRUE(QTest::qWaitFor([&] {
-            tessary.waitForReadyRead(100);
-            output += tessary.readAll();
-            return output.contains(c.running);
-        }, 30000)) << output.toStdString();
-        QTest::qWait(300);
-        ::kill(pid_t(tessary.processId()), c.signal);
-        ASSERT_TRUE(tessary.waitForFinished(30000));
+        const auto logged = [&](const char *line) {
+            return QTest::qWaitFor([&] {
+                tessary.waitForReadyRead(50);
+                output += tessary.readAll();
+                return output.contains(line);
+            }, 60000);
+        };
+        if (c.start[0].window) {
+            ASSERT_TRUE(logged("documentsPath = ")) << output.toStdString();
+        }
+        for (const Keys &keys : c.start) {
+            if (keys.window) {
+                ASSERT_TRUE(x.act(QString::fromLatin1(keys.window), QString::fromLatin1(keys.keys)));
+            }
+        }
+        ASSERT_TRUE(logged(c.running)) << output.toStdString();
+        QElapsedTimer quitting;
+        quitting.start();
+        if (c.quit.window)
+            ASSERT_TRUE(x.act(QString::fromLatin1(c.quit.window), QString::fromLatin1(c.quit.keys)));
+        else
+            ::kill(pid_t(tessary.processId()), c.signal);
+        const bool ended = tessary.waitForFinished(30000);
+        const qint64 quitMs = quitting.elapsed();
         output += tessary.readAll();
+        if (!ended)
+            ::kill(pid_t(tessary.processId()), SIGKILL);
+        ASSERT_TRUE(ended) << output.toStdString();
         EXPECT_EQ(tessary.exitStatus(), QProcess::NormalExit) << output.toStdString();
         EXPECT_EQ(tessary.exitCode(), 0) << output.toStdString();
+        if (c.given) {
+            EXPECT_TRUE(output.contains(c.given)) << output.toStdString();
+        }
         EXPECT_TRUE(output.contains("Finished saving image cache.")) << output.toStdString();
+        // Given up, not waited for: the log line above says so, and the figure shows it.
+        std::printf("[ figure   ] %s: quit %lld ms after it\n", c.name, static_cast<long long>(quitMs));
+        EXPECT_EQ(QDir(results).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden), QStringList());
 
         UserDefaults after(storePath());
         EXPECT_TRUE(after.hasObject(Preferences::TessaryBackgroundColor));

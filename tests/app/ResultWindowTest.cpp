@@ -27,12 +27,15 @@
 #include <QImageReader>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QProgressBar>
 #include <QSignalSpy>
 #include <QSpinBox>
+#include <QStatusBar>
 #include <QTest>
 #include <QThreadPool>
+#include <QToolButton>
 
 namespace {
 
@@ -454,6 +457,50 @@ TEST_F(ResultWindowTest, PendingOutputPathWritesOneLzwTiff)
     const QByteArray tiff = file.readAll();
     EXPECT_EQ(QImage::fromData(tiff, "tiff").size(), QSize(70, 50));
     EXPECT_EQ(tiffTag(tiff, 259), 5); // LZW
+}
+
+// Stop beside the bar, or quitting, during Save…: the write under way is given up rather than
+// waited for, and the folder is left as it was, with neither the file nor a part of it (a write
+// that went on to the end would have left the file: quitting waits for the work it gives up to
+// return). A save stopped is no failure: no alert, a word in the status bar.
+TEST_F(ResultWindowTest, StoppingOrQuittingDuringASaveGivesItUp)
+{
+    QImage grain(6000, 4000, QImage::Format_RGB32);
+    quint32 seed = 99;
+    for (int y = 0; y < grain.height(); ++y) {
+        auto *line = reinterpret_cast<quint32 *>(grain.scanLine(y));
+        for (int x = 0; x < grain.width(); ++x) {
+            seed = seed * 1664525u + 1013904223u;
+            line[x] = 0xff000000u | (seed >> 8);
+        }
+    }
+    ResultEncoder::Settings settings;
+    settings.format = "tiff";
+    settings.tiffCompression = 1;
+    for (const bool quit : {false, true}) {
+        SCOPED_TRACE(quit ? "quitting" : "Stop");
+        controller->displayResult(grain, true);
+        const QString folder = dir.filePath(quit ? QStringLiteral("quit") : QStringLiteral("stop"));
+        ASSERT_TRUE(QDir().mkpath(folder));
+        QSignalSpy saved(&outputs(), &ResultOutputs::saved);
+        outputs().saveImageToPath(QDir(folder).filePath(QStringLiteral("result.tif")), settings);
+        ASSERT_TRUE(window().stopWorkButton().isVisible());
+        QTest::qWait(150);
+        if (quit) {
+            controller->applicationWillTerminate(); // what quitting does, then the windows go
+            controller.reset();
+            EXPECT_EQ(saved.count(), 0);
+        } else {
+            QTest::mouseClick(&window().stopWorkButton(), Qt::LeftButton);
+            ASSERT_TRUE(QTest::qWaitFor([&] { return saved.count() == 1; }, 10000));
+            EXPECT_FALSE(saved.at(0).at(1).toBool());
+            EXPECT_EQ(window().findChild<QMessageBox *>(), nullptr);
+            EXPECT_FALSE(window().stopWorkButton().isVisible());
+            EXPECT_EQ(window().statusBar()->currentMessage(), QStringLiteral("Stopped; nothing was written."));
+            EXPECT_TRUE(window().action(QStringLiteral("saveResult"))->isEnabled());
+        }
+        EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden), QStringList());
+    }
 }
 
 // The plain TIFF save of a given picture, through its own dialog starting at "Untitled".

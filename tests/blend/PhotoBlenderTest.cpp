@@ -185,6 +185,15 @@ TEST(PhotoBlender, NoHolesForAnyMixOfShapes)
         if (!c.expected.isEmpty()) {
             EXPECT_EQ(out.size(), c.expected);
         }
+        if (c.arrangement == A::Square) {
+            // The rows kept in a file while they wait for their joins: the same picture, and
+            // the file gone with the blend.
+            QTemporaryDir aside;
+            options.rowBytesInMemory = 0;
+            options.temporaryFolder = aside.path();
+            EXPECT_EQ(PhotoBlender::blendImages(photos, c.arrangement, options).picture, out);
+            EXPECT_EQ(QDir(aside.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot), QStringList());
+        }
         int darkest = 255, lightest = 0, transparent = 0;
         for (int y = 0; y < out.height(); ++y) {
             for (int x = 0; x < out.width(); ++x) {

@@ -2,6 +2,8 @@
 
 #include <QSignalSpy>
 #include <QTest>
+#include <QThread>
+#include <QThreadPool>
 
 #include <gtest/gtest.h>
 
@@ -31,52 +33,66 @@ BackgroundJob::Work countingWork(const QString &name, int rounds, std::atomic<bo
 
 // Reports arrive on the owner's thread in order and end with the result; a cancel reaches the
 // work, which still reports its end; new work replaces old work, whose later reports are
-// dropped; destroying the job stops and waits for its work.
+// dropped; destroying the job stops and waits for its work. The same on a thread of the job's
+// own and on one of the global pool's.
 TEST(BackgroundJob, ReportsCancelsAndReplacesWork)
 {
-    BackgroundJob job;
-    QSignalSpy messages(&job, &BackgroundJob::messageChanged);
-    QSignalSpy partials(&job, &BackgroundJob::partialResult);
-    QSignalSpy progress(&job, &BackgroundJob::progressChanged);
-    QSignalSpy finished(&job, &BackgroundJob::finished);
+    using Threads = BackgroundJob::Threads;
+    for (const Threads threads : {Threads::Own, Threads::SharedPool}) {
+        SCOPED_TRACE(threads == Threads::Own ? "own thread" : "global pool");
+        BackgroundJob job(nullptr, threads);
+        QSignalSpy messages(&job, &BackgroundJob::messageChanged);
+        QSignalSpy partials(&job, &BackgroundJob::partialResult);
+        QSignalSpy progress(&job, &BackgroundJob::progressChanged);
+        QSignalSpy finished(&job, &BackgroundJob::finished);
 
-    job.start(countingWork(QStringLiteral("whole"), 50));
-    EXPECT_TRUE(job.isRunning());
-    ASSERT_TRUE(finished.wait(5000));
-    EXPECT_FALSE(job.isRunning());
-    EXPECT_EQ(messages.first().first().toString(), QStringLiteral("whole"));
-    EXPECT_EQ(partials.first().first().toString(), QStringLiteral("whole partial"));
-    EXPECT_EQ(progress.last().first().toDouble(), 1.0);
-    EXPECT_EQ(finished.first(), (QVariantList{QStringLiteral("whole"), false}));
+        job.start(countingWork(QStringLiteral("whole"), 50));
+        EXPECT_TRUE(job.isRunning());
+        ASSERT_TRUE(finished.wait(5000));
+        EXPECT_FALSE(job.isRunning());
+        EXPECT_EQ(messages.first().first().toString(), QStringLiteral("whole"));
+        EXPECT_EQ(partials.first().first().toString(), QStringLiteral("whole partial"));
+        EXPECT_EQ(progress.last().first().toDouble(), 1.0);
+        EXPECT_EQ(finished.first(), (QVariantList{QStringLiteral("whole"), false}));
 
-    std::atomic<bool> sawCancel{false};
-    finished.clear();
-    job.start(countingWork(QStringLiteral("long"), 1'000'000, &sawCancel));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !progress.isEmpty() && messages.size() == 2; }, 5000));
-    job.cancel();
-    ASSERT_TRUE(finished.wait(5000));
-    EXPECT_TRUE(sawCancel);
-    EXPECT_EQ(finished.first(), (QVariantList{QStringLiteral("long stopped"), true}));
+        bool onGlobalPool = false;
+        finished.clear();
+        job.start([&onGlobalPool](BackgroundJob::Control &) {
+            onGlobalPool = QThreadPool::globalInstance()->contains(QThread::currentThread());
+            return QVariant();
+        });
+        ASSERT_TRUE(finished.wait(5000));
+        EXPECT_EQ(onGlobalPool, threads == Threads::SharedPool);
 
-    // The first work is given up for the second: only the second is heard from.
-    finished.clear();
-    messages.clear();
-    job.start(countingWork(QStringLiteral("first"), 1'000'000));
-    job.start(countingWork(QStringLiteral("second"), 10));
-    ASSERT_TRUE(finished.wait(5000));
-    QTest::qWait(50);
-    ASSERT_EQ(finished.size(), 1);
-    EXPECT_EQ(finished.first(), (QVariantList{QStringLiteral("second"), false}));
-    for (const QVariantList &m : messages)
-        EXPECT_EQ(m.first().toString(), QStringLiteral("second"));
+        std::atomic<bool> sawCancel{false};
+        finished.clear();
+        job.start(countingWork(QStringLiteral("long"), 1'000'000, &sawCancel));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !progress.isEmpty() && messages.size() == 2; }, 5000));
+        job.cancel();
+        ASSERT_TRUE(finished.wait(5000));
+        EXPECT_TRUE(sawCancel);
+        EXPECT_EQ(finished.first(), (QVariantList{QStringLiteral("long stopped"), true}));
 
-    sawCancel = false;
-    {
-        BackgroundJob leaving;
-        leaving.start(countingWork(QStringLiteral("left"), 1'000'000, &sawCancel));
-        QTest::qWait(20);
+        // The first work is given up for the second: only the second is heard from.
+        finished.clear();
+        messages.clear();
+        job.start(countingWork(QStringLiteral("first"), 1'000'000));
+        job.start(countingWork(QStringLiteral("second"), 10));
+        ASSERT_TRUE(finished.wait(5000));
+        QTest::qWait(50);
+        ASSERT_EQ(finished.size(), 1);
+        EXPECT_EQ(finished.first(), (QVariantList{QStringLiteral("second"), false}));
+        for (const QVariantList &m : messages)
+            EXPECT_EQ(m.first().toString(), QStringLiteral("second"));
+
+        sawCancel = false;
+        {
+            BackgroundJob leaving(nullptr, threads);
+            leaving.start(countingWork(QStringLiteral("left"), 1'000'000, &sawCancel));
+            QTest::qWait(20);
+        }
+        EXPECT_TRUE(sawCancel);
     }
-    EXPECT_TRUE(sawCancel);
 }
 
 } // namespace

@@ -8,8 +8,11 @@
 #include "output/ResultEncoder.h"
 
 #include <QBuffer>
+#include <QColorSpace>
+#include <QDir>
 #include <QImageReader>
 #include <QPainter>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
@@ -173,6 +176,56 @@ TEST(ResultEncoder, FailuresSayWhyInTheSystemsWordsAndLeaveTheOldFile)
     full.reset();
     QImageReader back(kept);
     EXPECT_EQ(back.read().size(), QSize(10, 10));
+}
+
+// Quitting gives a write up half way, in every format: the encoder is stopped where it stands
+// (PNG between bands, JPEG, TIFF and BMP at their next write, WebP from its progress), the write
+// says so, and the folder holds neither the file nor any piece of it; the file there before
+// stays. Given up before it starts, nothing is encoded at all. Nothing is said on the terminal.
+TEST(ResultEncoder, AGivenUpWriteLeavesNoFileInEveryFormat)
+{
+    const QImage image = noise(QSize(1600, 1200));
+    for (const QByteArray &format : ResultFormat::writableFormats()) {
+        testing::internal::CaptureStderr();
+        const auto quiet = qScopeGuard([] { EXPECT_EQ(testing::internal::GetCapturedStderr(), std::string()); });
+        SCOPED_TRACE(format.constData());
+        for (const int askedBeforeGivingUp : {0, 3}) {
+            SCOPED_TRACE(askedBeforeGivingUp);
+            QTemporaryDir dir;
+            const QString path = dir.filePath(ResultFormat::withSuffix(QStringLiteral("result"), format));
+            int asked = 0;
+            const ResultEncoder::Canceled canceled = [&asked, askedBeforeGivingUp] {
+                return asked++ >= askedBeforeGivingUp;
+            };
+            QString error;
+            EXPECT_FALSE(ResultEncoder::writeFile(image, path, settingsOf(format.constData()), &error, {}, canceled));
+            EXPECT_EQ(error, ResultEncoder::canceledReason());
+            EXPECT_EQ(QDir(dir.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden), QStringList());
+            EXPECT_TRUE(ResultEncoder::encode(image, settingsOf(format.constData()), nullptr, {}, canceled).isEmpty());
+        }
+        // Not given up: the same write goes through whole.
+        QTemporaryDir dir;
+        const QString path = dir.filePath(ResultFormat::withSuffix(QStringLiteral("result"), format));
+        EXPECT_TRUE(ResultEncoder::writeFile(image, path, settingsOf(format.constData()), nullptr, {}, [] { return false; }));
+        EXPECT_EQ(QImageReader(path).read().size(), image.size());
+    }
+}
+
+// WebP is written by libwebp itself, as Qt's plug-in writes it: lossy below quality 100,
+// lossless at 100, with the picture's colour profile.
+TEST(ResultEncoder, WebpAsQtWritesIt)
+{
+    if (!ResultFormat::isWritable("webp"))
+        GTEST_SKIP() << "no WebP here";
+    QImage image = noise(QSize(64, 48));
+    image.setColorSpace(QColorSpace::DisplayP3);
+    const QByteArray lossy = ResultEncoder::encode(image, settingsOf("webp", {}, 0, 80));
+    const QByteArray lossless = ResultEncoder::encode(image, settingsOf("webp", {}, 0, 100));
+    EXPECT_TRUE(lossy.contains("VP8 "));
+    EXPECT_TRUE(lossless.contains("VP8L"));
+    const QImage back = QImage::fromData(lossless, "webp");
+    EXPECT_EQ(back.colorSpace(), QColorSpace(QColorSpace::DisplayP3));
+    EXPECT_EQ(back.convertToFormat(QImage::Format_RGB32), image);
 }
 
 // A transparent collage keeps its transparency where the format can, and lies on white where

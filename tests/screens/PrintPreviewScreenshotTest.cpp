@@ -67,9 +67,9 @@ TEST_F(PrintPreviewScreenshot, PageSheetAndPrintPreview)
     PrintOutputs &print = controller->printOutputs();
     QSignalSpy written(&print, &PrintOutputs::pdfWritten);
     print.writePdf(dir.filePath(QStringLiteral("poster.pdf")));
-    EXPECT_TRUE(print.stopButton().isVisible());
+    EXPECT_TRUE(window.stopWorkButton().isVisible());
     saveScreenshotImage(grabScreenArea(window.frameGeometry()), "result-window-making-pdf");
-    QTest::mouseClick(&print.stopButton(), Qt::LeftButton);
+    QTest::mouseClick(&window.stopWorkButton(), Qt::LeftButton);
     ASSERT_TRUE(QTest::qWaitFor([&] { return written.count() == 1; }, 60000));
 
     QPrinter &printer = controller->printOutputs().printer();

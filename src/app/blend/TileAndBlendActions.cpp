@@ -27,6 +27,8 @@ TileAndBlendActions::TileAndBlendActions(UserDefaults &defaults, ImageBrowserCon
     , m_tilingProgress(tilingProgress)
     , m_progressSheet(new ProgressSheet(window))
     , m_tileSheet(new TileSheet(window))
+    // Framing draws the whole picture once more, with the window up (see BackgroundJob).
+    , m_frameJob(nullptr, BackgroundJob::Threads::SharedPool)
     // The copies keep their photos' file names: a folder of Tessary's own in the temporary
     // folder, so that a photo kept in the temporary folder itself is never written over.
     , m_temporaryFolder(QDir::temp().filePath(QStringLiteral("Tessary-%1").arg(qEnvironmentVariable("USER", QStringLiteral("user")))))
@@ -50,6 +52,11 @@ TileAndBlendActions::TileAndBlendActions(UserDefaults &defaults, ImageBrowserCon
     connect(&m_blendJob, &BackgroundJob::finished, this, [this](const QVariant &picture, bool canceled) {
         if (!canceled)
             emit blendFinished(picture.value<QImage>());
+    });
+    connect(&m_frameJob, &BackgroundJob::finished, this, [this](const QVariant &picture, bool canceled) {
+        auto done = std::exchange(m_framed, {});
+        if (!canceled && done)
+            done(picture.value<QImage>());
     });
     connect(sheet, &ProgressSheet::aborted, this, &TileAndBlendActions::abortStitch);
 }
@@ -83,6 +90,8 @@ void TileAndBlendActions::tilePhotoFiles()
     QString photo;
     if (selected >= 0 && selected < m_browser.count())
         photo = m_browser.imageBookmarks().pathAtIndex(selected);
+    qCInfo(lcTessary, "Cutting %s into %d x %d tiles", qUtf8Printable(photo), m_tileSheet->cellRows(),
+           m_tileSheet->cellColumns());
     m_tiler.tilePhotoFiles(ImageBrowserController::imagesPath(), photo, m_tileSheet->cellRows(),
                            m_tileSheet->cellColumns());
 }
@@ -142,6 +151,8 @@ void TileAndBlendActions::startStitch(PhotoBlender::Arrangement arrangement)
     if (arrangement == PhotoBlender::Arrangement::Square)
         files = files.mid(0, 16);
     m_filesToStitch = files;
+    m_frameJob.cancel(); // an earlier blend still being framed is given up
+    m_framed = {};
     m_progressSheet->prepareForStitch();
     m_progressSheet->open();
 
@@ -164,14 +175,27 @@ void TileAndBlendActions::startStitch(PhotoBlender::Arrangement arrangement)
         progress.fraction = [&control](double f) { control.setProgress(f); };
         progress.image = [&control](const QImage &preview) { control.post(preview); };
         progress.canceled = [&control] { return control.isCanceled(); };
-        return QVariant(PhotoBlender::blend(files, arrangement, options, progress).picture);
+        const PhotoBlender::Outcome outcome = PhotoBlender::blend(files, arrangement, options, progress);
+        if (outcome.canceled)
+            qCInfo(lcTessary, "The blend was stopped before it was done");
+        return QVariant(outcome.picture);
     });
 }
 
 void TileAndBlendActions::abortStitch()
 {
     m_blendJob.cancel();
+    m_frameJob.cancel();
+    m_framed = {};
     m_progressSheet->endSheet();
+}
+
+void TileAndBlendActions::cancelAllWork()
+{
+    m_blendJob.cancel();
+    m_frameJob.cancel();
+    m_framed = {};
+    m_tiler.cancel();
 }
 
 void TileAndBlendActions::uniformlyCropImages()
@@ -181,15 +205,50 @@ void TileAndBlendActions::uniformlyCropImages()
                                                           prefs.uniformlyCropFit(), m_temporaryFolder);
 }
 
+namespace {
+
+// How a finished blend is framed, as the preferences say when it arrives.
+struct Frame {
+    int inset = 0; // 0: no frame
+    bool megapixelLimit = true;
+    QColor background;
+    bool byCropping = true;
+
+    QImage applied(const QImage &image) const
+    {
+        if (inset <= 0 || image.isNull())
+            return image;
+        return UIImage(image).imageWithInsetContent(inset, megapixelLimit, background, byCropping).bestRepresentation();
+    }
+};
+
+} // namespace
+
 QImage TileAndBlendActions::insetForBlender(const QImage &image)
 {
     const Preferences prefs(m_defaults);
     m_blendMatchingMargin = int(std::trunc(prefs.matchingMarginWidth()));
     m_blendBackgroundColor = m_backgroundColor;
-    if (m_blendMatchingMargin < 2 || image.isNull())
-        return image;
-    return UIImage(image)
-        .imageWithInsetContent(m_blendMatchingMargin / 2, prefs.megapixelLimit(), m_blendBackgroundColor,
-                               prefs.insetByCropping())
-        .bestRepresentation();
+    const Frame frame{m_blendMatchingMargin >= 2 ? m_blendMatchingMargin / 2 : 0, prefs.megapixelLimit(),
+                      m_blendBackgroundColor, prefs.insetByCropping()};
+    return frame.applied(image);
+}
+
+void TileAndBlendActions::frameForBlender(const QImage &image, std::function<void(const QImage &)> done)
+{
+    const Preferences prefs(m_defaults);
+    m_blendMatchingMargin = int(std::trunc(prefs.matchingMarginWidth()));
+    m_blendBackgroundColor = m_backgroundColor;
+    if (m_blendMatchingMargin < 2 || image.isNull()) {
+        m_framed = {};
+        m_frameJob.cancel();
+        done(image);
+        return;
+    }
+    const Frame frame{m_blendMatchingMargin / 2, prefs.megapixelLimit(), m_blendBackgroundColor, prefs.insetByCropping()};
+    // Drawing a large picture into its frame takes a good part of a second: on the blend's
+    // side, never on the window's.
+    m_framed = std::move(done);
+    m_progressSheet->updateProgressMessage(tr("Framing the picture…"));
+    m_frameJob.start([image, frame](BackgroundJob::Control &) { return QVariant(frame.applied(image)); });
 }

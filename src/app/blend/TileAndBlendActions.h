@@ -9,6 +9,8 @@
 #include <QObject>
 #include <QStringList>
 
+#include <functional>
+
 class AlertPresenter;
 class ImageBrowserController;
 class ProgressSheet;
@@ -58,6 +60,9 @@ public:
     void abortStitch();
     // Stops the cut after its current tile; the tiles made stay in the list.
     void cancelTiling() { m_tiler.cancel(); }
+    // Quitting: the blend, its framing and the cut stop as soon as they can; nothing more
+    // comes of them.
+    void cancelAllWork();
     // filesToStitch := its uniformly cropped copies ("UniformlyCrop", "UniformlyCropFit").
     void uniformlyCropImages();
 
@@ -65,6 +70,11 @@ public:
     // or more, framed by half of it in the blend background colour ("MegapixelLimit",
     // "InsetByCropping"); the margin and the colour are remembered.
     QImage insetForBlender(const QImage &image);
+    // The same framing without holding up the window: the margin and the colour are taken and
+    // remembered now, the picture is drawn on the blend's own thread (the progress sheet stays
+    // up meanwhile) and handed to `done` on this thread; at once when there is no frame. An
+    // Abort (or a new blend) drops it: `done` is then never called.
+    void frameForBlender(const QImage &image, std::function<void(const QImage &framed)> done);
     int blendMatchingMargin() const { return m_blendMatchingMargin; }
     QColor blendBackgroundColor() const { return m_blendBackgroundColor; }
     // The colour of the blend background well.
@@ -85,6 +95,9 @@ private:
     TileSheet *m_tileSheet;
     PhotoTiler m_tiler;
     BackgroundJob m_blendJob;
+    // Framing a finished blend (frameForBlender), and who gets the framed picture.
+    BackgroundJob m_frameJob;
+    std::function<void(const QImage &)> m_framed;
     QStringList m_filesToStitch;
     QString m_temporaryFolder;
     QColor m_backgroundColor = Qt::white;

@@ -7,6 +7,7 @@
 #include "model/RenderScale.h"
 #include "app/collage/TessaryView.h"
 
+#include <QCoreApplication>
 #include <QPromise>
 #include <QTimer>
 #include <QtConcurrent/QtConcurrentRun>
@@ -21,6 +22,9 @@ CollageMaker::CollageMaker(TessaryView &view, UserDefaults &defaults, PleaseWait
     })
 {
     m_pool.setMaxThreadCount(1);
+    // Quitting gives a render up at once, rather than when the maker goes.
+    if (QCoreApplication *app = QCoreApplication::instance())
+        connect(app, &QCoreApplication::aboutToQuit, this, [canceled = m_canceled] { canceled->store(true); });
     connect(&m_watcher, &QFutureWatcher<Rendered>::progressValueChanged, this,
             [this](int done) { m_pleaseWait.setProgress(done, m_watcher.progressMaximum()); });
     connect(&m_watcher, &QFutureWatcher<Rendered>::finished, this, [this] {
@@ -67,8 +71,9 @@ void CollageMaker::render()
     options.cancelled = [canceled] { return canceled->load(); };
     m_rendering = layout;
     m_renderingOptions = options;
+    qCInfo(lcTessary, "Rendering the collage: %d tiles", int(layout.tiles.size()));
 
-    m_watcher.setFuture(QtConcurrent::run(&m_pool, [layout, options, renderer](QPromise<Rendered> &promise) mutable {
+    m_watcher.setFuture(QtConcurrent::run(&m_pool, [layout, options, renderer, canceled](QPromise<Rendered> &promise) mutable {
         const qint64 scale = RenderScale::scaleFactor(RenderScale::freeMemoryMB(), layout.contentSize,
                                                       RenderScale::largestScaleFactor(layout));
         promise.setProgressRange(0, int(layout.tiles.size()));
@@ -77,6 +82,12 @@ void CollageMaker::render()
             promise.setProgressValue(done);
         };
         const CollageRenderer::Result result = renderer(layout, scale, options);
+        if (canceled->load()) {
+            // The program is quitting: the picture is not whole, and nobody waits for it.
+            qCInfo(lcTessary, "The render was stopped before it was done");
+            promise.addResult(Rendered());
+            return;
+        }
         for (const QString &warning : result.warnings)
             qCInfo(lcTessary, "%s", qUtf8Printable(warning));
         if (!result.ok() && !result.error.isEmpty())

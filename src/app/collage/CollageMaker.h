@@ -21,7 +21,7 @@ class UserDefaults;
 // second so it and its spinner are drawn, then renders the current layout at the scale chosen
 // from the photos and the free memory on a worker thread, the bar following the tiles drawn.
 // The windows stay live throughout. A render that gives nothing only hides the please-wait
-// window. Destroying the maker (quitting) cancels a running render.
+// window. Quitting (and destroying the maker) cancels a running render.
 class CollageMaker : public QObject
 {
     Q_OBJECT
@@ -45,6 +45,8 @@ public:
     void setDelay(int milliseconds) { m_delayMs = milliseconds; }
 
     bool isBusy() const { return m_busy; }
+    // Quitting: a running render skips the tiles left, and no render starts from now on.
+    void cancel() { m_canceled->store(true); }
     // The layout and options of the last picture made (for rendering it again for a page).
     const CollageLayout &madeLayout() const { return m_madeLayout; }
     const CollageRenderer::Options &madeOptions() const { return m_madeOptions; }

@@ -2,6 +2,7 @@
 
 #include "widgets/ProgressSpinner.h"
 
+#include <QCloseEvent>
 #include <QGridLayout>
 #include <QLabel>
 #include <QProgressBar>
@@ -67,4 +68,10 @@ void PleaseWaitWindow::setProgress(int done, int total)
     m_bar->setValue(done);
     m_bar->setFormat(tr("%1 of %2 tiles").arg(done).arg(total));
     m_detail->setText(tr("Drawing the photos into the collage"));
+}
+
+void PleaseWaitWindow::closeEvent(QCloseEvent *event)
+{
+    hidePleaseWaitWindow();
+    event->accept();
 }

@@ -27,6 +27,9 @@ public:
 protected:
     // Escape does not hide it: it goes when the render is done.
     void reject() override {}
+    // Closing it (it has no close button: quitting closes every window) hides it, so that it
+    // never holds quitting up; the render is stopped by the quitting itself.
+    void closeEvent(QCloseEvent *event) override;
 
 private:
     ProgressSpinner *m_spinner;

@@ -18,7 +18,6 @@
 #include <QStatusBar>
 #include <QThread>
 #include <QTimer>
-#include <QToolButton>
 
 // The picture for the page, on a worker: the collage rendered afresh for it, or the window's
 // picture resampled. Null, with the reason, when it fails or is stopped.
@@ -60,13 +59,8 @@ PrintOutputs::PrintOutputs(ResultWindow &window, ResultOutputs &outputs, QObject
     m_printer.setFullPage(true);
     m_printer.setDocName(QStringLiteral("Collage"));
     m_printer.setCreator(QStringLiteral("Tessary"));
-    m_stop = new QToolButton;
-    m_stop->setObjectName(QStringLiteral("stopPageWork"));
-    m_stop->setText(tr("Stop"));
-    m_stop->setToolTip(tr("Stop making the page"));
-    m_stop->hide();
-    m_window.statusBar()->addPermanentWidget(m_stop);
-    connect(m_stop, &QToolButton::clicked, this, &PrintOutputs::stop);
+    // The window's Stop beside the bar stops a page under way.
+    connect(&m_window, &ResultWindow::workCanceled, this, &PrintOutputs::stop);
     // Quitting stops a page under way rather than waiting for it.
     connect(qApp, &QCoreApplication::aboutToQuit, this, &PrintOutputs::stop);
 }
@@ -166,7 +160,6 @@ void PrintOutputs::writePdf(const QString &path)
     const PageRenderer::Document document{QFileInfo(path).completeBaseName()};
     m_cancel = std::make_shared<std::atomic<bool>>(false);
     const std::shared_ptr<std::atomic<bool>> cancel = m_cancel;
-    m_stop->show();
     m_outputs.run(
         tr("Making the PDF…"),
         [j, page, path, document, cancel](const ResultEncoder::Progress &progress) {
@@ -234,7 +227,6 @@ void PrintOutputs::printNow()
     QPrinter *printer = &m_printer; // untouched by this thread until the job ends (the outputs wait)
     m_cancel = std::make_shared<std::atomic<bool>>(false);
     const std::shared_ptr<std::atomic<bool>> cancel = m_cancel;
-    m_stop->show();
     m_outputs.run(
         tr("Printing…"),
         [j, page, printer, cancel](const ResultEncoder::Progress &progress) {
@@ -262,7 +254,6 @@ void PrintOutputs::printNow()
 
 void PrintOutputs::finish(const QString &what, bool ok, const QString &error)
 {
-    m_stop->hide();
     if (ok)
         return;
     if (error.isEmpty()) {

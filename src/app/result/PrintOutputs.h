@@ -19,7 +19,6 @@
 #include <QMessageBox>
 #include <QPrintPreviewDialog>
 
-class QToolButton;
 class ResultOutputs;
 class ResultWindow;
 
@@ -46,7 +45,6 @@ public:
     QFileDialog *pdfDialog() const { return m_fileDialog; }
     QMessageBox *alert() const { return m_alert; }
     QPrintPreviewDialog *preview() const { return m_preview; }
-    QToolButton &stopButton() const { return *m_stop; }
 
 public slots:
     // Export PDF…: the page sheet, then the file dialog, then (for an existing file) the
@@ -93,5 +91,4 @@ private:
     QPointer<QFileDialog> m_fileDialog;
     QPointer<QMessageBox> m_alert;
     QPointer<QPrintPreviewDialog> m_preview;
-    QToolButton *m_stop;
 };

@@ -40,11 +40,16 @@ ResultOutputs::ResultOutputs(ResultWindow &window, ImageBrowserController &brows
 {
     m_pool.setMaxThreadCount(2);
     m_alerts.setParentWindow(&m_window);
+    connect(&m_window, &ResultWindow::workCanceled, this, &ResultOutputs::cancelRunning);
+    // Quitting gives up the writes under way rather than waiting for them.
+    if (QCoreApplication *app = QCoreApplication::instance())
+        connect(app, &QCoreApplication::aboutToQuit, this, &ResultOutputs::cancelAll);
 }
 
 ResultOutputs::~ResultOutputs()
 {
-    // Writes under way finish before the objects they report to go.
+    cancelAll();
+    // Writes under way stop (soon, leaving no file) before the objects they report to go.
     for (auto *watcher : findChildren<QFutureWatcherBase *>())
         watcher->waitForFinished();
     for (const QString &path : std::as_const(m_temporaryFiles))
@@ -61,11 +66,13 @@ void ResultOutputs::run(const QString &text, Job job, std::function<void(const O
         connect(watcher, &QFutureWatcher<Outcome>::progressValueChanged, this,
                 [this, watcher](int value) { m_window.setWorkProgress(value, watcher->progressMaximum()); });
     }
-    connect(watcher, &QFutureWatcher<Outcome>::finished, this, [this, watcher, shown, done] {
-        const Outcome outcome = watcher->future().resultCount() > 0 ? watcher->result() : Outcome();
+    connect(watcher, &QFutureWatcher<Outcome>::finished, this, [this, watcher, shown, done, stopped = m_stopped] {
+        Outcome outcome = watcher->future().resultCount() > 0 ? watcher->result() : Outcome();
         watcher->deleteLater();
-        if (shown && --m_running == 0)
-            m_window.endWork(QString()); // a failure is told in an alert by `done`
+        // Stopped with the window's Stop: that is no failure, and nothing came of it.
+        outcome.canceled = !outcome.ok && stopped->load();
+        if (shown && --m_running == 0) // a failure is told in an alert by `done`
+            m_window.endWork(outcome.canceled ? tr("Stopped; nothing was written.") : QString());
         done(outcome);
     });
     watcher->setFuture(QtConcurrent::run(&m_pool, [job](QPromise<Outcome> &promise) {
@@ -74,6 +81,20 @@ void ResultOutputs::run(const QString &text, Job job, std::function<void(const O
             promise.setProgressValue(total > 0 ? value * 100 / total : 0);
         }));
     }));
+}
+
+void ResultOutputs::cancelAll()
+{
+    m_canceled->store(true);
+}
+
+void ResultOutputs::cancelRunning()
+{
+    if (m_running == 0)
+        return;
+    qCInfo(lcTessary, "The work on the result was canceled");
+    m_stopped->store(true);
+    m_stopped = std::make_shared<std::atomic<bool>>(false);
 }
 
 bool ResultOutputs::autoOpen() const
@@ -89,6 +110,12 @@ void ResultOutputs::tell(const QString &message, const QString &reason)
     alert.style = AlertPresenter::Style::Warning;
     m_alerts.beep();
     m_alerts.presentAlert(alert, {});
+}
+
+void ResultOutputs::fail(const Outcome &outcome, const QString &message)
+{
+    if (!outcome.canceled)
+        tell(message, outcome.error);
 }
 
 bool ResultOutputs::openFile(const QString &path)
@@ -133,11 +160,12 @@ void ResultOutputs::saveImageToPath(const QString &path, const ResultEncoder::Se
     const QImage image = m_window.image();
     if (image.isNull() || path.isEmpty())
         return;
+    qCInfo(lcTessary, "Saving the result to %s", qUtf8Printable(path));
     run(tr("Saving %1…").arg(QFileInfo(path).fileName()),
-        [image, path, settings](const ResultEncoder::Progress &progress) {
+        [image, path, settings, canceled = canceled()](const ResultEncoder::Progress &progress) {
             Outcome o;
             o.path = path;
-            o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, progress);
+            o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, progress, canceled);
             return o;
         },
         [this](const Outcome &o) {
@@ -146,7 +174,7 @@ void ResultOutputs::saveImageToPath(const QString &path, const ResultEncoder::Se
                 if (autoOpen())
                     openFile(o.path);
             } else {
-                tell(tr("“%1” could not be saved.").arg(QFileInfo(o.path).fileName()), o.error);
+                fail(o, tr("“%1” could not be saved.").arg(QFileInfo(o.path).fileName()));
             }
             emit saved(o.path, o.ok);
         });
@@ -170,17 +198,17 @@ void ResultOutputs::saveImage(const QImage &image)
         settings.format = "tiff";
         settings.tiffCompression = 0;
         run(tr("Saving %1…").arg(QFileInfo(path).fileName()),
-            [image, path, settings](const ResultEncoder::Progress &progress) {
+            [image, path, settings, canceled = canceled()](const ResultEncoder::Progress &progress) {
                 Outcome o;
                 o.path = path;
-                o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, progress);
+                o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, progress, canceled);
                 return o;
             },
             [this](const Outcome &o) {
                 if (o.ok && autoOpen())
                     openFile(o.path);
                 if (!o.ok)
-                    tell(tr("“%1” could not be saved.").arg(QFileInfo(o.path).fileName()), o.error);
+                    fail(o, tr("“%1” could not be saved.").arg(QFileInfo(o.path).fileName()));
                 emit saved(o.path, o.ok);
             });
     });
@@ -204,11 +232,11 @@ void ResultOutputs::putImageOnClipboard()
     if (image.isNull())
         return;
     run(tr("Copying…"),
-        [image](const ResultEncoder::Progress &progress) {
+        [image, canceled = canceled()](const ResultEncoder::Progress &progress) {
             Outcome o;
-            o.png = ResultEncoder::png(image);
+            o.png = ResultEncoder::png(image, canceled);
             progress(1, 2);
-            o.tiff = ResultEncoder::lzwTiff(image);
+            o.tiff = ResultEncoder::lzwTiff(image, canceled);
             progress(2, 2);
             o.ok = !o.png.isEmpty() && !o.tiff.isEmpty();
             if (!o.ok)
@@ -217,7 +245,7 @@ void ResultOutputs::putImageOnClipboard()
         },
         [this, image](const Outcome &o) {
             if (!o.ok) {
-                tell(tr("The collage could not be copied."), o.error);
+                fail(o, tr("The collage could not be copied."));
                 return;
             }
             setClipboard(image, o);
@@ -234,15 +262,15 @@ void ResultOutputs::openResultInPreview()
         return;
     const QString path = ResultFormat::temporaryPngPath(m_temporaryFolder);
     run(tr("Preparing the viewer…"),
-        [image, path](const ResultEncoder::Progress &progress) {
+        [image, path, canceled = canceled()](const ResultEncoder::Progress &progress) {
             Outcome o;
             o.path = path;
-            o.ok = ResultEncoder::writeFile(image, path, ResultEncoder::Settings(), &o.error, progress);
+            o.ok = ResultEncoder::writeFile(image, path, ResultEncoder::Settings(), &o.error, progress, canceled);
             return o;
         },
         [this](const Outcome &o) {
             if (!o.ok) {
-                tell(tr("The collage could not be opened in a viewer."), o.error);
+                fail(o, tr("The collage could not be opened in a viewer."));
                 return;
             }
             openTemporary(o.path);
@@ -256,20 +284,20 @@ void ResultOutputs::putImageOnClipboardAndOpenInPreview()
         return;
     const QString path = ResultFormat::temporaryPngPath(m_temporaryFolder);
     run(tr("Copying and opening…"),
-        [image, path](const ResultEncoder::Progress &progress) {
+        [image, path, canceled = canceled()](const ResultEncoder::Progress &progress) {
             Outcome o;
             o.path = path;
-            o.png = ResultEncoder::png(image);
+            o.png = ResultEncoder::png(image, canceled);
             progress(1, 3);
-            o.tiff = ResultEncoder::lzwTiff(image);
+            o.tiff = ResultEncoder::lzwTiff(image, canceled);
             progress(2, 3);
-            o.ok = !o.tiff.isEmpty() && !o.png.isEmpty() && AtomicFileWriter::write(path, o.png, &o.error);
+            o.ok = !o.tiff.isEmpty() && !o.png.isEmpty() && !canceled() && AtomicFileWriter::write(path, o.png, &o.error);
             progress(3, 3);
             return o;
         },
         [this, image](const Outcome &o) {
             if (!o.ok) {
-                tell(tr("The collage could not be copied and opened."), o.error);
+                fail(o, tr("The collage could not be copied and opened."));
                 return;
             }
             setClipboard(image, o);
@@ -288,15 +316,15 @@ void ResultOutputs::insertResult()
         return;
     const QString path = QDir(folder).filePath(ResultFormat::uuidPngName());
     run(tr("Adding to the photos…"),
-        [image, path](const ResultEncoder::Progress &progress) {
+        [image, path, canceled = canceled()](const ResultEncoder::Progress &progress) {
             Outcome o;
             o.path = path;
-            o.ok = ResultEncoder::writeFile(image, path, ResultEncoder::Settings(), &o.error, progress);
+            o.ok = ResultEncoder::writeFile(image, path, ResultEncoder::Settings(), &o.error, progress, canceled);
             return o;
         },
         [this](const Outcome &o) {
             if (!o.ok) {
-                tell(tr("The collage could not be added to the photos."), o.error);
+                fail(o, tr("The collage could not be added to the photos."));
                 return;
             }
             m_browser.insertImage(o.path, 0);
@@ -308,15 +336,18 @@ void ResultOutputs::writePendingOutput(const QImage &image, const QString &path)
 {
     if (image.isNull() || path.isEmpty())
         return;
+    qCInfo(lcTessary, "Writing the result to %s", qUtf8Printable(path));
     run(QString(),
-        [image, path](const ResultEncoder::Progress &) {
+        [image, path, canceled = canceled()](const ResultEncoder::Progress &) {
             Outcome o;
             o.path = path;
             ResultEncoder::Settings settings;
             settings.format = "tiff";
             settings.tiffCompression = 1;
-            o.ok = ResultEncoder::writeFile(image, path, settings, &o.error);
-            if (!o.ok)
+            o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, {}, canceled);
+            if (!o.ok && canceled())
+                qCInfo(lcTessary, "The result was not written to %s: the program quit first", qUtf8Printable(path));
+            else if (!o.ok)
                 qCWarning(lcTessary, "The result could not be written to %s: %s", qUtf8Printable(path),
                           qUtf8Printable(o.error));
             return o;

@@ -12,7 +12,9 @@
 #include <QThreadPool>
 #include <QUrl>
 
+#include <atomic>
 #include <functional>
+#include <memory>
 
 class CompletionSound;
 class ImageBrowserController;
@@ -63,6 +65,13 @@ public slots:
     void insertResult();
     // Writes `image` to `path` as an LZW TIFF (the pending output path).
     void writePendingOutput(const QImage &image, const QString &path);
+    // Gives up every write and encode under way, for good (the program is quitting, and does
+    // so at once): no file is left of them, their answers never come. Also when the
+    // application is about to quit, and when this object goes.
+    void cancelAll();
+    // The window's Stop beside the bar: the work under way now stops and writes nothing, and
+    // is not told as a failure; later work runs as usual.
+    void cancelRunning();
 
 signals:
     void saved(const QString &path, bool ok);
@@ -79,10 +88,16 @@ public:
         QString path;
         QByteArray png;
         QByteArray tiff;
+        bool canceled = false; // stopped with the window's Stop (set by run)
     };
     using Job = std::function<Outcome(const ResultEncoder::Progress &progress)>;
     // Runs the job on a worker; `text` in the window's status bar while it runs (none: quietly).
     void run(const QString &text, Job job, std::function<void(const Outcome &)> done);
+    // What a job asks to learn that it is given up (cancelAll, or cancelRunning while it runs).
+    ResultEncoder::Canceled canceled() const
+    {
+        return [quit = m_canceled, stop = m_stopped] { return quit->load() || stop->load(); };
+    }
 
 private:
     void setClipboard(const QImage &image, const Outcome &encoded);
@@ -90,6 +105,8 @@ private:
     bool openFile(const QString &path);
     bool autoOpen() const;
     void tell(const QString &message, const QString &reason);
+    // Tells a failed outcome with its reason; one that was stopped is no failure.
+    void fail(const Outcome &outcome, const QString &message);
     // Opens a temporary PNG in the viewer; without a program it is told and the file removed.
     void openTemporary(const QString &path);
 
@@ -108,4 +125,7 @@ private:
     // The encodes' own threads, apart from the global pool, which Qt's image conversions use
     // and wait for.
     QThreadPool m_pool;
+    std::shared_ptr<std::atomic<bool>> m_canceled = std::make_shared<std::atomic<bool>>(false);
+    // Set by cancelRunning for the work started before it; work started after gets a new one.
+    std::shared_ptr<std::atomic<bool>> m_stopped = std::make_shared<std::atomic<bool>>(false);
 };

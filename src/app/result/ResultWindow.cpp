@@ -11,6 +11,7 @@
 #include <QStatusBar>
 #include <QStyle>
 #include <QToolBar>
+#include <QToolButton>
 
 ResultWindow::ResultWindow(UserDefaults &defaults, QWidget *parent)
     : QMainWindow(parent, Qt::Window)
@@ -30,9 +31,16 @@ ResultWindow::ResultWindow(UserDefaults &defaults, QWidget *parent)
     m_workBar->setMaximumWidth(220);
     m_workBar->setTextVisible(false);
     m_workBar->hide();
+    m_stopWork = new QToolButton;
+    m_stopWork->setObjectName(QStringLiteral("stopResultWork"));
+    m_stopWork->setText(tr("Stop"));
+    m_stopWork->setToolTip(tr("Stop this work; nothing of it is written"));
+    m_stopWork->hide();
+    connect(m_stopWork, &QToolButton::clicked, this, &ResultWindow::workCanceled);
     statusBar()->addWidget(m_sizeLabel);
     statusBar()->addPermanentWidget(m_workLabel);
     statusBar()->addPermanentWidget(m_workBar);
+    statusBar()->addPermanentWidget(m_stopWork);
     statusBar()->setSizeGripEnabled(true);
 
     buildActions();
@@ -168,6 +176,7 @@ void ResultWindow::beginWork(const QString &text)
     m_workLabel->setText(text);
     m_workBar->setRange(0, 0);
     m_workBar->show();
+    m_stopWork->show();
     statusBar()->clearMessage();
     updateActions();
 }
@@ -184,6 +193,7 @@ void ResultWindow::endWork(const QString &message)
 {
     m_working = false;
     m_workBar->hide();
+    m_stopWork->hide();
     m_workLabel->clear();
     if (!message.isEmpty())
         statusBar()->showMessage(message, 6000);

@@ -6,6 +6,7 @@
 class QAction;
 class QLabel;
 class QProgressBar;
+class QToolButton;
 class ResultImageView;
 class UserDefaults;
 
@@ -38,12 +39,18 @@ public:
     // "closeResult".
     QAction *action(const QString &name) const;
 
-    // Work on the picture under way: the output actions wait, the status bar shows the bar.
+    // Work on the picture under way: the output actions wait, the status bar shows the bar
+    // and a Stop button (workCanceled()).
     void beginWork(const QString &text);
     void setWorkProgress(int done, int total);
     // The work ended; `message` stays in the status bar for a while.
     void endWork(const QString &message);
     bool isWorking() const { return m_working; }
+    QToolButton &stopWorkButton() const { return *m_stopWork; }
+
+signals:
+    // The Stop button beside the work's bar was pressed.
+    void workCanceled();
 
 protected:
     void resizeEvent(QResizeEvent *event) override;
@@ -57,6 +64,7 @@ private:
     QLabel *m_sizeLabel;
     QLabel *m_workLabel;
     QProgressBar *m_workBar;
+    QToolButton *m_stopWork;
     double m_sharpest = 0.0;
     bool m_working = false;
 };
