@@ -22,6 +22,7 @@
 #include <QPointer>
 #include <QResizeEvent>
 #include <QSet>
+#include <QThreadPool>
 #include <QtConcurrent/QtConcurrentMap>
 #include <QtConcurrent/QtConcurrentRun>
 
@@ -65,7 +66,7 @@ struct TessaryView::Private {
         , delegate(delegate)
         , alerts(alerts)
         , engine(LayoutEngine::defaultImagePathInFolder(resourcesFolder))
-        , cache(&delegate)
+        , cache(&delegate, &photoWork)
         , loader(cache)
         , store(defaults)
         , selection(store, defaults)
@@ -73,12 +74,16 @@ struct TessaryView::Private {
         loader.restoreFromUserDefaults(defaults);
         store.loadBuiltInTemplates(resourcesFolder);
         store.restoreUserTemplates();
-        placeholder = QtConcurrent::run(&UIImage::initWithContentsOfFile, engine.defaultImage());
+        placeholder = QtConcurrent::run(&photoWork, &UIImage::initWithContentsOfFile, engine.defaultImage());
     }
 
     UserDefaults &defaults;
     ImageBrowserController &delegate;
     AlertPresenter &alerts;
+    // Decodes and fits run on a pool of the view's own, not Qt's global one: Qt's own image
+    // scaling and painting on the window's thread split their work over the global pool and
+    // wait for it, so filling that pool with photo work would stall the window.
+    QThreadPool photoWork;
     LayoutEngine engine;
     ImageCache cache;
     ImageCacheLoader loader;
@@ -294,7 +299,7 @@ void TessaryView::applyLayout(CollageLayout layout)
             showFitted(jobs.at(i).index, jobs.at(i).key, watcher->resultAt(i));
         });
         connect(watcher, &QFutureWatcherBase::finished, watcher, &QObject::deleteLater);
-        watcher->setFuture(QtConcurrent::mapped(jobs, fit));
+        watcher->setFuture(QtConcurrent::mapped(&d->photoWork, jobs, fit));
     }
     emit layoutChanged();
     if (d->unfilled.isEmpty())
@@ -323,7 +328,7 @@ void TessaryView::photoReady(const QString &path)
             if (generation == d->generation)
                 showFitted(job.index, job.key, watcher->result());
         });
-        watcher->setFuture(QtConcurrent::run(fit, job));
+        watcher->setFuture(QtConcurrent::run(&d->photoWork, fit, job));
     }
 }
 
