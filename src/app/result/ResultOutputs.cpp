@@ -56,6 +56,16 @@ ResultOutputs::~ResultOutputs()
         QFile::remove(path);
 }
 
+ResultOutputs::Job ResultOutputs::writeJob(const QImage &image, const QString &path, const ResultEncoder::Settings &settings) const
+{
+    return [image, path, settings, canceled = canceled()](const ResultEncoder::Progress &progress) {
+        Outcome o;
+        o.path = path;
+        o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, progress, canceled);
+        return o;
+    };
+}
+
 void ResultOutputs::run(const QString &text, Job job, std::function<void(const Outcome &)> done)
 {
     auto *watcher = new QFutureWatcher<Outcome>(this);
@@ -162,12 +172,7 @@ void ResultOutputs::saveImageToPath(const QString &path, const ResultEncoder::Se
         return;
     qCInfo(lcTessary, "Saving the result to %s", qUtf8Printable(path));
     run(tr("Saving %1…").arg(QFileInfo(path).fileName()),
-        [image, path, settings, canceled = canceled()](const ResultEncoder::Progress &progress) {
-            Outcome o;
-            o.path = path;
-            o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, progress, canceled);
-            return o;
-        },
+        writeJob(image, path, settings),
         [this](const Outcome &o) {
             if (o.ok) {
                 m_window.statusBar()->showMessage(tr("Saved %1").arg(QDir::toNativeSeparators(o.path)), 6000);
@@ -198,12 +203,7 @@ void ResultOutputs::saveImage(const QImage &image)
         settings.format = "tiff";
         settings.tiffCompression = 0;
         run(tr("Saving %1…").arg(QFileInfo(path).fileName()),
-            [image, path, settings, canceled = canceled()](const ResultEncoder::Progress &progress) {
-                Outcome o;
-                o.path = path;
-                o.ok = ResultEncoder::writeFile(image, path, settings, &o.error, progress, canceled);
-                return o;
-            },
+            writeJob(image, path, settings),
             [this](const Outcome &o) {
                 if (o.ok && autoOpen())
                     openFile(o.path);
@@ -262,12 +262,7 @@ void ResultOutputs::openResultInPreview()
         return;
     const QString path = ResultFormat::temporaryPngPath(m_temporaryFolder);
     run(tr("Preparing the viewer…"),
-        [image, path, canceled = canceled()](const ResultEncoder::Progress &progress) {
-            Outcome o;
-            o.path = path;
-            o.ok = ResultEncoder::writeFile(image, path, ResultEncoder::Settings(), &o.error, progress, canceled);
-            return o;
-        },
+        writeJob(image, path, ResultEncoder::Settings()),
         [this](const Outcome &o) {
             if (!o.ok) {
                 fail(o, tr("The collage could not be opened in a viewer."));
@@ -316,12 +311,7 @@ void ResultOutputs::insertResult()
         return;
     const QString path = QDir(folder).filePath(ResultFormat::uuidPngName());
     run(tr("Adding to the photos…"),
-        [image, path, canceled = canceled()](const ResultEncoder::Progress &progress) {
-            Outcome o;
-            o.path = path;
-            o.ok = ResultEncoder::writeFile(image, path, ResultEncoder::Settings(), &o.error, progress, canceled);
-            return o;
-        },
+        writeJob(image, path, ResultEncoder::Settings()),
         [this](const Outcome &o) {
             if (!o.ok) {
                 fail(o, tr("The collage could not be added to the photos."));

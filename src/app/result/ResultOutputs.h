@@ -93,6 +93,9 @@ public:
     using Job = std::function<Outcome(const ResultEncoder::Progress &progress)>;
     // Runs the job on a worker; `text` in the window's status bar while it runs (none: quietly).
     void run(const QString &text, Job job, std::function<void(const Outcome &)> done);
+    // The job of writing `image` to `path` with `settings`: the common work of saving, inserting
+    // and handing a file to a viewer.
+    Job writeJob(const QImage &image, const QString &path, const ResultEncoder::Settings &settings) const;
     // What a job asks to learn that it is given up (cancelAll, or cancelRunning while it runs).
     ResultEncoder::Canceled canceled() const
     {
