@@ -4,7 +4,8 @@
 // tile. For the centred crop and for Smart it prints the share of subjects kept wholly inside the
 // crop, by kind and in all, and the time Smart takes per photo on the reduced copy.
 //
-// Usage: tessary-framing-quality [--save FOLDER]   (--save writes every generated photo as PNG)
+// Usage: tessary-framing-quality [--save FOLDER]   (--save writes every generated photo as PNG;
+// FRAMING_DEBUG=1 names on stderr each subject that Smart cut, with where it looked)
 
 #include "images/ImageCache.h"
 #include "images/PhotoFraming.h"
@@ -68,6 +69,17 @@ void paintBackground(QImage &img, bool textured, QRandomGenerator &random)
             line[x] = qRgb(std::clamp(qRed(c) + n, 0, 255), std::clamp(qGreen(c) + n, 0, 255), std::clamp(qBlue(c) + n, 0, 255));
         }
     }
+}
+
+// Half the width and height of the subject's bounding box in a photo whose shorter side is s.
+QSizeF halfExtent(Subject kind, double s)
+{
+    switch (kind) {
+    case Subject::Face: return QSizeF(0.09 * s, 0.115 * s);
+    case Subject::BrightObject: return QSizeF(0.09 * s, 0.09 * s);
+    case Subject::Person: return QSizeF(0.06 * s, 0.205 * s);
+    }
+    return {};
 }
 
 // Draws the subject with its centre at `at` and answers its bounding box.
@@ -179,7 +191,11 @@ int main(int argc, char **argv)
                 for (const QPointF &place : places) {
                     QImage photo(size, QImage::Format_RGB32);
                     paintBackground(photo, textured, random);
-                    const QPointF at(place.x() * size.width(), place.y() * size.height());
+                    // Off centre, but wholly inside the photo (with a small margin), so a crop can keep it.
+                    const QSizeF half = halfExtent(kind, std::min(size.width(), size.height()));
+                    const double margin = 0.02 * std::min(size.width(), size.height());
+                    const QPointF at(std::clamp(place.x() * size.width(), half.width() + margin, size.width() - half.width() - margin),
+                                     std::clamp(place.y() * size.height(), half.height() + margin, size.height() - half.height() - margin));
                     const QRectF subject = paintSubject(photo, kind, at, random);
                     if (!saveFolder.isEmpty())
                         photo.save(QDir(saveFolder).filePath(QStringLiteral("photo-%1.png").arg(photoNumber, 3, 10, QLatin1Char('0'))));
@@ -206,6 +222,11 @@ int main(int argc, char **argv)
                                                      .cropRect(full, tile.size);
                         const bool c = centreCrop.contains(subject);
                         const bool s = smartCrop.contains(subject);
+                        if (!s && qEnvironmentVariableIsSet("FRAMING_DEBUG"))
+                            std::fprintf(stderr, "%s %s %s tile: subject %.0f,%.0f %.0fx%.0f found %.0f,%.0f crop %.0f,%.0f %.0fx%.0f\n",
+                                         subjectName(kind), textured ? "textured" : "plain", tile.name, subject.x(), subject.y(),
+                                         subject.width(), subject.height(), found.x() * full.width(), found.y() * full.height(),
+                                         smartCrop.x(), smartCrop.y(), smartCrop.width(), smartCrop.height());
                         all.add(c, s);
                         const QString orientation = size == landscape ? QStringLiteral("landscape") : QStringLiteral("portrait");
                         tallyFor(QString::fromLatin1(subjectName(kind))).add(c, s);
