@@ -13,12 +13,12 @@
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QNativeGestureEvent>
-#include <QWheelEvent>
-
-#include <cmath>
 #include <QPainter>
 #include <QPainterPath>
+#include <QWheelEvent>
 #include <qdrawutil.h>
+
+#include <cmath>
 
 namespace {
 

@@ -123,6 +123,8 @@ struct TessaryView::Private {
         QSizeF fitSize;
         PhotoFraming start;
         PhotoFraming current;
+        // Whether the gesture moved the photo at all (an Alt+click alone frames nothing).
+        bool changed = false;
     };
     std::optional<Framing> framing;
     // A zoom is stored once the wheel rests this long, so a turn of the wheel is one change.
@@ -276,7 +278,7 @@ void TessaryView::applyLayout(CollageLayout layout)
         const qsizetype index = d->tiles.size();
         d->tiles.append(tile);
         d->unfilled.insert(index);
-        FitJob job{index, QString(), UIImage(), d->placeholder, tileLayout.imageSize, tileLayout.imageAlignment};
+        FitJob job{index, QString(), UIImage(), d->placeholder, tileLayout.imageSize, tileLayout.imageAlignment, PhotoFraming()};
         if (!tileLayout.placeholder) {
             const std::optional<UIImage> cached = d->loader.imageForPath(tileLayout.imagePath);
             if (!cached && !d->loader.isLoading(tileLayout.imagePath)) {
@@ -477,7 +479,9 @@ void TessaryView::panFraming(const QPointF &delta)
         return;
     Private::Framing &f = *d->framing;
     const QSizeF photo(f.source.size());
-    f.current = f.start.panned(photo, f.fitSize, delta);
+    const PhotoFraming next = f.start.panned(photo, f.fitSize, delta);
+    f.changed = f.changed || !(next == f.current);
+    f.current = next;
     f.tile->imageView()->setFramingPreview(f.source, f.current.cropRect(photo, f.fitSize), f.fitSize);
 }
 
@@ -488,8 +492,9 @@ void TessaryView::zoomFraming(TessaryDataView *tile, const QPointF &position, do
     Private::Framing &f = *d->framing;
     const QSizeF photo(f.source.size());
     const QPointF at = tile->imageView()->pointInPicture(position, f.fitSize);
-    f.current = f.current.zoomedAbout(photo, f.fitSize, at, factor);
-    f.start = f.current;
+    const PhotoFraming next = f.current.zoomedAbout(photo, f.fitSize, at, factor);
+    f.changed = f.changed || !(next == f.current);
+    f.current = f.start = next;
     tile->imageView()->setFramingPreview(f.source, f.current.cropRect(photo, f.fitSize), f.fitSize);
     d->framingRest.start();
 }
@@ -503,7 +508,8 @@ void TessaryView::endFraming()
     if (f.tile)
         f.tile->imageView()->setFramingPreview(QImage(), QRectF(), QSizeF());
     // Stored with the photo; the photo list then has the collage laid out again.
-    d->delegate.setFramingAtIndex(f.tag, f.current);
+    if (f.changed)
+        d->delegate.setFramingAtIndex(f.tag, f.current);
 }
 
 void TessaryView::resetFraming(TessaryDataView *tile)
