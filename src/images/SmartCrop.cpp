@@ -46,8 +46,11 @@ QPointF SmartCrop::subjectOf(const QImage &image)
     for (int y = 0; y < h; ++y)
         memcpy(packed.data() + y * row, rgb.constScanLine(y), size_t(row));
     try {
-        VImage in = VImage::new_from_memory(packed.data(), size_t(packed.size()), w, h, 3, VIPS_FORMAT_UCHAR)
-                        .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
+        // libvips keeps its own copy of the pixels: its operation cache may outlive this call.
+        VipsImage *copy = vips_image_new_from_memory_copy(packed.constData(), size_t(packed.size()), w, h, 3, VIPS_FORMAT_UCHAR);
+        if (!copy)
+            throw VError();
+        const VImage in = VImage(copy).copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB));
         const VImage crop = in.smartcrop(kWindow, kWindow, VImage::option()->set("interesting", VIPS_INTERESTING_ATTENTION));
         // The crop is a region of the input: its offsets are minus its top-left corner.
         const double left = -crop.xoffset();
