@@ -485,6 +485,7 @@ void HalvernDesktopController::connectActions()
     on("preferences", [this] { showPreferences(); });
     on("welcome", [this] { showWelcomeWindow(); });
     on("showDefaultTemplate", [this] { m_mainWindow->templateTabView().showDefaultTemplate(); });
+    on("smartAlignAll", [this] { m_imageBrowserController->imageAligmentSmartAll(); });
     on("help", [this] { halvernHelp(); });
     on("website", [this] { goToWebsite(); });
     on("imageCollage", [this] { imageCollage(); });

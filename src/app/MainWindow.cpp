@@ -156,6 +156,7 @@ void MainWindow::buildMenus()
     add(collage, "unjumble", tr("Unjumble"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_J));
     collage->addSeparator();
     add(collage, "showDefaultTemplate", tr("Show Default Template"));
+    add(collage, "smartAlignAll", tr("Smart-Align All"));
     collage->addSeparator();
     add(collage, "imageCollage", tr("Make Collage"), QKeySequence(Qt::CTRL | Qt::Key_R));
 

@@ -27,14 +27,14 @@ const CliVerbs &verbs()
                                                        "      Documents/Images are deleted with them"}},
         {QStringLiteral("move"), {"move FROM TO", "move the photo at FROM so that it ends up at index TO"}},
         {QStringLiteral("swap"), {"swap A B", "exchange the photos at A and B"}},
-        {QStringLiteral("align"), {"align INDEX METHOD", "set the alignment of one photo; 'align all center' and\n"
-                                                         "      'align all fit' set every photo"}},
+        {QStringLiteral("align"), {"align INDEX METHOD", "set the alignment of one photo; 'align all center',\n"
+                                                         "      'align all fit' and 'align all smart' set every photo"}},
         {QStringLiteral("clear"), {"clear", "remove every photo (files Tessary made are deleted)"}},
     },
         QStringLiteral(
-        "\nIndexes start at 0, as 'list' prints them. METHOD is one of 0 center, 1 start, 2 end, 3 fit:\n"
-        "fill the tile cropping both sides, keeping the start (left or top), keeping the end, or show\n"
-        "the whole photo.\n"
+        "\nIndexes start at 0, as 'list' prints them. METHOD is one of 0 center, 1 start, 2 end, 3 fit,\n"
+        "4 smart: fill the tile cropping both sides, keeping the start (left or top), keeping the end,\n"
+        "show the whole photo, or fill it around the photo's subject. Setting one ends the photo's framing.\n"
         "The photo list lives in the user defaults store: $TESSARY_DEFAULTS when set. On a store that\n"
         "has never held a photo list, the factory photos are listed first, as in the application.\n"));
     return table;
@@ -73,7 +73,8 @@ QString escapedPath(const QString &path)
 
 int parseAlignment(const QString &text)
 {
-    static const QStringList names{QStringLiteral("center"), QStringLiteral("start"), QStringLiteral("end"), QStringLiteral("fit")};
+    static const QStringList names{QStringLiteral("center"), QStringLiteral("start"), QStringLiteral("end"),
+                                   QStringLiteral("fit"), QStringLiteral("smart")};
     const QString lower = text.toLower();
     if (lower == QLatin1String("centre"))
         return ImageBookmarks::ResizeCrop;
@@ -217,16 +218,19 @@ private:
         if (alignment < 0)
             return usageError(QStringLiteral("align"), QStringLiteral("'%1' is not an alignment").arg(args[1]));
         if (args[0] == QLatin1String("all")) {
-            if (alignment != ImageBookmarks::ResizeCrop && alignment != ImageBookmarks::ResizeScale)
-                return usageError(QStringLiteral("align"), QStringLiteral("every photo can be set to center or fit only"));
+            if (alignment != ImageBookmarks::ResizeCrop && alignment != ImageBookmarks::ResizeScale
+                && alignment != ImageBookmarks::ResizeSmart)
+                return usageError(QStringLiteral("align"), QStringLiteral("every photo can be set to center, fit or smart only"));
             if (m_controller.count() == 0)
                 return 0;
             // The window's "centre all" and "fit all" act while a photo is selected.
             m_controller.selectIndex(0);
             if (alignment == ImageBookmarks::ResizeCrop)
                 m_controller.imageAligmentCenterAll();
-            else
+            else if (alignment == ImageBookmarks::ResizeScale)
                 m_controller.imageAligmentFitAll();
+            else
+                m_controller.imageAligmentSmartAll();
             return finish();
         }
         const qsizetype index = parseIndex(args[0], m_controller.count());

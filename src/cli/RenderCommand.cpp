@@ -53,7 +53,8 @@ const char *kHelp =
     "  --template FILE[:N]      template N of a templates file (numbered from 1, default 1)\n"
     "  --builtin N              built-in template N, as the window numbers it (298: the one shown\n"
     "                           at first start)\n"
-    "  --align A                fit every photo by A: 0 center, 1 start, 2 end, 3 fit\n"
+    "  --align A                fit every photo by A: 0 center, 1 start, 2 end, 3 fit,\n"
+    "                           4 smart (fill around each photo's subject); drops framings\n"
     "  --transform T            0 none, 1 flip horizontally, 2 flip vertically,\n"
     "                           3 rotate left, 4 rotate right\n"
     "  --spacing inset|outset   gaps between the tiles (default) or overlapping tiles\n"
@@ -142,13 +143,13 @@ std::optional<double> parseNumber(const QString &text, double min, double max)
 std::optional<int> parseAlignment(const QString &text)
 {
     static const QStringList names{QStringLiteral("center"), QStringLiteral("start"), QStringLiteral("end"),
-                                   QStringLiteral("fit")};
+                                   QStringLiteral("fit"), QStringLiteral("smart")};
     const QString lower = text.toLower();
     if (lower == QLatin1String("centre"))
         return 0;
     if (names.contains(lower))
         return int(names.indexOf(lower));
-    if (const auto v = parseInteger(text, 0, 3))
+    if (const auto v = parseInteger(text, 0, 4))
         return int(*v);
     return std::nullopt;
 }
@@ -232,7 +233,7 @@ QString parse(const QStringList &args, Request &r)
                 return missing();
             r.align = parseAlignment(v->first());
             if (!r.align)
-                return QStringLiteral("--align: '%1' is not 0-3, center, start, end or fit").arg(v->first());
+                return QStringLiteral("--align: '%1' is not 0-4, center, start, end, fit or smart").arg(v->first());
         } else if (a == QLatin1String("--transform")) {
             const auto v = value();
             if (!v)
@@ -469,7 +470,7 @@ private:
         }
         for (const QString &missing : read.missingPhotos)
             m_context.err << "tessary-cli: warning: photo '" << missing << "' of the collage was not found (its tile is left empty)\n";
-        RenderPhotoList photos(paths, doc.photoAlignments(), -1);
+        RenderPhotoList photos(paths, doc.photoAlignments(), -1, doc.photoFramings());
         if (m_request.align)
             photos.setAllAlignments(*m_request.align);
 
@@ -561,7 +562,8 @@ private:
         if (!defaults.isOpen())
             return RenderPhotoList({}, {}, -1);
         const ImageBookmarks bookmarks(defaults, resources, m_alerts);
-        return RenderPhotoList(bookmarks.images(), bookmarks.imageAlignments(), prefs.imageBrowserSeletion());
+        return RenderPhotoList(bookmarks.images(), bookmarks.imageAlignments(), prefs.imageBrowserSeletion(),
+                               bookmarks.framings());
     }
 
     int printLayout(const CollageLayout &layout)

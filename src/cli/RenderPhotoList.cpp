@@ -1,8 +1,9 @@
 #include "RenderPhotoList.h"
 
-RenderPhotoList::RenderPhotoList(QStringList photos, QList<int> alignments, qsizetype selected)
+RenderPhotoList::RenderPhotoList(QStringList photos, QList<int> alignments, qsizetype selected, QList<PhotoFraming> framings)
     : m_photos(std::move(photos))
     , m_alignments(std::move(alignments))
+    , m_framings(std::move(framings))
     , m_selected(selected)
 {
 }
@@ -16,4 +17,5 @@ int RenderPhotoList::alignmentIndexAtIndex(qsizetype index) const
 void RenderPhotoList::setAllAlignments(int alignment)
 {
     m_alignments = QList<int>(m_photos.size(), alignment);
+    m_framings.clear();
 }

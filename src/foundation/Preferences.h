@@ -41,6 +41,8 @@ public:
     static inline const QString TessaryBackgroundColor = QStringLiteral("TessaryBackgroundColor");
     static inline const QString Bookmarks = QStringLiteral("Bookmarks");
     static inline const QString Aligments = QStringLiteral("Aligments");
+    // Each photo's hand framing, beside "Aligments" (an empty dictionary for none).
+    static inline const QString Framings = QStringLiteral("Framings");
     static inline const QString ImageBrowserSeletion = QStringLiteral("Image Browser Seletion");
     static inline const QString UserTemplates = QStringLiteral("UserTemplates");
     static inline const QString SelectedTemplateTableRow = QStringLiteral("SelectedTemplateTableRow");

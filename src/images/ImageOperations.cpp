@@ -1,5 +1,7 @@
 #include "ImageOperations.h"
 
+#include "PhotoFraming.h"
+
 #include "ContentModeGeometry.h"
 #include "ResizeGeometry.h"
 
@@ -13,18 +15,29 @@
 void ImageOperations::drawInRect(const UIImage &image, ImageCanvas &canvas, const QRectF &rect,
                                  ImageCanvas::Operation operation, float fraction, int method)
 {
-    const ResizeGeometry::Plan plan = ResizeGeometry::plan(image.size(), rect, method);
+    drawInRect(image, canvas, rect, operation, fraction, method, PhotoFraming());
+}
+
+void ImageOperations::drawInRect(const UIImage &image, ImageCanvas &canvas, const QRectF &rect,
+                                 ImageCanvas::Operation operation, float fraction, int method, const PhotoFraming &framing)
+{
+    const ResizeGeometry::Plan plan = ResizeGeometry::plan(image.size(), rect, method, framing);
     if (plan.drawable)
         canvas.drawImage(image, plan.source, plan.destination, operation, fraction);
 }
 
 UIImage ImageOperations::imageToFitSize(const UIImage &image, const QSizeF &size, int method)
 {
+    return imageToFitSize(image, size, method, PhotoFraming());
+}
+
+UIImage ImageOperations::imageToFitSize(const UIImage &image, const QSizeF &size, int method, const PhotoFraming &framing)
+{
     if (size.width() == 0 || size.height() == 0)
         return image;
     ImageCanvas canvas(size);
     canvas.setInterpolation(ImageCanvas::Interpolation::High);
-    drawInRect(image, canvas, QRectF(QPointF(0, 0), size), ImageCanvas::Operation::SourceOver, 1.0f, method);
+    drawInRect(image, canvas, QRectF(QPointF(0, 0), size), ImageCanvas::Operation::SourceOver, 1.0f, method, framing);
     return canvas.takeImage();
 }
 

@@ -7,6 +7,8 @@
 #include <QRectF>
 #include <QSizeF>
 
+class PhotoFraming;
+
 // The operations every image offers: fitting into a size by a resize method, letterboxing,
 // scaling, the megapixel ceiling, JPEG recompression, thumbnails, content modes and rounded
 // clipping. They keep no state; each takes an image and returns a new one, except that
@@ -15,12 +17,16 @@
 class ImageOperations
 {
 public:
-    // Draws `image` into `rect` of the canvas, fitted by resize method 0-3 (ResizeGeometry).
+    // Draws `image` into `rect` of the canvas, fitted by resize method 0-4 (ResizeGeometry), or
+    // showing the framing's crop when it is not null.
     static void drawInRect(const UIImage &image, ImageCanvas &canvas, const QRectF &rect,
                            ImageCanvas::Operation operation, float fraction, int method);
+    static void drawInRect(const UIImage &image, ImageCanvas &canvas, const QRectF &rect,
+                           ImageCanvas::Operation operation, float fraction, int method, const PhotoFraming &framing);
     // A new image of exactly `size`, transparent where the picture does not reach; `image`
     // itself when a dimension of `size` is 0. High-quality, anti-aliased.
     static UIImage imageToFitSize(const UIImage &image, const QSizeF &size, int method);
+    static UIImage imageToFitSize(const UIImage &image, const QSizeF &size, int method, const PhotoFraming &framing);
     static UIImage imageCroppedToFitSize(const UIImage &image, const QSizeF &size); // method 0
     static UIImage imageScaledToFitSize(const UIImage &image, const QSizeF &size);  // method 3
     // A new image of exactly `size`: the picture fitted inside, centred on black, its

@@ -1,5 +1,7 @@
 #include "ResizeGeometry.h"
 
+#include "PhotoFraming.h"
+
 #include <cmath>
 
 namespace {
@@ -42,6 +44,8 @@ ResizeGeometry::Plan ResizeGeometry::plan(const QSizeF &imageSize, const QRectF 
     }
 
     p.destination = QRectF(x, y, w, h);
+    if (method == ResizeSmart)
+        method = ResizeCrop;
     if (method < ResizeCrop || method > ResizeCropEnd) {
         // Not a resize method: the whole image stretched over the target.
         p.source = QRectF(0, 0, sw, sh);
@@ -80,6 +84,24 @@ ResizeGeometry::Plan ResizeGeometry::plan(const QSizeF &imageSize, const QRectF 
     if (!finitePositive(k))
         return p;
     p.source = QRectF(ox / k, oy / k, w / k, h / k);
+    p.drawable = true;
+    return p;
+}
+
+ResizeGeometry::Plan ResizeGeometry::plan(const QSizeF &imageSize, const QRectF &target, int method, const PhotoFraming &framing)
+{
+    if (framing.isNull())
+        return plan(imageSize, target, method);
+    Plan p;
+    const QRectF crop = framing.cropRect(imageSize, target.size());
+    if (crop.isEmpty())
+        return p;
+    // The crop is measured from the top; sources here from the bottom.
+    p.source = QRectF(crop.x(), imageSize.height() - crop.bottom(), crop.width(), crop.height());
+    const double k = target.width() / crop.width();
+    p.scaledSize = imageSize * k;
+    p.cropOffset = QPointF(p.source.x() * k, p.source.y() * k);
+    p.destination = target;
     p.drawable = true;
     return p;
 }

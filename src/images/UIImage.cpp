@@ -4,6 +4,7 @@
 #include "ImageCanvas.h"
 #include "ImageFileReader.h"
 #include "ImageOperations.h"
+#include "PhotoFraming.h"
 #include "ResizeGeometry.h"
 
 #include <QBuffer>
@@ -87,6 +88,12 @@ UIImage::LoadResult UIImage::loadFileUnderMegaPixels(const QString &path, double
 
 UIImage UIImage::initWithContentsOfFileFittedToSize(const QString &path, const QSizeF &size, int method)
 {
+    return initWithContentsOfFileFittedToSize(path, size, method, PhotoFraming());
+}
+
+UIImage UIImage::initWithContentsOfFileFittedToSize(const QString &path, const QSizeF &size, int method,
+                                                    const PhotoFraming &framing)
+{
     QByteArray bytes;
     QString error;
     if (!ImageFileReader::readFile(path, &bytes, &error))
@@ -95,7 +102,7 @@ UIImage UIImage::initWithContentsOfFileFittedToSize(const QString &path, const Q
     if (!header.ok())
         return UIImage();
     const QSizeF full(header.size);
-    const ResizeGeometry::Plan plan = ResizeGeometry::plan(full, QRectF(QPointF(0, 0), size), method);
+    const ResizeGeometry::Plan plan = ResizeGeometry::plan(full, QRectF(QPointF(0, 0), size), method, framing);
     if (header.format == "jpeg" && plan.drawable && !plan.source.isEmpty()) {
         // The scale at which the source region lands on the result, per direction.
         const qreal fx = plan.destination.width() / plan.source.width();
@@ -104,10 +111,10 @@ UIImage UIImage::initWithContentsOfFileFittedToSize(const QString &path, const Q
         if (needed.width() * 2 <= header.size.width() && needed.height() * 2 <= header.size.height()) {
             const ImageFileReader::Frames reduced = ImageFileReader::decodeReducedJpeg(bytes, path, needed);
             if (reduced.ok())
-                return UIImage(reduced.frames, full).imageToFitSize(size, method);
+                return UIImage(reduced.frames, full).imageToFitSize(size, method, framing);
         }
     }
-    return loadData(bytes, path).image.imageToFitSize(size, method);
+    return loadData(bytes, path).image.imageToFitSize(size, method, framing);
 }
 
 UIImage UIImage::initWithContentsOfURL(const QUrl &url)
@@ -269,6 +276,11 @@ UIImage UIImage::imageWithInsetContent(int inset, bool megapixelLimit, const QCo
     canvas.setInterpolation(ImageCanvas::Interpolation::High);
     ImageOperations::drawInRect(*this, canvas, content, ImageCanvas::Operation::SourceOver, 1.0f, insetByCropping ? 0 : 3);
     return canvas.takeImage();
+}
+
+UIImage UIImage::imageToFitSize(const QSizeF &size, int method, const PhotoFraming &framing) const
+{
+    return ImageOperations::imageToFitSize(*this, size, method, framing);
 }
 
 UIImage UIImage::imageToFitSize(const QSizeF &size, int method) const

@@ -10,6 +10,7 @@
 
 #include <memory>
 
+class PhotoFraming;
 struct UIImageLoadResult;
 
 // An image: one or more bitmap frames (the pages of a multi-page TIFF, usually just one) and a
@@ -45,7 +46,10 @@ public:
     // Exactly initWithContentsOfFile(path).imageToFitSize(size, method), for a render or a tile
     // that needs the picture much smaller than the file: a JPEG is decoded at a reduced scale
     // that still has at least the pixels the fitted result shows.
+    // With a framing (not null) the result shows the framing's crop instead.
     static UIImage initWithContentsOfFileFittedToSize(const QString &path, const QSizeF &size, int method);
+    static UIImage initWithContentsOfFileFittedToSize(const QString &path, const QSizeF &size, int method,
+                                                      const PhotoFraming &framing);
     // A picture from a URL, for previews: local files only, the empty image otherwise.
     static UIImage initWithContentsOfURL(const QUrl &url);
 
@@ -95,6 +99,7 @@ public:
 
     // Shorthands for the image operations most callers need (see ImageOperations).
     UIImage imageToFitSize(const QSizeF &size, int method) const;
+    UIImage imageToFitSize(const QSizeF &size, int method, const PhotoFraming &framing) const;
     UIImage scaleToUnderMegaPixels(double megapixels) const;
     UIImage scaleImageToSize(const QSizeF &size) const;
 

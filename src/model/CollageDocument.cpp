@@ -7,6 +7,7 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <limits>
 
 namespace {
 
@@ -16,6 +17,9 @@ const QString kPhotosKey = QStringLiteral("photos");
 const QString kPathKey = QStringLiteral("path");
 const QString kRelativePathKey = QStringLiteral("relativePath");
 const QString kAlignmentKey = QStringLiteral("alignment");
+const QString kFramingKey = QStringLiteral("framing");
+// Alignments 0-4; a document may hold others (from a later version), which read as 0.
+constexpr int kAlignmentCount = 5;
 const QString kTransformKey = QStringLiteral("coordinateTransform");
 const QString kSpacingKey = QStringLiteral("spacingType");
 const QString kWidthIncrementKey = QStringLiteral("widthIncrement");
@@ -69,11 +73,11 @@ QString locate(const QString &absolute, const QString &relative, const QString &
 
 } // namespace
 
-void CollageDocument::setPhotos(const QStringList &paths, const QList<int> &alignments)
+void CollageDocument::setPhotos(const QStringList &paths, const QList<int> &alignments, const QList<PhotoFraming> &framings)
 {
     photos.clear();
     for (qsizetype i = 0; i < paths.size(); ++i)
-        photos.append(Photo{paths[i], paths[i], int(alignments.value(i, 0))});
+        photos.append(Photo{paths[i], paths[i], int(alignments.value(i, 0)), framings.value(i)});
 }
 
 QStringList CollageDocument::photoPaths() const
@@ -92,6 +96,14 @@ QList<int> CollageDocument::photoAlignments() const
     return alignments;
 }
 
+QList<PhotoFraming> CollageDocument::photoFramings() const
+{
+    QList<PhotoFraming> framings;
+    for (const Photo &p : photos)
+        framings.append(p.framing);
+    return framings;
+}
+
 QVariantMap CollageDocument::toPropertyList(const QString &documentFolder) const
 {
     QVariantMap root = otherKeys;
@@ -102,6 +114,8 @@ QVariantMap CollageDocument::toPropertyList(const QString &documentFolder) const
     for (const Photo &p : photos) {
         const QString absolute = p.path.isEmpty() ? p.storedPath : QFileInfo(p.path).absoluteFilePath();
         QVariantMap entry{{kPathKey, absolute}, {kAlignmentKey, qint64(p.alignment)}};
+        if (!p.framing.isNull())
+            entry.insert(kFramingKey, p.framing.toVariant());
         if (!absolute.isEmpty())
             entry.insert(kRelativePathKey, folder.relativeFilePath(absolute));
         photoList.append(entry);
@@ -182,8 +196,12 @@ CollageDocument::ReadResult CollageDocument::fromPropertyList(const QVariant &ro
             || (relative.isValid() && relative.typeId() != QMetaType::QString))
             return refuse(QStringLiteral("photo %1 has no \"%2\" text").arg(i + 1).arg(kPathKey));
         Photo photo;
-        if (!readInteger(entry, kAlignmentKey, 0, 3, photo.alignment, &error))
+        if (!readInteger(entry, kAlignmentKey, std::numeric_limits<int>::min(), std::numeric_limits<int>::max(),
+                         photo.alignment, &error))
             return refuse(QStringLiteral("photo %1: %2").arg(i + 1).arg(error));
+        if (photo.alignment < 0 || photo.alignment >= kAlignmentCount)
+            photo.alignment = 0;
+        photo.framing = PhotoFraming::fromVariant(entry.value(kFramingKey));
         photo.storedPath = path.toString();
         photo.path = locate(photo.storedPath, relative.toString(), documentFolder);
         if (photo.path.isEmpty()) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "images/PhotoFraming.h"
+
 #include <QColor>
 #include <QList>
 #include <QRectF>
@@ -32,7 +34,10 @@ public:
         // when it was found nowhere).
         QString storedPath;
         QString path;
+        // An alignment this version does not know reads as 0.
         int alignment = 0;
+        // The photo's hand framing ("framing", beside "alignment"); none when absent.
+        PhotoFraming framing;
         bool operator==(const Photo &) const = default;
     };
 
@@ -56,10 +61,11 @@ public:
     QVariantMap otherKeys;
 
     // A document of photos given by path (each found where it is).
-    void setPhotos(const QStringList &paths, const QList<int> &alignments);
+    void setPhotos(const QStringList &paths, const QList<int> &alignments, const QList<PhotoFraming> &framings = {});
     // The paths to lay out, in order; a missing photo is an empty path.
     QStringList photoPaths() const;
     QList<int> photoAlignments() const;
+    QList<PhotoFraming> photoFramings() const;
 
     struct ReadResult;
     static ReadResult read(const QString &path);

@@ -1,6 +1,9 @@
 #include "model/CollageRenderer.h"
 
 #include "images/ImageFileReader.h"
+#include "images/PhotoFraming.h"
+#include "images/SmartCrop.h"
+#include "photos/ImageCache.h"
 #include "model/CollageLayout.h"
 #include "model/CoordinateTransform.h"
 #include "model/RenderScale.h"
@@ -22,11 +25,15 @@ namespace {
 
 // The size the whole picture must be decoded at so that, fitted by `method`, it still covers
 // `target`: scaled to cover for the three crops, to fit inside for the whole-picture method.
-QSize sizeCovering(const QSize &full, const QSize &target, int method)
+QSize sizeCovering(const QSize &full, const QSize &target, int method, const PhotoFraming &framing)
 {
     const double kx = double(target.width()) / full.width();
     const double ky = double(target.height()) / full.height();
-    const double k = method == 3 ? std::min(kx, ky) : std::max(kx, ky);
+    double k = method == 3 ? std::min(kx, ky) : std::max(kx, ky);
+    // A framing shows a part of the photo, zoomed in up to its limit: as many pixels as that part needs.
+    const QRectF crop = framing.cropRect(QSizeF(full), QSizeF(target));
+    if (!crop.isEmpty())
+        k = std::max(target.width() / crop.width(), target.height() / crop.height());
     return QSize(std::max(1, int(std::ceil(full.width() * k))), std::max(1, int(std::ceil(full.height() * k))));
 }
 
@@ -64,6 +71,22 @@ QRect CollageRenderer::pixelRect(const QRectF &frame, double scale)
 
 UIImage CollageRenderer::loadFittedPhoto(const QString &path, const QSize &size, int method, QString *error)
 {
+    return loadFittedPhoto(path, size, method, PhotoFraming(), error);
+}
+
+PhotoFraming CollageRenderer::framingForTile(const TileLayout &tile)
+{
+    if (!tile.needsSubject())
+        return tile.shownFraming();
+    TileLayout found = tile;
+    // Found in the photo's reduced copy, as the image cache finds it for the tile on screen.
+    found.subject = SmartCrop::subjectOf(ImageCache::compressedImageForPath(tile.imagePath).bestRepresentation());
+    return found.shownFraming();
+}
+
+UIImage CollageRenderer::loadFittedPhoto(const QString &path, const QSize &size, int method, const PhotoFraming &framing,
+                                         QString *error)
+{
     QString why;
     UIImage picture;
     QByteArray bytes;
@@ -80,7 +103,7 @@ UIImage CollageRenderer::loadFittedPhoto(const QString &path, const QSize &size,
     }
     if (header.format == "jpeg" && !size.isEmpty()) {
         const ImageFileReader::Frames reduced =
-            ImageFileReader::decodeReducedJpeg(bytes, path, sizeCovering(header.size, size, method));
+            ImageFileReader::decodeReducedJpeg(bytes, path, sizeCovering(header.size, size, method, framing));
         // The reduced pixels stand for the whole picture: the fitting works in the picture's
         // full point size and so crops exactly what a full decode would.
         if (reduced.ok())
@@ -98,7 +121,7 @@ UIImage CollageRenderer::loadFittedPhoto(const QString &path, const QSize &size,
     bytes.clear();
     if (size.isEmpty())
         return UIImage();
-    return picture.imageToFitSize(QSizeF(size), method);
+    return picture.imageToFitSize(QSizeF(size), method, framing);
 }
 
 CollageRenderer::Result CollageRenderer::imageCollage(const CollageLayout &layout, bool scaled, const Options &options)
@@ -192,7 +215,7 @@ CollageRenderer::Result CollageRenderer::render(const CollageLayout &layout, dou
             QString error;
             UIImage fitted;
             if (!target.isEmpty() && !stopped)
-                fitted = loadFittedPhoto(tile.imagePath, target.size(), tile.imageAlignment, &error);
+                fitted = loadFittedPhoto(tile.imagePath, target.size(), tile.imageAlignment, framingForTile(tile), &error);
             const QImage photo = fitted.bestRepresentation();
 
             QMutexLocker lock(&shared.mutex);

@@ -70,10 +70,15 @@ public:
     // rounded, so neighbouring tiles meet without seams or overlaps of their own making.
     static QRect pixelRect(const QRectF &frame, double scale);
 
-    // The photo at `path` fitted by `method` (an image alignment) to exactly `size` pixels,
-    // decoded at a reduced scale when that still covers the size. The empty image with `error`
-    // set when the file cannot be read.
+    // The photo at `path` fitted by `method` (an image alignment), or showing the framing's crop
+    // when it is not null, to exactly `size` pixels, decoded at a reduced scale when that still
+    // covers the size. The empty image with `error` set when the file cannot be read.
     static UIImage loadFittedPhoto(const QString &path, const QSize &size, int method, QString *error = nullptr);
+    static UIImage loadFittedPhoto(const QString &path, const QSize &size, int method, const PhotoFraming &framing,
+                                   QString *error = nullptr);
+    // What the tile shows of its photo beyond the alignment (TileLayout::shownFraming), the
+    // subject found from the photo's reduced copy when the layout does not know it yet.
+    static PhotoFraming framingForTile(const TileLayout &tile);
 
 private:
     static Result render(const CollageLayout &layout, double scale, const Options &options, bool decorated);

@@ -198,6 +198,7 @@ TileLayout LayoutEngine::makeTile(const Module &module, qsizetype index, const Q
     tile.module = module;
     tile.cell = cell;
     tile.imageAlignment = delegate ? delegate->alignmentIndexAtIndex(index) : 0;
+    tile.framing = delegate ? delegate->framingAtIndex(index) : PhotoFraming();
     tile.selected = delegate && delegate->selectedItem() == index;
 
     // The grid rectangle: whole cells of the scaled module size.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "images/PhotoFraming.h"
 #include "model/TessaryData.h"
 
 #include <QColor>
@@ -9,6 +10,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 // One placed module of a collage layout: where its tile sits, what it shows and how it looks.
 // Frames are in the collage's points with y growing downward (row 0 is the top row).
@@ -28,12 +30,22 @@ struct TileLayout {
     // The photo shown, or the placeholder picture when there are fewer photos than modules.
     QString imagePath;
     bool placeholder = false;
-    // How the photo is fitted (0 centred crop, 1 keep start, 2 keep end, 3 fit whole).
+    // How the photo is fitted (0 centred crop, 1 keep start, 2 keep end, 3 fit whole, 4 Smart).
     int imageAlignment = 0;
+    // The photo's hand framing (none when it has none), which wins over the alignment.
+    PhotoFraming framing;
+    // Where the photo's subject is (see SmartCrop), when whoever fits the photo already knows it.
+    std::optional<QPointF> subject;
     // The photo selected in the photo list is shown in this tile.
     bool selected = false;
     double alpha = 1.0;
     double borderWidth = 0.0;  // points
     double cornerRadius = 0.0; // points
     QColor borderColor = Qt::white;
+
+    // What the tile shows of its photo beyond the alignment: the hand framing, or for the Smart
+    // alignment the photo filled around its subject; none otherwise.
+    PhotoFraming shownFraming() const { return PhotoFraming::forAlignment(imageAlignment, framing, subject); }
+    // The Smart alignment still needs the photo's subject found.
+    bool needsSubject() const { return !placeholder && framing.isNull() && imageAlignment == 4 && !subject; }
 };

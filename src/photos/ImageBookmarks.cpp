@@ -24,12 +24,14 @@ namespace {
 // The pause between the dismissal of a file-change alert and the removal of its entries.
 constexpr int kRemovalDelayMilliseconds = 1000;
 
-int validAlignment(qint64 alignment)
-{
-    return alignment >= 0 && alignment < ImageBookmarks::kAlignmentCount ? int(alignment) : ImageBookmarks::ResizeCrop;
-}
+const QStringList kStoredKeys{Preferences::Bookmarks, Preferences::Aligments, Preferences::Framings};
 
 } // namespace
+
+int ImageBookmarks::validAlignment(qint64 alignment)
+{
+    return alignment >= 0 && alignment < kAlignmentCount ? int(alignment) : ResizeCrop;
+}
 
 ImageBookmarks::ImageBookmarks(UserDefaults &defaults, const QString &resourcesFolder, AlertPresenter &alerts, QObject *parent)
     : QObject(parent)
@@ -61,9 +63,11 @@ void ImageBookmarks::loadBookmarks()
     m_urls.clear();
     m_images.clear();
     m_imageAlignments.clear();
+    m_framings.clear();
     const QVariant storedBookmarks = m_defaults.objectForKey(Preferences::Bookmarks);
     const QVariant storedAlignments = m_defaults.objectForKey(Preferences::Aligments);
-    Entries loaded = entriesFromStored(storedBookmarks, storedAlignments, true);
+    const QVariant storedFramings = m_defaults.objectForKey(Preferences::Framings);
+    Entries loaded = entriesFromStored(storedBookmarks, storedAlignments, storedFramings, true);
     const bool firstRun = loaded.isEmpty() && !m_defaults.hasObject(Preferences::FirstRunLoadFactoryImages);
     if (firstRun)
         loaded = factoryEntries();
@@ -74,11 +78,13 @@ void ImageBookmarks::loadBookmarks()
     // Written back only when loading changed it (dropped entries, factory photos), and then
     // to the list as it is stored now, which another process may have changed meanwhile.
     if (firstRun || asLoaded.value(Preferences::Bookmarks) != storedBookmarks
-        || asLoaded.value(Preferences::Aligments) != storedAlignments) {
+        || asLoaded.value(Preferences::Aligments) != storedAlignments
+        || (storedFramings.isValid() && asLoaded.value(Preferences::Framings) != storedFramings)) {
         Entries result;
-        const QStringList keys{Preferences::Bookmarks, Preferences::Aligments, Preferences::FirstRunLoadFactoryImages};
+        const QStringList keys = kStoredKeys + QStringList{Preferences::FirstRunLoadFactoryImages};
         const bool saved = m_defaults.update(keys, [&](QVariantMap &values) {
-            result = entriesFromStored(values.value(Preferences::Bookmarks), values.value(Preferences::Aligments), true);
+            result = entriesFromStored(values.value(Preferences::Bookmarks), values.value(Preferences::Aligments),
+                                       values.value(Preferences::Framings), true);
             if (result.isEmpty() && !values.contains(Preferences::FirstRunLoadFactoryImages)) {
                 values.insert(Preferences::FirstRunLoadFactoryImages, false);
                 result = factoryEntries();
@@ -99,17 +105,23 @@ void ImageBookmarks::loadBookmarks()
 bool ImageBookmarks::loadSecurityBookmarks()
 {
     const Entries loaded = entriesFromStored(m_defaults.objectForKey(Preferences::Bookmarks),
-                                             m_defaults.objectForKey(Preferences::Aligments), true);
+                                             m_defaults.objectForKey(Preferences::Aligments),
+                                             m_defaults.objectForKey(Preferences::Framings), true);
     const Batch batch(*this);
-    for (const Entry &entry : loaded)
+    for (const Entry &entry : loaded) {
         insertURL(entry.url, entry.datum, entry.alignment, count());
+        if (!entry.framing.isNull())
+            setFraming(entry.framing, count() - 1);
+    }
     return !loaded.isEmpty();
 }
 
-ImageBookmarks::Entries ImageBookmarks::entriesFromStored(const QVariant &bookmarks, const QVariant &alignments, bool resolving) const
+ImageBookmarks::Entries ImageBookmarks::entriesFromStored(const QVariant &bookmarks, const QVariant &alignments,
+                                                          const QVariant &framings, bool resolving) const
 {
     const QVariantList datums = bookmarks.typeId() == QMetaType::QVariantList ? bookmarks.toList() : QVariantList{};
     const QVariantList numbers = alignments.typeId() == QMetaType::QVariantList ? alignments.toList() : QVariantList{};
+    const QVariantList frames = framings.typeId() == QMetaType::QVariantList ? framings.toList() : QVariantList{};
     QList<bool> used(m_committed.size(), false);
     Entries entries;
     entries.reserve(datums.size());
@@ -118,6 +130,7 @@ ImageBookmarks::Entries ImageBookmarks::entriesFromStored(const QVariant &bookma
         Entry entry;
         entry.datum = datum;
         entry.alignment = i < numbers.size() ? validAlignment(PlistValue::integerValue(numbers.at(i))) : ResizeCrop;
+        entry.framing = i < frames.size() ? PhotoFraming::fromVariant(frames.at(i)) : PhotoFraming();
         if (datum.typeId() == QMetaType::QByteArray) {
             if (datum.toByteArray().isEmpty())
                 continue;
@@ -159,7 +172,7 @@ ImageBookmarks::Entries ImageBookmarks::factoryEntries() const
         const QString name = QStringLiteral("images-%1").arg(i);
         const QString path = factoryImagePath(name);
         if (QFileInfo(path).isFile())
-            entries.append({name, std::make_shared<const QUrl>(QUrl::fromLocalFile(path)), path, ResizeCrop});
+            entries.append({name, std::make_shared<const QUrl>(QUrl::fromLocalFile(path)), path, ResizeCrop, PhotoFraming()});
     }
     return entries;
 }
@@ -168,14 +181,23 @@ void ImageBookmarks::storeEntries(const Entries &entries, QVariantMap &values)
 {
     QVariantList datums;
     QVariantList alignments;
+    QVariantList framings;
     datums.reserve(entries.size());
     alignments.reserve(entries.size());
+    bool framed = false;
     for (const Entry &entry : entries) {
         datums.append(entry.datum);
         alignments.append(QVariant::fromValue(qint64(entry.alignment)));
+        framings.append(entry.framing.toVariant());
+        framed = framed || !entry.framing.isNull();
     }
     values.insert(Preferences::Bookmarks, datums);
     values.insert(Preferences::Aligments, alignments);
+    // A list without framings leaves the key out, as a store of an earlier version has it.
+    if (framed)
+        values.insert(Preferences::Framings, framings);
+    else
+        values.remove(Preferences::Framings);
 }
 
 ImageBookmarks::Entries ImageBookmarks::currentEntries() const
@@ -183,7 +205,7 @@ ImageBookmarks::Entries ImageBookmarks::currentEntries() const
     Entries entries;
     entries.reserve(count());
     for (qsizetype i = 0; i < count(); ++i)
-        entries.append({m_datums.at(i), m_urls.at(i), m_images.at(i), m_imageAlignments.at(i)});
+        entries.append({m_datums.at(i), m_urls.at(i), m_images.at(i), m_imageAlignments.at(i), m_framings.at(i)});
     return entries;
 }
 
@@ -194,11 +216,13 @@ void ImageBookmarks::adopt(const Entries &entries)
     m_urls.clear();
     m_images.clear();
     m_imageAlignments.clear();
+    m_framings.clear();
     for (const Entry &entry : entries) {
         m_datums.append(entry.datum);
         m_urls.append(entry.url);
         m_images.append(entry.path);
         m_imageAlignments.append(entry.alignment);
+        m_framings.append(entry.framing);
     }
     const QSet<QString> after(m_images.cbegin(), m_images.cend());
     for (const QString &path : before) {
@@ -239,8 +263,9 @@ void ImageBookmarks::saveSecurityBookmarks()
     m_unsaved = false;
     const QList<Edit> edits = std::exchange(m_pendingEdits, {});
     Entries result;
-    m_lastSaveSucceeded = m_defaults.update({Preferences::Bookmarks, Preferences::Aligments}, [&](QVariantMap &values) {
-        result = entriesFromStored(values.value(Preferences::Bookmarks), values.value(Preferences::Aligments), false);
+    m_lastSaveSucceeded = m_defaults.update(kStoredKeys, [&](QVariantMap &values) {
+        result = entriesFromStored(values.value(Preferences::Bookmarks), values.value(Preferences::Aligments),
+                                   values.value(Preferences::Framings), false);
         for (const Edit &change : edits)
             change(result);
         storeEntries(result, values);
@@ -359,6 +384,11 @@ int ImageBookmarks::alignmentIndexAtIndex(qsizetype index) const
     return index >= 0 && index < m_imageAlignments.size() ? m_imageAlignments.at(index) : 0;
 }
 
+PhotoFraming ImageBookmarks::framingAtIndex(qsizetype index) const
+{
+    return index >= 0 && index < m_framings.size() ? m_framings.at(index) : PhotoFraming();
+}
+
 QList<qsizetype> ImageBookmarks::bookmarksWithPath(const QString &path) const
 {
     QList<qsizetype> indexes;
@@ -403,7 +433,7 @@ void ImageBookmarks::insertURL(const UrlRef &url, const QVariant &datum, int ali
 {
     if (!url || url->isEmpty() || index < 0 || index > count())
         return;
-    const Entry entry{datum.isValid() ? datum : QVariant(nameWithoutExtension(*url)), url, url->toLocalFile(), validAlignment(alignment)};
+    const Entry entry{datum.isValid() ? datum : QVariant(nameWithoutExtension(*url)), url, url->toLocalFile(), validAlignment(alignment), PhotoFraming()};
     // Placed before the entry it went before here; at the end when it went there.
     const UrlRef before = urlAtIndex(index);
     edit([entry, before](Entries &entries) {
@@ -416,7 +446,7 @@ void ImageBookmarks::replaceURL(const UrlRef &url, const QVariant &datum, int al
 {
     if (!url || url->isEmpty() || index < 0 || index >= count())
         return;
-    const Entry entry{datum.isValid() ? datum : QVariant(nameWithoutExtension(*url)), url, url->toLocalFile(), validAlignment(alignment)};
+    const Entry entry{datum.isValid() ? datum : QVariant(nameWithoutExtension(*url)), url, url->toLocalFile(), validAlignment(alignment), PhotoFraming()};
     const UrlRef old = m_urls.at(index);
     edit([entry, old](Entries &entries) {
         const qsizetype at = indexIn(entries, old);
@@ -481,8 +511,22 @@ void ImageBookmarks::setAligment(int alignment, qsizetype index)
     const UrlRef target = m_urls.at(index);
     edit([target, alignment](Entries &entries) {
         const qsizetype at = indexIn(entries, target);
-        if (at >= 0)
+        if (at >= 0) {
             entries[at].alignment = alignment;
+            entries[at].framing = PhotoFraming();
+        }
+    });
+}
+
+void ImageBookmarks::setFraming(const PhotoFraming &framing, qsizetype index)
+{
+    if (index < 0 || index >= count())
+        return;
+    const UrlRef target = m_urls.at(index);
+    edit([target, framing](Entries &entries) {
+        const qsizetype at = indexIn(entries, target);
+        if (at >= 0)
+            entries[at].framing = framing;
     });
 }
 
@@ -491,8 +535,10 @@ void ImageBookmarks::setAllAlignments(int alignment)
     if (m_imageAlignments.isEmpty())
         return;
     edit([alignment](Entries &entries) {
-        for (Entry &entry : entries)
+        for (Entry &entry : entries) {
             entry.alignment = alignment;
+            entry.framing = PhotoFraming();
+        }
     });
 }
 
@@ -504,6 +550,11 @@ void ImageBookmarks::setAligmentCenterAll()
 void ImageBookmarks::setAligmentFitAll()
 {
     setAllAlignments(ResizeScale);
+}
+
+void ImageBookmarks::setAligmentSmartAll()
+{
+    setAllAlignments(ResizeSmart);
 }
 
 // ---------------------------------------------------------------- watching

@@ -7,6 +7,8 @@
 #include <QUrl>
 #include <QVariant>
 
+#include "images/PhotoFraming.h"
+
 #include <functional>
 #include <memory>
 
@@ -20,7 +22,7 @@ class UserDefaults;
 // the file again (the datum), its URL, its path and its alignment. A user file's datum is its
 // absolute path as bytes; a factory photo's datum is its resource name as text, so the two kinds
 // stay apart in the stored array. Every change is written at once under "Bookmarks" and
-// "Aligments", as one transaction that re-reads the stored list and applies the change to it,
+// "Aligments" (and each photo's hand framing under "Framings"), as one transaction that re-reads the stored list and applies the change to it,
 // so that another process's changes made meanwhile are kept; the list here then follows what
 // was stored. A change that could not be written is undone here and reported through the
 // AlertPresenter. Every listed file is watched; when another program deletes, renames or modifies
@@ -37,8 +39,11 @@ public:
         ResizeCropStart = 1, // fill, keep the left or upper end
         ResizeCropEnd = 2,   // fill, keep the right or lower end
         ResizeScale = 3,     // show the whole photo
+        ResizeSmart = 4,     // fill, centred on the photo's subject
     };
-    static constexpr int kAlignmentCount = 4;
+    static constexpr int kAlignmentCount = 5;
+    // An alignment as stored or given: one this version does not know reads as ResizeCrop.
+    static int validAlignment(qint64 alignment);
     static constexpr int kFactoryImageCount = 49;
 
     // URLs are shared objects so that a caller holding one can find its entry again by
@@ -101,6 +106,9 @@ public:
     // The index of that very URL object, or -1.
     qsizetype indexOfURL(const UrlRef &url) const;
     int alignmentIndexAtIndex(qsizetype index) const;
+    const QList<PhotoFraming> &framings() const { return m_framings; }
+    // The photo's hand framing; none when the index is out of range or it has none.
+    PhotoFraming framingAtIndex(qsizetype index) const;
     // All indexes whose path equals the path, ascending.
     QList<qsizetype> bookmarksWithPath(const QString &path) const;
 
@@ -118,11 +126,15 @@ public:
     // to is the target index before the removal, as a list view reports a drop.
     void moveBookmarkAtIndex(qsizetype from, qsizetype to);
     void exchangeBookmarkAtIndex(qsizetype index, qsizetype withIndex);
-    // Out-of-range indexes change nothing.
+    // Out-of-range indexes change nothing. Choosing an alignment ends the photo's hand framing.
     void setAligment(int alignment, qsizetype index);
-    // Every alignment to ResizeCrop / ResizeScale; an empty list is left alone (not saved).
+    // Frames the photo by hand (a null framing ends it); out-of-range indexes change nothing.
+    void setFraming(const PhotoFraming &framing, qsizetype index);
+    // Every alignment to ResizeCrop / ResizeScale / ResizeSmart, ending every hand framing; an
+    // empty list is left alone (not saved).
     void setAligmentCenterAll();
     void setAligmentFitAll();
+    void setAligmentSmartAll();
 
     // --- Watching
     void stopAccessingSecurityScopedResources() {} // no sandbox here: nothing to give back
@@ -150,6 +162,7 @@ private:
         UrlRef url;
         QString path;
         int alignment = ResizeCrop;
+        PhotoFraming framing;
     };
     using Entries = QList<Entry>;
     // A change of the list that finds its entries by their URL objects, so that it applies as
@@ -168,7 +181,8 @@ private:
     // The entries of a stored list. Resolving (loading) drops what cannot be found and brings
     // factory photos back centred; otherwise every entry is kept as stored. An entry that was
     // in the list at the last write keeps its URL object.
-    Entries entriesFromStored(const QVariant &bookmarks, const QVariant &alignments, bool resolving) const;
+    Entries entriesFromStored(const QVariant &bookmarks, const QVariant &alignments, const QVariant &framings,
+                              bool resolving) const;
     Entries factoryEntries() const;
     static void storeEntries(const Entries &entries, QVariantMap &values);
     static qsizetype indexIn(const Entries &entries, const UrlRef &url);
@@ -189,4 +203,5 @@ private:
     QList<UrlRef> m_urls;
     QStringList m_images;
     QList<int> m_imageAlignments;
+    QList<PhotoFraming> m_framings;
 };

@@ -103,6 +103,11 @@ int ImageBrowserController::alignmentIndexAtIndex(qsizetype index) const
     return m_imageBookmarks->alignmentIndexAtIndex(index);
 }
 
+PhotoFraming ImageBrowserController::framingAtIndex(qsizetype index) const
+{
+    return m_imageBookmarks->framingAtIndex(index);
+}
+
 qsizetype ImageBrowserController::selectedItem() const
 {
     return m_selection->selectedIndex();
@@ -363,6 +368,7 @@ void ImageBrowserController::imageAligmentDidChange(int alignment)
     if (!m_selection->hasSelection())
         return;
     m_imageBookmarks->setAligment(alignment, m_selection->selectedIndex());
+    emit browserReloaded(); // a hand framing it ended is no longer marked
     reloadCollage();
 }
 
@@ -372,6 +378,7 @@ void ImageBrowserController::imageAligmentCenterAll()
         return;
     m_imageBookmarks->setAligmentCenterAll();
     emit selectedAlignmentChanged(m_imageBookmarks->alignmentIndexAtIndex(m_selection->selectedIndex()));
+    emit browserReloaded();
     reloadCollage();
 }
 
@@ -381,6 +388,27 @@ void ImageBrowserController::imageAligmentFitAll()
         return;
     m_imageBookmarks->setAligmentFitAll();
     emit selectedAlignmentChanged(m_imageBookmarks->alignmentIndexAtIndex(m_selection->selectedIndex()));
+    emit browserReloaded();
+    reloadCollage();
+}
+
+void ImageBrowserController::imageAligmentSmartAll()
+{
+    if (!hasImages())
+        return;
+    m_imageBookmarks->setAligmentSmartAll();
+    emit selectedAlignmentChanged(m_imageBookmarks->alignmentIndexAtIndex(m_selection->selectedIndex()));
+    emit browserReloaded();
+    reloadCollage();
+}
+
+void ImageBrowserController::setFramingAtIndex(qsizetype index, const PhotoFraming &framing)
+{
+    if (index < 0 || index >= count() || m_imageBookmarks->framingAtIndex(index) == framing)
+        return;
+    m_imageBookmarks->setFraming(framing, index);
+    // The browser marks framed photos.
+    emit browserReloaded();
     reloadCollage();
 }
 

@@ -49,6 +49,7 @@ public:
     // --- The collage view's questions
     QStringList pickedPhotos() const override { return images(); }
     int alignmentIndexAtIndex(qsizetype index) const override;
+    PhotoFraming framingAtIndex(qsizetype index) const override;
     qsizetype selectedItem() const override;
     void selectIndex(qsizetype index) override;
     void exchangeItem(qsizetype index, qsizetype withIndex) override;
@@ -88,6 +89,10 @@ public:
     void imageAligmentDidChange(int alignment);
     void imageAligmentCenterAll();
     void imageAligmentFitAll();
+    // Every photo Smart-aligned (the menu's "Smart-Align All").
+    void imageAligmentSmartAll();
+    // A photo framed by hand in its tile (a null framing ends it); the collage is laid out again.
+    void setFramingAtIndex(qsizetype index, const PhotoFraming &framing);
     // The number typed into the selection field (1-based); false when it was not a number in range.
     bool selectItemNumber(const QString &text);
     // Copies the photo's file into the images folder under a fresh "<UUID>.png" name (the bytes

@@ -1,5 +1,7 @@
 #include "photos/ImageCache.h"
 
+#include "images/SmartCrop.h"
+
 #include <sys/stat.h>
 
 #include "foundation/Log.h"
@@ -41,6 +43,8 @@ UIImage handOut(const UIImage &cached)
 
 // Marks a saved copy as made upright (by the photo's orientation tag).
 const QString kUprightKey = QStringLiteral("upright");
+// The subject of the photo (SmartCrop), as [x, y] in fractions of the photo.
+const QString kSubjectKey = QStringLiteral("subject");
 
 } // namespace
 
@@ -67,6 +71,8 @@ ImageCache::Decoded ImageCache::decode(const QString &path)
     const UIImage::LoadResult loaded = UIImage::loadFileUnderMegaPixels(path, kMegaPixels);
     d.entry.image = loaded.image;
     d.entry.error = loaded.error;
+    if (loaded.image.isValid())
+        d.entry.subject = SmartCrop::subjectOf(loaded.image.bestRepresentation());
     return d;
 }
 
@@ -336,6 +342,8 @@ bool ImageCache::saveImageCacheToUserDefaults(UserDefaults &defaults)
         entry.insert(QStringLiteral("image"), tiff);
         entry.insert(QStringLiteral("date"), date);
         entry.insert(kUprightKey, true);
+        if (const std::optional<QPointF> subject = m_imageCacheDictionary.value(path).subject)
+            entry.insert(kSubjectKey, QVariantList{subject->x(), subject->y()});
         stored.insert(path, entry);
         qCInfo(lcTessary, "Saved image cache path: %s", qUtf8Printable(QFileInfo(path).fileName()));
     }
@@ -357,14 +365,26 @@ QList<ImageCache::StoredEntry> ImageCache::storedEntries(const QVariantMap &map)
         // decoded again when it is needed.
         if (image.typeId() == QMetaType::QByteArray && date.typeId() == QMetaType::QDateTime
             && entry.value(kUprightKey).toBool())
-            entries.append({it.key(), image.toByteArray(), date.toDateTime()});
+        {
+            StoredEntry stored{it.key(), image.toByteArray(), date.toDateTime(), std::nullopt};
+            const QVariantList subject = entry.value(kSubjectKey).toList();
+            if (subject.size() == 2) {
+                const double x = subject.at(0).toDouble(), y = subject.at(1).toDouble();
+                if (x >= 0 && x <= 1 && y >= 0 && y <= 1)
+                    stored.subject = QPointF(x, y);
+            }
+            entries.append(stored);
+        }
     }
     return entries;
 }
 
 ImageCache::Entry ImageCache::entryFromStored(const StoredEntry &stored)
 {
-    return {UIImage::initWithTIFFRepresentation(stored.tiff), stored.date, QString()};
+    Entry entry{UIImage::initWithTIFFRepresentation(stored.tiff), stored.date, QString(), stored.subject};
+    if (!entry.subject && entry.image.isValid())
+        entry.subject = SmartCrop::subjectOf(entry.image.bestRepresentation());
+    return entry;
 }
 
 void ImageCache::restoreImageCacheFromUserDefaults(const UserDefaults &defaults)
@@ -381,4 +401,10 @@ void ImageCache::restoreImageCacheFromUserDefaults(const UserDefaults &defaults)
     for (const QString &path : record.keys())
         logPath("Added path to cache: %1", path);
     qCInfo(lcTessary, "Finished restoring image cache.");
+}
+
+std::optional<QPointF> ImageCache::subjectForPath(const QString &path) const
+{
+    const auto it = m_imageCacheDictionary.constFind(path);
+    return it == m_imageCacheDictionary.constEnd() ? std::nullopt : it->subject;
 }

@@ -4,6 +4,7 @@
 #include "images/UIImage.h"
 
 #include <QDateTime>
+#include <QPointF>
 #include <QFuture>
 #include <QList>
 #include <QHash>
@@ -43,6 +44,8 @@ public:
         UIImage image;
         QDateTime date; // the file's modification date when the entry was made
         QString error;  // why there is no image, in the decoder's words (empty when there is one)
+        // Where the photo's subject is (SmartCrop), found on the reduced copy when it was made.
+        std::optional<QPointF> subject;
     };
 
     // The delegate supplies the listed photo paths (pickedPhotos); without one, updateCache
@@ -62,12 +65,13 @@ public:
         QString path;
         QByteArray tiff;
         QDateTime date;
+        std::optional<QPointF> subject;
     };
     // The entries of the stored record (the value under "image cache") that can come back: a
     // picture and a date, saved upright.
     static QList<StoredEntry> storedEntries(const QVariantMap &record);
     // The stored entry decoded (safe on any thread); its image is empty when the bytes are no
-    // picture.
+    // picture. A record saved without the subject has it found again here.
     static Entry entryFromStored(const StoredEntry &stored);
     // Writes every entry that can be encoded; the cache in memory stays usable afterwards.
     bool saveImageCacheToUserDefaults(UserDefaults &defaults);
@@ -108,6 +112,8 @@ public:
     // Invalid when the file's attributes cannot be read.
     static QDateTime modificationDateForPath(const QString &path);
     QDateTime cacheDateForPath(const QString &path) const;
+    // The subject of the cached copy of the photo, when it is cached.
+    std::optional<QPointF> subjectForPath(const QString &path) const;
 
     const QHash<QString, Entry> &imageCacheDictionary() const { return m_imageCacheDictionary; }
     bool contains(const QString &path) const { return m_imageCacheDictionary.contains(path); }

@@ -405,14 +405,21 @@ TEST_F(ImageBrowserPanelTest, AlignmentControls)
     controller->selectIndex(1);
     collageReloads = 0;
     QComboBox &popUp = panel->alignmentPopUp();
-    ASSERT_EQ(popUp.count(), 4);
+    ASSERT_EQ(popUp.count(), 5);
+    EXPECT_EQ(popUp.itemText(4), QStringLiteral("Fill, Smart"));
+    // Choosing an alignment also ends the photo's hand framing (and its mark).
+    controller->setFramingAtIndex(1, PhotoFraming(QPointF(0.3, 0.3), 2));
+    EXPECT_TRUE(panel->model().index(1).data(ImageBrowserModel::FramedRole).toBool());
+    collageReloads = 0;
     popUp.setFocus();
     QTest::keyClick(&popUp, Qt::Key_End);
-    EXPECT_EQ(controller->alignmentIndexAtIndex(1), int(ImageBookmarks::ResizeScale));
+    EXPECT_EQ(controller->alignmentIndexAtIndex(1), int(ImageBookmarks::ResizeSmart));
     EXPECT_EQ(controller->alignmentIndexAtIndex(0), int(ImageBookmarks::ResizeCrop));
+    EXPECT_TRUE(controller->framingAtIndex(1).isNull());
+    EXPECT_FALSE(panel->model().index(1).data(ImageBrowserModel::FramedRole).toBool());
     EXPECT_EQ(collageReloads, 1);
     QTest::keyClick(&popUp, Qt::Key_Up);
-    EXPECT_EQ(controller->alignmentIndexAtIndex(1), int(ImageBookmarks::ResizeCropEnd));
+    EXPECT_EQ(controller->alignmentIndexAtIndex(1), int(ImageBookmarks::ResizeScale));
     EXPECT_EQ(collageReloads, 2);
 
     QTest::mouseClick(&panel->fitAllButton(), Qt::LeftButton);
@@ -557,6 +564,7 @@ TEST_F(ImageBrowserPanelTest, ScreenshotWithTheFactoryPhotos)
     makePanel(-1, QSize(460, 900));
     ASSERT_EQ(controller->count(), 49);
     controller->selectIndex(4);
+    controller->setFramingAtIndex(2, PhotoFraming(QPointF(0.4, 0.4), 2)); // the framed photo's mark
     const auto ready = [&] {
         for (int row = 0; row < 12; ++row) {
             if (thumbnailState(row) != ImageBrowserModel::ThumbnailReady)

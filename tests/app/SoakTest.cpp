@@ -18,6 +18,9 @@
 #include <QElapsedTimer>
 #include <QFileDialog>
 #include <QMimeData>
+#include <QPageSetupDialog>
+#include <QPrintDialog>
+#include <QPrintPreviewDialog>
 #include <QRandomGenerator>
 #include <QSqlDatabase>
 #include <QSqlQuery>
@@ -97,6 +100,15 @@ TEST_F(SoakTest, RandomUseNeverCrashesOrDamagesTheStore)
             for (QWidget *top : QApplication::topLevelWidgets()) {
                 if (auto *files = qobject_cast<QFileDialog *>(top); files && files->isVisible())
                     files->reject();
+            }
+            // Qt's print dialogs do the same (a printer's properties, an existing output file, the
+            // preview's page setup and print buttons): they too are cancelled, not answered.
+            for (QWidget *top : QApplication::topLevelWidgets()) {
+                auto *dialog = qobject_cast<QDialog *>(top);
+                if (dialog && dialog->isVisible()
+                    && (qobject_cast<QAbstractPrintDialog *>(top) || qobject_cast<QPrintPreviewDialog *>(top)
+                        || qobject_cast<QPageSetupDialog *>(top)))
+                    dialog->reject();
             }
             if (QWidget *modal = QApplication::activeModalWidget(); modal && random.bounded(3) == 0)
                 QTest::keyClick(modal, random.bounded(2) ? Qt::Key_Escape : Qt::Key_Return);

@@ -1,6 +1,7 @@
 #include "CollageFixture.h"
 
 #include "photos/ImageCacheLoader.h"
+#include "photos/ImageCache.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
 #include "model/TilePainter.h"
@@ -13,6 +14,7 @@
 #include <QFileInfo>
 #include <QLabel>
 #include <QSignalSpy>
+#include <QWheelEvent>
 
 namespace {
 
@@ -283,6 +285,65 @@ TEST_F(TessaryViewTest, UnreadablePhotoDoesNotHoldUpFilling)
     QCoreApplication::processEvents();
     ASSERT_TRUE(waitFilled());
     EXPECT_TRUE(view->tileWithTag(0)->imageView()->isUnreadable());
+}
+
+// Alt+drag in the selected tile pans its photo and Ctrl+wheel over a tile zooms it about the
+// pointer, each stored with the photo once the gesture ends (the geometry is PhotoFraming's);
+// Alt+double-click ends the framing. Pictures of the tile are saved for a person to look at.
+TEST_F(TessaryViewTest, AltDragPansAndCtrlWheelZoomsAPhotoInItsTile)
+{
+    browser->selectIndex(0);
+    ASSERT_TRUE(waitFilled());
+    const auto image = [this] { return view->tileWithTag(0)->imageView(); };
+    const auto save = [&](const char *name) {
+        QCoreApplication::processEvents();
+        const QImage shot = view->tileWithTag(0)->grab().toImage();
+        EXPECT_TRUE(shot.save(QStringLiteral(TESSARY_BINARY_DIR "/%1.png").arg(QLatin1String(name))));
+        return shot;
+    };
+    const auto mouse = [&](QEvent::Type type, QPoint at, Qt::MouseButtons buttons) {
+        QMouseEvent event(type, QPointF(at), image()->mapToGlobal(QPointF(at)), Qt::LeftButton, buttons, Qt::AltModifier);
+        QApplication::sendEvent(image(), &event);
+    };
+    // The centred crop's arithmetic rounds, so framings compare to a thousandth.
+    const auto same = [](const PhotoFraming &a, const PhotoFraming &b) {
+        return a.isNull() == b.isNull() && std::abs(a.center().x() - b.center().x()) < 1e-3
+               && std::abs(a.center().y() - b.center().y()) < 1e-3 && std::abs(a.zoom() - b.zoom()) < 1e-3;
+    };
+    const QImage before = save("framing-before");
+    const QSizeF photo(view->imageCache().cachedImageForPath(browser->images().at(0))->bestRepresentation().size());
+    const QSizeF fit = view->tileWithTag(0)->tile().imageSize;
+
+    const QPoint from = image()->rect().center();
+    mouse(QEvent::MouseButtonPress, from, Qt::LeftButton);
+    mouse(QEvent::MouseMove, from + QPoint(8, 0), Qt::LeftButton);
+    mouse(QEvent::MouseMove, from + QPoint(15, 3), Qt::LeftButton);
+    EXPECT_TRUE(image()->hasFramingPreview());
+    EXPECT_TRUE(browser->framingAtIndex(0).isNull()); // stored only when the drag ends
+    mouse(QEvent::MouseButtonRelease, from + QPoint(15, 3), Qt::NoButton);
+    const PhotoFraming panned = PhotoFraming(QPointF(0.5, 0.5), 1).clamped(photo, fit).panned(photo, fit, QPointF(15, 3));
+    EXPECT_TRUE(same(browser->framingAtIndex(0), panned));
+    ASSERT_TRUE(waitFilled());
+    EXPECT_NE(save("framing-after-alt-drag"), before);
+
+    // Ctrl+wheel: one notch zooms by a fifth about the pointer; stored once the wheel rests.
+    const QPoint at = image()->rect().topLeft() + QPoint(10, 10);
+    QWheelEvent wheel(QPointF(at), image()->mapToGlobal(QPointF(at)), QPoint(), QPoint(0, 120), Qt::NoButton,
+                      Qt::ControlModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(image(), &wheel);
+    const PhotoFraming zoomed = panned.zoomedAbout(photo, fit, image()->pointInPicture(QPointF(at), fit), 1.2);
+    EXPECT_TRUE(same(view->framingInProgress(), zoomed));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return same(browser->framingAtIndex(0), zoomed); }, 2000));
+    ASSERT_TRUE(waitFilled());
+    save("framing-zoomed");
+
+    // A wheel without Ctrl scrolls the collage and frames nothing; Alt+double-click resets.
+    QWheelEvent scroll(QPointF(at), image()->mapToGlobal(QPointF(at)), QPoint(), QPoint(0, 120), Qt::NoButton,
+                       Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(image(), &scroll);
+    EXPECT_TRUE(view->framingInProgress().isNull());
+    mouse(QEvent::MouseButtonDblClick, at, Qt::LeftButton);
+    EXPECT_TRUE(browser->framingAtIndex(0).isNull());
 }
 
 // A 7 x 7 collage of the factory photos, saved for a person to look at; each tile's centre

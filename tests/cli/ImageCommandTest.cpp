@@ -31,28 +31,46 @@ protected:
         img.save(path(name));
         return path(name);
     }
+    // 300 x 100 plain grey with a saturated red disc near the right end: the subject.
+    QString subjectAtRight(const QString &name = QStringLiteral("subject.png"))
+    {
+        QImage img(300, 100, QImage::Format_RGB32);
+        img.fill(QColor(128, 128, 128));
+        QPainter p(&img);
+        p.setRenderHint(QPainter::Antialiasing);
+        p.setPen(Qt::NoPen);
+        p.setBrush(Qt::red);
+        p.drawEllipse(QPointF(255, 50), 25, 25);
+        p.end();
+        img.save(path(name));
+        return path(name);
+    }
 };
 
 } // namespace
 
 TEST_F(ImageCommandTest, FitWritesEachFormatWithTheMethodsCrop)
 {
-    const QString in = threeBands();
+    const QString bands = threeBands();
+    const QString subject = subjectAtRight();
     const struct {
         const char *out;
         const char *method;
         const char *format;
         QColor centre;
+        const QString &in;
     } cases[] = {
-        {"start.png", "1", "png", Qt::red},
-        {"middle.tiff", "0", "tiff", Qt::green},
-        {"end.webp", "2", "webp", Qt::blue},
-        {"fit.jpg", "3", "jpeg", Qt::green},
+        {"start.png", "1", "png", Qt::red, bands},
+        {"middle.tiff", "0", "tiff", Qt::green, bands},
+        {"end.webp", "2", "webp", Qt::blue, bands},
+        {"fit.jpg", "3", "jpeg", Qt::green, bands},
+        // Smart finds the disc; the centred crop would show plain grey.
+        {"smart.png", "4", "png", Qt::red, subject},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.out);
         const QString out = path(QString::fromLatin1(c.out));
-        const CliRun r = CliRun::of({"image", "fit", in, "50", "50", c.method, out});
+        const CliRun r = CliRun::of({"image", "fit", c.in, "50", "50", c.method, out});
         ASSERT_EQ(r.code, 0) << r.err.toStdString();
         QImageReader reader(out);
         reader.setDecideFormatFromContent(true);
@@ -85,7 +103,7 @@ TEST_F(ImageCommandTest, BadInputFailsWithAMessage)
         {{"image", "fit", in, "50", "50", "0"}, "expected IN"},
         {{"image", "fit", in, "0", "50", "0", path(QStringLiteral("o.png"))}, "above 0"},
         {{"image", "fit", in, "abc", "50", "0", path(QStringLiteral("o.png"))}, "above 0"},
-        {{"image", "fit", in, "50", "50", "4", path(QStringLiteral("o.png"))}, "METHOD"},
+        {{"image", "fit", in, "50", "50", "5", path(QStringLiteral("o.png"))}, "METHOD"},
         {{"image", "fit", in, "50000", "50000", "0", path(QStringLiteral("o.png"))}, "megapixel limit"},
         {{"image", "fit", in, "50", "50", "0", path(QStringLiteral("o.xyz"))}, "extension"},
         {{"image", "fit", text.fileName(), "50", "50", "0", path(QStringLiteral("o.png"))}, "not a picture"},

@@ -112,8 +112,8 @@ TEST_F(PhotosCommandTest, BadInputIsRefusedAndChangesNothing)
         {{QStringLiteral("move"), QStringLiteral("0"), QStringLiteral("2")}, 1, "'2' is not the index"},
         {{QStringLiteral("swap"), QStringLiteral("1"), QStringLiteral("5")}, 1, "'5' is not the index"},
         {{QStringLiteral("align"), QStringLiteral("0"), QStringLiteral("sideways")}, 2, "'sideways' is not an alignment"},
-        {{QStringLiteral("align"), QStringLiteral("0"), QStringLiteral("4")}, 2, "'4' is not an alignment"},
-        {{QStringLiteral("align"), QStringLiteral("all"), QStringLiteral("start")}, 2, "center or fit only"},
+        {{QStringLiteral("align"), QStringLiteral("0"), QStringLiteral("5")}, 2, "'5' is not an alignment"},
+        {{QStringLiteral("align"), QStringLiteral("all"), QStringLiteral("start")}, 2, "center, fit or smart only"},
         {{QStringLiteral("list"), QStringLiteral("extra")}, 2, "takes no arguments"},
     };
     for (const Case &k : cases) {

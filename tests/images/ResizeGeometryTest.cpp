@@ -1,6 +1,7 @@
 #include "support/TestImages.h"
 
 #include "images/BottomLeftCoordinates.h"
+#include "images/PhotoFraming.h"
 #include "images/ResizeGeometry.h"
 #include "images/UIImage.h"
 
@@ -64,6 +65,57 @@ TEST(ResizeGeometry, CoverAndFitArithmetic)
     }
 }
 
+// A 400 x 300 photo framed by hand: the crop always has the tile's shape, stays inside the
+// photo, follows the pointer when panned, keeps the point under the pointer when zoomed, and is
+// measured from the top as the photo is seen. The framed plan draws that crop (from the bottom).
+TEST(ResizeGeometry, FramingCropsClampsPansAndZooms)
+{
+    const QSizeF photo(400, 300);
+    const QSizeF square(100, 100), wide(200, 100), tall(100, 200);
+    const PhotoFraming centred(QPointF(0.5, 0.5), 1);
+    const struct {
+        const char *name;
+        PhotoFraming framing;
+        QSizeF tile;
+        QRectF crop;
+    } cases[] = {
+        {"fill, centred", centred, square, {50, 0, 300, 300}},
+        {"a corner is clamped inside", PhotoFraming(QPointF(0, 0), 1), square, {0, 0, 300, 300}},
+        {"zoom beyond 8 stops at 8", PhotoFraming(QPointF(0.5, 0.5), 20), square, {181.25, 131.25, 37.5, 37.5}},
+        {"zoom below fill is fill", PhotoFraming(QPointF(0.5, 0.5), 0.5), square, {50, 0, 300, 300}},
+        // The same framing in tiles of other shapes: the centre is the photo's, not the tile's.
+        {"left quarter, wide tile", PhotoFraming(QPointF(0.25, 0.5), 1), wide, {0, 50, 400, 200}},
+        {"left quarter, tall tile", PhotoFraming(QPointF(0.25, 0.5), 1), tall, {25, 0, 150, 300}},
+        // Dragging 10 points right shows 30 photo points further left (300 photo points per 100).
+        {"pan right", centred.panned(photo, square, {10, 0}), square, {20, 0, 300, 300}},
+        {"pan far right is clamped", centred.panned(photo, square, {100, 40}), square, {0, 0, 300, 300}},
+        {"zoom 2 about the top left", centred.zoomedAbout(photo, square, {0, 0}, 2), square, {50, 0, 150, 150}},
+        {"zoom 2 about the middle", centred.zoomedAbout(photo, square, {50, 50}, 2), square, {125, 75, 150, 150}},
+        {"zoom 2 then back", centred.zoomedAbout(photo, square, {0, 0}, 2).zoomedAbout(photo, square, {0, 0}, 0.5), square,
+         {50, 0, 300, 300}},
+        {"from an alignment's crop", PhotoFraming::fromCropRect(photo, square, {100, 0, 300, 300}), square, {100, 0, 300, 300}},
+        {"stored and read back", PhotoFraming::fromVariant(PhotoFraming(QPointF(0.2, 0.7), 3).toVariant()), square,
+         {30, 160, 100, 100}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        expectNear(c.framing.cropRect(photo, c.tile), c.crop);
+        const ResizeGeometry::Plan p = ResizeGeometry::plan(photo, QRectF(QPointF(0, 0), c.tile), 0, c.framing);
+        ASSERT_TRUE(p.drawable);
+        expectNear(p.source, BottomLeftCoordinates::toTopLeft(c.crop, photo.height()));
+        expectNear(p.destination, QRectF(QPointF(0, 0), c.tile));
+    }
+    // What is not a framing reads as none, and none leaves the alignment to fit the photo.
+    for (const QVariant &junk : {QVariant(), QVariant(QVariantMap()), QVariant(QStringLiteral("x")),
+                                 QVariant(QVariantMap{{"x", 2.0}, {"y", 0.5}, {"zoom", 1.0}}),
+                                 QVariant(QVariantMap{{"x", 0.5}, {"y", 0.5}})})
+        EXPECT_TRUE(PhotoFraming::fromVariant(junk).isNull());
+    EXPECT_TRUE(PhotoFraming::forAlignment(2, PhotoFraming(), QPointF(0.1, 0.1)).isNull());
+    EXPECT_EQ(PhotoFraming::forAlignment(4, PhotoFraming(), QPointF(0.1, 0.2)), PhotoFraming(QPointF(0.1, 0.2), 1));
+    EXPECT_EQ(PhotoFraming::forAlignment(4, PhotoFraming(), std::nullopt), centred);
+    EXPECT_EQ(PhotoFraming::forAlignment(1, PhotoFraming(QPointF(0.3, 0.3), 2), std::nullopt), PhotoFraming(QPointF(0.3, 0.3), 2));
+}
+
 TEST(ResizeGeometry, DegenerateSizesAreNotDrawn)
 {
     const struct {
@@ -99,15 +151,20 @@ TEST(ResizeGeometry, StartAndEndOnRealPixels)
         const UIImage &image;
         int method;
         QColor expected;
+        PhotoFraming framing = {};
     } cases[] = {
         {"wide, start = left", wide, 1, red},
         {"wide, end = right", wide, 2, blue},
         {"tall, start = top rows", tall, 1, red},
         {"tall, end = bottom rows", tall, 2, blue},
+        // A framing's y is measured down from the top rows, whatever the method.
+        {"tall, framed near the top", tall, 2, red, PhotoFraming(QPointF(0.5, 0.1), 1)},
+        {"tall, framed near the bottom", tall, 1, blue, PhotoFraming(QPointF(0.5, 0.9), 1)},
+        {"wide, framed zoomed in the right half", wide, 0, blue, PhotoFraming(QPointF(0.7, 0.5), 2)},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        const QImage out = c.image.imageToFitSize(QSizeF(50, 50), c.method).bestRepresentation();
+        const QImage out = c.image.imageToFitSize(QSizeF(50, 50), c.method, c.framing).bestRepresentation();
         ASSERT_EQ(out.size(), QSize(50, 50));
         for (QPoint p : {QPoint(0, 0), QPoint(49, 0), QPoint(25, 25), QPoint(0, 49), QPoint(49, 49)})
             EXPECT_EQ(out.pixelColor(p), c.expected) << p.x() << "," << p.y();

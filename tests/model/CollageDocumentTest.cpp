@@ -40,7 +40,7 @@ CollageDocument fullDocument(const QString &folder)
     doc.templateData = sampleTemplate();
     doc.setPhotos({folder + QStringLiteral("/photos/a.jpg"), folder + QStringLiteral("/photos/b b.png"),
                    folder + QStringLiteral("/c.jpg")},
-                  {1, 3, 2});
+                  {1, 4, 2}, {PhotoFraming(), PhotoFraming(QPointF(0.25, 0.6), 2.5), PhotoFraming()});
     doc.coordinateTransform = 3;
     doc.spacingType = 1;
     doc.widthIncrement = 12;
@@ -78,6 +78,17 @@ TEST(CollageDocument, EveryFieldSurvivesWritingAndReading)
     EXPECT_EQ(back.jumbledFrames, doc.jumbledFrames);
     EXPECT_EQ(back.otherKeys, doc.otherKeys);
     EXPECT_TRUE(read.missingPhotos.isEmpty());
+
+    // An alignment this version does not know reads as 0.
+    QVariantMap later = doc.toPropertyList(dir.path());
+    QVariantList photos = later.value(QStringLiteral("photos")).toList();
+    QVariantMap first = photos[0].toMap();
+    first[QStringLiteral("alignment")] = qint64(7);
+    photos[0] = first;
+    later[QStringLiteral("photos")] = photos;
+    const CollageDocument::ReadResult lenient = CollageDocument::fromPropertyList(later, dir.path());
+    ASSERT_TRUE(lenient.ok()) << lenient.error.toStdString();
+    EXPECT_EQ(lenient.document->photos[0].alignment, 0);
 }
 
 TEST(CollageDocument, PhotosAreWrittenByAbsoluteAndRelativePath)
@@ -89,7 +100,7 @@ TEST(CollageDocument, PhotosAreWrittenByAbsoluteAndRelativePath)
     EXPECT_EQ(photos[0].toMap().value(QStringLiteral("path")).toString(), dir.path() + QStringLiteral("/work/photos/a.jpg"));
     EXPECT_EQ(photos[0].toMap().value(QStringLiteral("relativePath")).toString(), QStringLiteral("../photos/a.jpg"));
     EXPECT_EQ(photos[2].toMap().value(QStringLiteral("relativePath")).toString(), QStringLiteral("../c.jpg"));
-    EXPECT_EQ(photos[1].toMap().value(QStringLiteral("alignment")).toLongLong(), 3);
+    EXPECT_EQ(photos[1].toMap().value(QStringLiteral("alignment")).toLongLong(), 4);
 }
 
 // Where each photo is looked for after the folder was moved, copied or partly emptied.
@@ -193,7 +204,7 @@ INSTANTIATE_TEST_SUITE_P(
         MalformedCase{"PhotosNotArray", [](QVariantMap &m) { m[QStringLiteral("photos")] = QStringLiteral("a.jpg"); }, "photos"},
         MalformedCase{"PhotoNotDictionary", [](QVariantMap &m) { m[QStringLiteral("photos")] = QVariantList{QStringLiteral("a.jpg")}; }, "photo 1"},
         MalformedCase{"PhotoPathIsNumber", [](QVariantMap &m) { m[QStringLiteral("photos")] = QVariantList{QVariantMap{{QStringLiteral("path"), qint64(3)}}}; }, "photo 1"},
-        MalformedCase{"AlignmentOutOfRange", [](QVariantMap &m) { m[QStringLiteral("photos")] = QVariantList{QVariantMap{{QStringLiteral("path"), QStringLiteral("/a")}, {QStringLiteral("alignment"), qint64(7)}}}; }, "alignment"},
+        MalformedCase{"AlignmentIsText", [](QVariantMap &m) { m[QStringLiteral("photos")] = QVariantList{QVariantMap{{QStringLiteral("path"), QStringLiteral("/a")}, {QStringLiteral("alignment"), QStringLiteral("smart")}}}; }, "alignment"},
         MalformedCase{"JumbledFrameShort", [](QVariantMap &m) { m[QStringLiteral("jumbledFrames")] = QVariantList{QVariantList{1.0, 2.0}}; }, "jumbledFrames"}),
     [](const auto &info) { return std::string(info.param.name); });
 

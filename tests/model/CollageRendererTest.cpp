@@ -1,9 +1,11 @@
 #include "model/CollageRenderer.h"
 
+#include "photos/ImageCache.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
 #include "output/PageRenderer.h"
 #include "model/RenderScale.h"
+#include "model/TileImageFitter.h"
 #include "model/TilePainter.h"
 #include "support/ExifJpeg.h"
 #include "support/FakePhotoList.h"
@@ -203,6 +205,44 @@ TEST_F(RendererTest, AlignmentKeepsTheRightEndOfThePhoto)
     const QRect px = CollageRenderer::pixelRect(l.tiles[0].frame, 3);
     EXPECT_TRUE(shows(r.image, px.center(), first));
     EXPECT_TRUE(shows(r.image, QPoint(px.center().x(), px.top() + 5), kBackground));
+}
+
+// A framed photo and a Smart-aligned one show the same part of the photo in the tile (fitted
+// from the reduced copy in the cache) as in the full-size render (decoded afresh, reduced JPEG).
+TEST_F(RendererTest, TileAndRenderCropTheSamePartOfAFramedPhoto)
+{
+    // A grid of 100-pixel cells of distinct colours, with one bright subject off centre.
+    QImage grid(1600, 1200, QImage::Format_RGB32);
+    for (int y = 0; y < grid.height(); ++y)
+        for (int x = 0; x < grid.width(); ++x)
+            grid.setPixel(x, y, qRgb((x / 100) * 15, (y / 100) * 20, ((x / 100 + y / 100) % 4) * 60));
+    QPainter(&grid).fillRect(QRect(1250, 150, 160, 160), QColor(255, 230, 0));
+    const QString path = dir.filePath(QStringLiteral("grid.jpg"));
+    ASSERT_TRUE(grid.save(path, nullptr, 95));
+
+    FakePhotoList photos({path, path}, {0, 4});
+    photos.framings = {PhotoFraming(QPointF(0.7, 0.3), 3), PhotoFraming()};
+    const CollageLayout l = layout(2, 1, photos);
+    ImageCache cache(&photos);
+    const QList<UIImage> tiles = TileImageFitter::fitAll(l, cache, UIImage());
+    const CollageRenderer::Result r = CollageRenderer::renderScaled(l, 3, options());
+    ASSERT_TRUE(r.ok());
+    for (int i = 0; i < 2; ++i) {
+        SCOPED_TRACE(i);
+        const QImage tile = tiles.at(i).bestRepresentation().convertToFormat(QImage::Format_RGB32);
+        const QImage rendered = r.image.copy(CollageRenderer::pixelRect(l.tiles[size_t(i)].frame, 3))
+                                    .scaled(tile.size(), Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                                    .convertToFormat(QImage::Format_RGB32);
+        ASSERT_EQ(tile.size(), rendered.size());
+        double difference = 0;
+        for (int y = 0; y < tile.height(); ++y)
+            for (int x = 0; x < tile.width(); ++x) {
+                const QRgb a = tile.pixel(x, y), b = rendered.pixel(x, y);
+                difference += std::abs(qRed(a) - qRed(b)) + std::abs(qGreen(a) - qGreen(b)) + std::abs(qBlue(a) - qBlue(b));
+            }
+        // A crop off by a tenth of the tile would differ by far more than JPEG noise and scaling.
+        EXPECT_LT(difference / (tile.width() * tile.height() * 3), 6.0);
+    }
 }
 
 TEST_F(RendererTest, OverlappingTilesStackInLayoutOrder)

@@ -126,9 +126,11 @@ TEST_F(ImageBookmarksTest, StoredListRoundTripsAndDropsWhatIsGone)
 {
     makeFactoryImages({0, 1});
     skipFirstRun();
+    const PhotoFraming framed(QPointF(0.2, 0.3), 2);
     {
         auto list = makeList();
         list->addBookmarkForPath(makeFile(QStringLiteral("a.jpg")), 2);
+        list->setFraming(framed, 0);
         list->loadFactoryImage(QStringLiteral("images-1"));
         list->setAligment(ImageBookmarks::ResizeScale, 1);
         list->addBookmarkForPath(makeFile(QStringLiteral("gone.jpg")), 1);
@@ -146,6 +148,16 @@ TEST_F(ImageBookmarksTest, StoredListRoundTripsAndDropsWhatIsGone)
     EXPECT_EQ(list->imageAlignments(), (QList<int>{2, 0, 3}));
     // The vanished file is gone from the store too.
     EXPECT_EQ(defaults->arrayForKey(Preferences::Bookmarks).size(), 3);
+
+    // A framing is kept with its photo, beside the alignments, and travels with it; choosing an
+    // alignment ends it, and a list without framings stores none.
+    EXPECT_EQ(list->framings(), (QList<PhotoFraming>{framed, {}, {}}));
+    list->exchangeBookmarkAtIndex(0, 2);
+    EXPECT_EQ(makeList()->framingAtIndex(2), framed);
+    list->setAligment(ImageBookmarks::ResizeSmart, 2);
+    EXPECT_TRUE(list->framingAtIndex(2).isNull());
+    EXPECT_EQ(list->alignmentIndexAtIndex(2), ImageBookmarks::ResizeSmart);
+    EXPECT_FALSE(defaults->hasObject(Preferences::Framings));
 }
 
 TEST_F(ImageBookmarksTest, StoredAlignmentsAreReadLeniently)
@@ -160,6 +172,8 @@ TEST_F(ImageBookmarksTest, StoredAlignmentsAreReadLeniently)
         {QVariant(), {0, 0, 0}},                                        // absent
         {QVariantList{qint64(9), qint64(-2), QStringLiteral("2")}, {0, 0, 2}}, // out of range, text
         {QVariantList{2.9, true, qint64(3)}, {2, 1, 3}},
+        {QVariantList{qint64(4), qint64(5), qint64(3)}, {4, 0, 3}},    // Smart; one not known yet
+
     };
     for (const Case &k : cases) {
         defaults->setObject(QVariantList{QFile::encodeName(a), QFile::encodeName(b), QFile::encodeName(c), qint64(5)},

@@ -221,6 +221,9 @@ TEST_F(ImageCacheTest, StoredCacheRoundTrips)
         const ImageCache::Entry was = cache.imageCacheDictionary().value(path);
         EXPECT_EQ(got.image.pixelSize(), was.image.pixelSize());
         EXPECT_EQ(got.date, was.date);
+        // The Smart alignment's subject was found once, when the entry was made, and kept.
+        ASSERT_TRUE(was.subject.has_value());
+        EXPECT_EQ(got.subject, was.subject);
     }
     EXPECT_EQ(restored.imageCacheDictionary().value(b).image.bestRepresentation().pixelColor(60, 40), QColor(Qt::red));
     // Unchanged files are not rebuilt after a restart.

@@ -8,7 +8,8 @@
 #include <utility>
 #include <vector>
 
-// A photo list for tests: fixed paths and alignments, and a record of what the collage asked.
+// A photo list for tests: fixed paths, alignments and framings, and a record of what the
+// collage asked.
 class FakePhotoList : public TessaryViewDelegate
 {
 public:
@@ -31,6 +32,7 @@ public:
     {
         return index >= 0 && index < m_alignments.size() ? m_alignments[index] : 0;
     }
+    PhotoFraming framingAtIndex(qsizetype index) const override { return framings.value(index); }
     qsizetype selectedItem() const override { return m_selected; }
     void selectIndex(qsizetype index) override { m_selected = index; }
     void exchangeItem(qsizetype a, qsizetype b) override
@@ -41,6 +43,7 @@ public:
     }
 
     std::vector<std::pair<qsizetype, qsizetype>> exchanges;
+    QList<PhotoFraming> framings;
 
 private:
     QStringList m_photos;

@@ -104,7 +104,7 @@ CollageDocument CollageDocumentActions::currentCollage() const
     doc.templateData.insert(QStringLiteral("nbrModules"),
                             qint64(doc.templateData.value(Preferences::SavedTessaryDataModules).toList().size()));
     const ImageBookmarks &photos = m_browser.imageBookmarks();
-    doc.setPhotos(photos.images(), photos.imageAlignments());
+    doc.setPhotos(photos.images(), photos.imageAlignments(), photos.framings());
     const TessaryView &view = m_window.tessaryView();
     doc.coordinateTransform = view.coordinateTransform();
     doc.spacingType = view.spacingType();
@@ -178,7 +178,11 @@ void CollageDocumentActions::apply(const CollageDocument &doc)
         const ImageBookmarks::Batch batch(m_browser.imageBookmarks());
         for (const CollageDocument::Photo &photo : doc.photos) {
             const QString path = photo.path.isEmpty() ? m_browser.blankImage() : photo.path;
-            m_browser.imageBookmarks().addBookmarkForPath(path, photo.alignment);
+            ImageBookmarks &list = m_browser.imageBookmarks();
+            const qsizetype before = list.count();
+            list.addBookmarkForPath(path, photo.alignment);
+            if (list.count() > before && !photo.framing.isNull())
+                list.setFraming(photo.framing, list.count() - 1);
         }
     }
 

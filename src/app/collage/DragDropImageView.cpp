@@ -12,9 +12,13 @@
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QMimeData>
+#include <QNativeGestureEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QWheelEvent>
 #include <qdrawutil.h>
+
+#include <cmath>
 
 namespace {
 
@@ -158,7 +162,13 @@ void DragDropImageView::paintEvent(QPaintEvent *)
     p.save();
     if (!outline.isEmpty())
         p.setClipPath(outline);
-    if (!m_image.isNull()) {
+    if (!m_previewSource.isNull()) {
+        // A framing being changed: the reduced photo's part, scaled into the picture's place.
+        const QRectF target(QPointF((bounds.width() - m_previewSize.width()) * 0.5,
+                                    (bounds.height() - m_previewSize.height()) * 0.5), m_previewSize);
+        p.setRenderHint(QPainter::SmoothPixmapTransform);
+        p.drawImage(target, m_previewSource, m_previewCrop);
+    } else if (!m_image.isNull()) {
         // Already fitted: centred, not scaled.
         p.drawImage(QPointF((bounds.width() - m_image.width()) * 0.5, (bounds.height() - m_image.height()) * 0.5), m_image);
     } else if (!m_interim.isNull()) {
@@ -250,15 +260,107 @@ void DragDropImageView::paintFrameStyle(QPainter &p)
     p.restore();
 }
 
+void DragDropImageView::setFramingPreview(const QImage &source, const QRectF &crop, const QSizeF &fitSize)
+{
+    if (source.isNull() && !m_previewSource.isNull()) {
+        // What the preview shows stays as the picture until the framed fit replaces it.
+        QImage shown(m_previewSize.toSize(), QImage::Format_ARGB32_Premultiplied);
+        if (!shown.isNull()) {
+            shown.fill(Qt::transparent);
+            QPainter p(&shown);
+            p.setRenderHint(QPainter::SmoothPixmapTransform);
+            p.drawImage(QRectF(QPointF(0, 0), m_previewSize), m_previewSource, m_previewCrop);
+            p.end();
+            m_image = shown;
+        }
+    }
+    m_previewSource = source;
+    m_previewCrop = crop;
+    m_previewSize = fitSize;
+    update();
+}
+
+QPointF DragDropImageView::pointInPicture(const QPointF &position, const QSizeF &fitSize) const
+{
+    return position - QPointF((width() - fitSize.width()) * 0.5, (height() - fitSize.height()) * 0.5);
+}
+
 void DragDropImageView::mousePressEvent(QMouseEvent *event)
 {
+    TessaryView *view = m_dataView ? m_dataView->tessaryView() : nullptr;
+    if (event->button() == Qt::LeftButton && (event->modifiers() & Qt::AltModifier) && view && m_dataView->isSelected()
+        && canBeSourceOrDestination()) {
+        // Alt+drag in the selected tile pans its photo instead of dragging the tile.
+        m_panning = view->beginFraming(m_dataView);
+        m_pressPosition = event->position().toPoint();
+        m_pressed = false;
+        event->accept();
+        return;
+    }
     m_pressed = event->button() == Qt::LeftButton && canBeSourceOrDestination();
     m_pressPosition = event->position().toPoint();
     QWidget::mousePressEvent(event);
 }
 
+void DragDropImageView::mouseReleaseEvent(QMouseEvent *event)
+{
+    if (m_panning && event->button() == Qt::LeftButton) {
+        m_panning = false;
+        if (TessaryView *view = m_dataView ? m_dataView->tessaryView() : nullptr)
+            view->endFraming();
+        event->accept();
+        return;
+    }
+    QWidget::mouseReleaseEvent(event);
+}
+
+void DragDropImageView::mouseDoubleClickEvent(QMouseEvent *event)
+{
+    TessaryView *view = m_dataView ? m_dataView->tessaryView() : nullptr;
+    if (event->button() == Qt::LeftButton && (event->modifiers() & Qt::AltModifier) && view && canBeSourceOrDestination()) {
+        m_panning = false;
+        view->resetFraming(m_dataView);
+        event->accept();
+        return;
+    }
+    QWidget::mouseDoubleClickEvent(event);
+}
+
+void DragDropImageView::wheelEvent(QWheelEvent *event)
+{
+    TessaryView *view = m_dataView ? m_dataView->tessaryView() : nullptr;
+    if (!(event->modifiers() & Qt::ControlModifier) || !view || !canBeSourceOrDestination()) {
+        event->ignore(); // the collage scrolls
+        return;
+    }
+    // One notch (120) zooms by a fifth; smooth wheels and touchpads by as much as they turned.
+    const double factor = std::pow(1.2, event->angleDelta().y() / 120.0);
+    view->zoomFraming(m_dataView, event->position(), factor);
+    event->accept();
+}
+
+bool DragDropImageView::event(QEvent *event)
+{
+    if (event->type() == QEvent::NativeGesture) {
+        auto *gesture = static_cast<QNativeGestureEvent *>(event);
+        TessaryView *view = m_dataView ? m_dataView->tessaryView() : nullptr;
+        if (gesture->gestureType() == Qt::ZoomNativeGesture && view && canBeSourceOrDestination()) {
+            view->zoomFraming(m_dataView, gesture->position(), 1.0 + gesture->value());
+            event->accept();
+            return true;
+        }
+    }
+    return QWidget::event(event);
+}
+
 void DragDropImageView::mouseMoveEvent(QMouseEvent *event)
 {
+    if (m_panning) {
+        if (TessaryView *view = m_dataView ? m_dataView->tessaryView() : nullptr)
+            view->panFraming(QPointF(event->position().toPoint() - m_pressPosition));
+        event->accept();
+        return;
+    }
     if (!m_pressed || !(event->buttons() & Qt::LeftButton)
         || (event->position().toPoint() - m_pressPosition).manhattanLength() < QApplication::startDragDistance()) {
         QWidget::mouseMoveEvent(event);

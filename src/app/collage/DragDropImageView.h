@@ -16,6 +16,11 @@ class TessaryDataView;
 //
 // Tiles showing a photo can be dragged onto each other: the drag carries the tile's tag under
 // a private type, and a drop asks the collage view to exchange the two photos.
+//
+// Framing by hand: Alt+drag in the selected tile pans its photo, Ctrl+wheel (or a pinch) over a
+// tile zooms it about the pointer, and Alt+double-click ends the framing. The view only forwards
+// these to the collage view, which works the framing out and hands back a preview to draw
+// (the reduced photo and the part of it to show) until the framed picture is fitted.
 class DragDropImageView : public QWidget
 {
     Q_OBJECT
@@ -46,6 +51,13 @@ public:
     // tool tip) instead of a picture or the loading look. An empty reason clears it.
     void setUnreadable(const QString &reason);
     bool isUnreadable() const { return !m_unreadable.isEmpty(); }
+    // While a framing is being changed: `source` (the reduced photo) cropped to `crop` (its
+    // pixels) is drawn over the fitted picture's place, `fitSize` large. A null source ends it,
+    // keeping what it showed as the picture until the new fit arrives.
+    void setFramingPreview(const QImage &source, const QRectF &crop, const QSizeF &fitSize);
+    bool hasFramingPreview() const { return !m_previewSource.isNull(); }
+    // A point of this view in the fitted picture's points (the picture is centred here).
+    QPointF pointInPicture(const QPointF &position, const QSizeF &fitSize) const;
     void setImageFrameStyle(int style);
     int imageFrameStyle() const { return m_frameStyle; }
 
@@ -60,6 +72,10 @@ protected:
     void paintEvent(QPaintEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;
+    void mouseReleaseEvent(QMouseEvent *event) override;
+    void mouseDoubleClickEvent(QMouseEvent *event) override;
+    void wheelEvent(QWheelEvent *event) override;
+    bool event(QEvent *event) override;
     void dragEnterEvent(QDragEnterEvent *event) override;
     void dragMoveEvent(QDragMoveEvent *event) override;
     void dragLeaveEvent(QDragLeaveEvent *event) override;
@@ -78,4 +94,8 @@ private:
     bool m_highlight = false;
     QPoint m_pressPosition;
     bool m_pressed = false;
+    bool m_panning = false;
+    QImage m_previewSource;
+    QRectF m_previewCrop;
+    QSizeF m_previewSize;
 };

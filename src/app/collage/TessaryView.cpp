@@ -6,6 +6,7 @@
 #include "photos/ImageBrowserController.h"
 #include "photos/ImageCache.h"
 #include "photos/ImageCacheLoader.h"
+#include "images/ResizeGeometry.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
 #include "model/TileJumble.h"
@@ -23,8 +24,11 @@
 #include <QResizeEvent>
 #include <QSet>
 #include <QThreadPool>
+#include <QTimer>
 #include <QtConcurrent/QtConcurrentMap>
 #include <QtConcurrent/QtConcurrentRun>
+
+#include <optional>
 
 namespace {
 
@@ -37,25 +41,30 @@ struct FitJob {
     QFuture<UIImage> placeholder;
     QSizeF size;
     int method = 0;
+    PhotoFraming framing;
 };
 
 QImage fit(const FitJob &job)
 {
     const UIImage source = job.image.isValid() ? job.image : job.placeholder.result();
     // In the screen's own format, so painting never converts it again.
-    const QImage fitted = source.imageToFitSize(job.size, job.method).bestRepresentation();
+    const QImage fitted = source.imageToFitSize(job.size, job.method, job.framing).bestRepresentation();
     return fitted.convertToFormat(fitted.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
 }
 
-// What a fitted picture was made from: the photo, the size it was fitted to, the method, and
-// the decoded copy (its pixels' identity), so a changed file is never shown from an old fit.
-QString fitKey(const TileLayout &tile, const UIImage &source)
+// What a fitted picture was made from: the photo, the size it was fitted to, the method and
+// framing, and the decoded copy (its pixels' identity), so a changed file is never shown from an
+// old fit.
+QString fitKey(const TileLayout &tile, const UIImage &source, const PhotoFraming &framing)
 {
     const qint64 pixels = tile.placeholder ? 0 : source.bestRepresentation().cacheKey();
-    return QStringLiteral("%1|%2x%3|%4|%5")
+    const QString framed = framing.isNull() ? QString()
+                                            : QStringLiteral("%1,%2,%3").arg(framing.center().x()).arg(framing.center().y()).arg(framing.zoom());
+    return QStringLiteral("%1|%2x%3|%4|%5|%6")
         .arg(tile.imagePath, QString::number(tile.imageSize.width(), 'f', 2), QString::number(tile.imageSize.height(), 'f', 2))
         .arg(tile.imageAlignment)
-        .arg(pixels);
+        .arg(pixels)
+        .arg(framed);
 }
 
 } // namespace
@@ -109,6 +118,22 @@ struct TessaryView::Private {
     int spacingType = 0;
     int imageFrameStyle = 0;
     std::function<std::pair<TemplateTable, qsizetype>()> rowProvider;
+
+    // A framing being changed by hand: the tile, its reduced photo, the size the photo is fitted
+    // to, and the framing as it was when the gesture began and as it is now.
+    struct Framing {
+        QPointer<TessaryDataView> tile;
+        qint64 tag = -1;
+        QImage source;
+        QSizeF fitSize;
+        PhotoFraming start;
+        PhotoFraming current;
+        // Whether the gesture moved the photo at all (an Alt+click alone frames nothing).
+        bool changed = false;
+    };
+    std::optional<Framing> framing;
+    // A zoom is stored once the wheel rests this long, so a turn of the wheel is one change.
+    QTimer framingRest;
 };
 
 TessaryView::TessaryView(UserDefaults &defaults, ImageBrowserController &delegate, AlertPresenter &alerts,
@@ -127,6 +152,9 @@ TessaryView::TessaryView(UserDefaults &defaults, ImageBrowserController &delegat
     connect(&d->loader, &ImageCacheLoader::imageReady, this, &TessaryView::photoReady);
     connect(&d->loader, &ImageCacheLoader::imageFailed, this, &TessaryView::photoFailed);
     connect(&delegate, &ImageBrowserController::photoChanged, this, &TessaryView::photoChanged);
+    d->framingRest.setSingleShot(true);
+    d->framingRest.setInterval(400);
+    connect(&d->framingRest, &QTimer::timeout, this, &TessaryView::endFraming);
 }
 
 TessaryView::~TessaryView()
@@ -218,6 +246,9 @@ void TessaryView::doChooseTemplate(TemplateTable table, qsizetype row)
 void TessaryView::applyLayout(CollageLayout layout)
 {
     ++d->generation;
+    // A framing gesture belongs to a tile of the layout going away.
+    d->framingRest.stop();
+    d->framing.reset();
     if (d->fitWatcher) {
         d->fitWatcher->disconnect(this);
         d->fitWatcher->cancel();
@@ -252,7 +283,7 @@ void TessaryView::applyLayout(CollageLayout layout)
         const qsizetype index = d->tiles.size();
         d->tiles.append(tile);
         d->unfilled.insert(index);
-        FitJob job{index, QString(), UIImage(), d->placeholder, tileLayout.imageSize, tileLayout.imageAlignment};
+        FitJob job{index, QString(), UIImage(), d->placeholder, tileLayout.imageSize, tileLayout.imageAlignment, PhotoFraming()};
         if (!tileLayout.placeholder) {
             const std::optional<UIImage> cached = d->loader.imageForPath(tileLayout.imagePath);
             if (!cached && !d->loader.isLoading(tileLayout.imagePath)) {
@@ -272,8 +303,12 @@ void TessaryView::applyLayout(CollageLayout layout)
                 continue;
             }
             job.image = *cached;
+            TileLayout shown = tileLayout;
+            if (shown.needsSubject())
+                shown.subject = d->cache.subjectForPath(tileLayout.imagePath);
+            job.framing = shown.shownFraming();
         }
-        job.key = fitKey(tileLayout, job.image);
+        job.key = fitKey(tileLayout, job.image, job.framing);
         const auto fitted = previousFits.constFind(job.key);
         if (fitted != previousFits.constEnd()) {
             tile->imageView()->setImage(*fitted);
@@ -320,8 +355,11 @@ void TessaryView::photoReady(const QString &path)
     }
     const quint64 generation = d->generation;
     for (const qsizetype index : indexes) {
-        const TileLayout &tile = d->layout.tiles.at(size_t(index));
-        const FitJob job{index, fitKey(tile, *image), *image, d->placeholder, tile.imageSize, tile.imageAlignment};
+        TileLayout tile = d->layout.tiles.at(size_t(index));
+        if (tile.needsSubject())
+            tile.subject = d->cache.subjectForPath(path);
+        const PhotoFraming framing = tile.shownFraming();
+        const FitJob job{index, fitKey(tile, *image, framing), *image, d->placeholder, tile.imageSize, tile.imageAlignment, framing};
         auto *watcher = new QFutureWatcher<QImage>(this);
         connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, job, generation] {
             watcher->deleteLater();
@@ -400,6 +438,100 @@ void TessaryView::updateToolTips()
         tile->setIndexLabel(label);
         label->show();
     }
+}
+
+// ---------------------------------------------------------------- framing by hand
+
+bool TessaryView::beginFraming(TessaryDataView *tile)
+{
+    if (d->framing && d->framing->tile == tile)
+        return true;
+    endFraming();
+    const qsizetype index = d->tiles.indexOf(tile);
+    if (index < 0 || d->jumble.isJumbled())
+        return false;
+    TileLayout layout = d->layout.tiles.at(size_t(index));
+    if (layout.placeholder)
+        return false;
+    const std::optional<UIImage> cached = d->cache.cachedImageForPath(layout.imagePath);
+    if (!cached || !cached->isValid())
+        return false;
+    Private::Framing framing;
+    framing.tile = tile;
+    framing.tag = layout.tag;
+    framing.source = cached->bestRepresentation();
+    framing.fitSize = layout.imageSize;
+    const QSizeF photo(framing.source.size());
+    if (layout.needsSubject())
+        layout.subject = d->cache.subjectForPath(layout.imagePath);
+    PhotoFraming start = layout.shownFraming();
+    if (start.isNull()) {
+        // The gesture starts from what the alignment shows; the whole-photo fit starts filled.
+        const int method = layout.imageAlignment == ResizeGeometry::ResizeScale ? ResizeGeometry::ResizeCrop : layout.imageAlignment;
+        const ResizeGeometry::Plan plan = ResizeGeometry::plan(photo, QRectF(QPointF(0, 0), framing.fitSize), method);
+        const QRectF fromTop(plan.source.x(), photo.height() - plan.source.bottom(), plan.source.width(), plan.source.height());
+        start = PhotoFraming::fromCropRect(photo, framing.fitSize, fromTop);
+    }
+    framing.start = framing.current = start.clamped(photo, framing.fitSize);
+    d->framing = framing;
+    tile->imageView()->setFramingPreview(framing.source, framing.current.cropRect(photo, framing.fitSize), framing.fitSize);
+    return true;
+}
+
+void TessaryView::panFraming(const QPointF &delta)
+{
+    if (!d->framing || !d->framing->tile)
+        return;
+    Private::Framing &f = *d->framing;
+    const QSizeF photo(f.source.size());
+    const PhotoFraming next = f.start.panned(photo, f.fitSize, delta);
+    f.changed = f.changed || !(next == f.current);
+    f.current = next;
+    f.tile->imageView()->setFramingPreview(f.source, f.current.cropRect(photo, f.fitSize), f.fitSize);
+}
+
+void TessaryView::zoomFraming(TessaryDataView *tile, const QPointF &position, double factor)
+{
+    if (!beginFraming(tile))
+        return;
+    Private::Framing &f = *d->framing;
+    const QSizeF photo(f.source.size());
+    const QPointF at = tile->imageView()->pointInPicture(position, f.fitSize);
+    const PhotoFraming next = f.current.zoomedAbout(photo, f.fitSize, at, factor);
+    f.changed = f.changed || !(next == f.current);
+    f.current = f.start = next;
+    tile->imageView()->setFramingPreview(f.source, f.current.cropRect(photo, f.fitSize), f.fitSize);
+    d->framingRest.start();
+}
+
+void TessaryView::endFraming()
+{
+    d->framingRest.stop();
+    if (!d->framing)
+        return;
+    const Private::Framing f = *std::exchange(d->framing, std::nullopt);
+    if (f.tile)
+        f.tile->imageView()->setFramingPreview(QImage(), QRectF(), QSizeF());
+    // Stored with the photo; the photo list then has the collage laid out again.
+    if (f.changed)
+        d->delegate.setFramingAtIndex(f.tag, f.current);
+}
+
+void TessaryView::resetFraming(TessaryDataView *tile)
+{
+    d->framingRest.stop();
+    if (d->framing && d->framing->tile == tile) {
+        if (tile)
+            tile->imageView()->setFramingPreview(QImage(), QRectF(), QSizeF());
+        d->framing.reset();
+    }
+    if (tile && !tile->isPlaceholder())
+        d->delegate.setFramingAtIndex(tile->tag(), PhotoFraming());
+}
+
+PhotoFraming TessaryView::framingInProgress() const
+{
+    return d->framing ? d->framing->current : PhotoFraming();
 }
 
 // ---------------------------------------------------------------- controls

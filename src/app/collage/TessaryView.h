@@ -88,6 +88,24 @@ public:
     // Rebuilds the tiles' tool tips and index labels.
     void updateToolTips();
 
+    // --- Framing a photo by hand, forwarded by the tiles' image views. The geometry is
+    // PhotoFraming's; the tile previews the reduced photo until the framing is stored with the
+    // photo and the collage is laid out again.
+    // Starts panning the tile's photo; false when it cannot be framed now (its photo is not
+    // decoded yet, or the collage is jumbled).
+    bool beginFraming(TessaryDataView *tile);
+    // The pointer is `delta` points from where the pan began.
+    void panFraming(const QPointF &delta);
+    // The pan ended: the framing is stored with the photo.
+    void endFraming();
+    // Zooms the tile's photo by `factor` about `position` (points of its image view); stored
+    // once the wheel has rested for a moment.
+    void zoomFraming(TessaryDataView *tile, const QPointF &position, double factor);
+    // The photo goes back to its alignment.
+    void resetFraming(TessaryDataView *tile);
+    // The framing being changed, if any (none otherwise).
+    PhotoFraming framingInProgress() const;
+
 public slots:
     // The controls: each sets the value and relays out.
     void setCoordinateTransform(int transform);

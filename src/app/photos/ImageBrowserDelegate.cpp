@@ -99,6 +99,22 @@ void ImageBrowserDelegate::paint(QPainter *painter, const QStyleOptionViewItem &
     painter->setPen(Qt::black);
     painter->drawText(label, Qt::AlignCenter, number);
 
+    // A photo framed by hand: a small crop mark on a light plate at the top right corner.
+    if (index.data(ImageBrowserModel::FramedRole).toBool()) {
+        const int side = label.height();
+        const QRectF plate(picture.right() - 1 - side, picture.top() + 2, side, side);
+        painter->setPen(Qt::NoPen);
+        painter->setBrush(QColor(255, 255, 255, 215));
+        painter->drawRoundedRect(plate, 3, 3);
+        const QRectF inner = plate.adjusted(side * 0.25, side * 0.25, -side * 0.25, -side * 0.25);
+        const double arm = inner.width() * 0.35;
+        painter->setPen(QPen(Qt::black, 1.5, Qt::SolidLine, Qt::FlatCap));
+        painter->drawPolyline(QPolygonF({inner.topLeft() + QPointF(0, arm), inner.topLeft(), inner.topLeft() + QPointF(arm, 0)}));
+        painter->drawPolyline(QPolygonF({inner.bottomRight() - QPointF(0, arm), inner.bottomRight(),
+                                         inner.bottomRight() - QPointF(arm, 0)}));
+        painter->drawPoint(inner.center());
+    }
+
     // The file name below, 12 pixels, cut at the end when too long.
     QFont titleFont = option.font;
     titleFont.setPixelSize(12);

@@ -112,6 +112,8 @@ QVariant ImageBrowserModel::data(const QModelIndex &index, int role) const
         return path.isEmpty() ? QString::number(row + 1) : m_controller.imageBookmarks().titleForPath(path);
     case PathRole:
         return path;
+    case FramedRole:
+        return !m_controller.framingAtIndex(row).isNull();
     case Qt::DecorationRole:
         return thumbnail(row);
     case ThumbnailStateRole:
@@ -219,6 +221,9 @@ void ImageBrowserModel::sync()
     const Change change = changeBetween(m_paths, next);
     switch (change.kind) {
     case Change::None:
+        // The same photos; a framing may have come or gone.
+        if (!m_paths.isEmpty())
+            emit dataChanged(index(0), index(int(m_paths.size()) - 1), {FramedRole});
         return;
     case Change::Insert:
         beginInsertRows({}, change.first, change.last);

@@ -33,6 +33,8 @@ public:
         ThumbnailStateRole,
         // The title under the thumbnail (the photo list's title for the photo).
         TitleRole,
+        // Whether the photo is framed by hand in its tile (the thumbnail carries a mark).
+        FramedRole,
     };
     enum ThumbnailState { ThumbnailLoading, ThumbnailReady, ThumbnailFailed };
     // Thumbnails are made this large (the longer side) and drawn smaller at lower zoom.

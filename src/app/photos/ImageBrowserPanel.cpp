@@ -66,7 +66,7 @@ struct ImageBrowserPanel::Private {
 QStringList ImageBrowserPanel::alignmentTitles()
 {
     return {tr("Fill, Centered"), tr("Fill, Keep Top or Left"), tr("Fill, Keep Bottom or Right"),
-            tr("Fit Whole Photo")};
+            tr("Fit Whole Photo"), tr("Fill, Smart")};
 }
 
 ImageBrowserPanel::ImageBrowserPanel(ImageBrowserController &controller, ImageCacheLoader &loader,
@@ -119,7 +119,8 @@ ImageBrowserPanel::ImageBrowserPanel(ImageBrowserController &controller, ImageCa
     const QStringList tips = {tr("Fill the tile, cropping both sides equally"),
                               tr("Fill the tile, keeping the top or left end of the photo"),
                               tr("Fill the tile, keeping the bottom or right end of the photo"),
-                              tr("Show the whole photo inside the tile")};
+                              tr("Show the whole photo inside the tile"),
+                              tr("Fill the tile, keeping the photo's subject (found from its content)")};
     for (int i = 0; i < titles.size(); ++i) {
         d->alignment->addItem(titles[i]);
         d->alignment->setItemData(i, tips[i], Qt::ToolTipRole);
