@@ -37,7 +37,7 @@ std::optional<UIImage> ImageCacheLoader::imageForPath(const QString &path)
 void ImageCacheLoader::request(const QStringList &paths)
 {
     for (const QString &path : paths) {
-        if (!m_cache.contains(path))
+        if (!m_cache.isDecoded(path))
             start(path);
     }
 }
@@ -46,23 +46,14 @@ void ImageCacheLoader::start(const QString &path)
 {
     if (path.isEmpty() || m_loading.contains(path) || m_cache.hasFailedUnchanged(path))
         return;
-    launch(path, [path] { return ImageCache::makeEntry(path); });
+    // From the copy's bytes when the cache keeps them or the store has them, else from the file.
+    launch(path, [source = m_cache.sourceFor(path)] { return ImageCache::makeEntry(source); });
 }
 
-void ImageCacheLoader::restoreFromUserDefaults(const UserDefaults &defaults)
+void ImageCacheLoader::restoreFromUserDefaults(UserDefaults &defaults)
 {
-    m_cache.clear();
-    qCInfo(lcTessary, "Restoring image cache...");
-    const QList<ImageCache::StoredEntry> stored =
-        ImageCache::storedEntries(defaults.dictionaryForKey(Preferences::ImageCache));
-    for (const ImageCache::StoredEntry &entry : stored) {
-        if (m_loading.contains(entry.path))
-            continue;
-        m_restoring.insert(entry.path);
-        launch(entry.path, [entry] { return ImageCache::entryFromStored(entry); });
-    }
-    if (m_restoring.isEmpty())
-        qCInfo(lcTessary, "Finished restoring image cache.");
+    waitForAll();
+    m_cache.restoreImageCacheFromUserDefaults(defaults);
 }
 
 template <typename Make>
@@ -85,16 +76,8 @@ void ImageCacheLoader::launch(const QString &path, Make make)
 
 void ImageCacheLoader::take(const QString &path, const ImageCache::Entry &entry)
 {
-    if (m_restoring.remove(path)) {
-        if (m_restoring.isEmpty())
-            qCInfo(lcTessary, "Finished restoring image cache.");
-        if (!entry.image.isValid()) {
-            start(path); // the stored copy is no picture: make it again from the file
-            return;
-        }
-    }
     m_cache.insertEntry(path, entry);
-    if (m_cache.contains(path))
+    if (m_cache.isDecoded(path))
         emit imageReady(path);
     else
         emit imageFailed(path);
@@ -103,7 +86,6 @@ void ImageCacheLoader::take(const QString &path, const ImageCache::Entry &entry)
 void ImageCacheLoader::waitForAll()
 {
     bool tookAny = false;
-    // Taking a stored copy that no longer decodes starts its file's decoding: wait for that too.
     while (!m_loading.isEmpty()) {
         const auto loading = m_loading;
         m_loading.clear();

@@ -36,15 +36,14 @@ public:
     // The cached copy, or nothing: then the photo is being decoded (unless it failed before and
     // has not changed) and imageReady or imageFailed follows.
     std::optional<UIImage> imageForPath(const QString &path);
-    // Starts decoding every path that is neither cached, on its way, nor known to fail, in the
+    // Starts decoding every path that is neither decoded, on its way, nor known to fail, in the
     // order given (the pool takes them first come, first served).
     void request(const QStringList &paths);
-    // Brings back the copies saved at the last quit without waiting: they are decoded on the pool
-    // and join the cache one by one (imageReady for each), and a lookup meanwhile waits for the
-    // stored copy rather than decoding the photo file. A stored copy that no longer decodes is
+    // Learns which copies the last quit saved (ImageCache::restoreImageCacheFromUserDefaults):
+    // nothing is decoded until a photo is asked for, and then its stored copy is read and
+    // decoded on the pool rather than the photo file. A stored copy that no longer decodes is
     // made again from its file.
-    void restoreFromUserDefaults(const UserDefaults &defaults);
-    bool isRestoring() const { return !m_restoring.isEmpty(); }
+    void restoreFromUserDefaults(UserDefaults &defaults);
 
     bool isLoading(const QString &path) const { return m_loading.contains(path); }
     qsizetype loadingCount() const { return m_loading.size(); }
@@ -63,7 +62,7 @@ private:
     // Runs `make` on the pool for the path and takes its entry in when it is done.
     template <typename Make>
     void launch(const QString &path, Make make);
-    // A finished entry joins the cache; true when the path's signals were sent.
+    // A finished entry joins the cache.
     void take(const QString &path, const ImageCache::Entry &entry);
 
     ImageCache &m_cache;
@@ -71,6 +70,4 @@ private:
     QThreadPool *m_pool;
     // Decodings under way, each with the watcher that brings its result back.
     QHash<QString, QObject *> m_loading;
-    // Paths whose stored copy is being decoded.
-    QSet<QString> m_restoring;
 };

@@ -237,6 +237,14 @@ void TessaryView::applyLayout(CollageLayout layout)
     d->waiting.clear();
 
     d->layout = std::move(layout);
+    // The photos the tiles show keep their decoded copies in the cache, so a relayout never
+    // waits for them.
+    QStringList shown;
+    for (const TileLayout &tileLayout : d->layout.tiles) {
+        if (!tileLayout.placeholder)
+            shown.append(tileLayout.imagePath);
+    }
+    d->cache.setShownPaths(shown);
     d->document->setUpdatesEnabled(false);
     d->document->resize(d->layout.contentSize.toSize());
 
