@@ -47,7 +47,20 @@ void ImageCacheLoader::start(const QString &path)
     if (path.isEmpty() || m_loading.contains(path) || m_cache.hasFailedUnchanged(path))
         return;
     // From the copy's bytes when the cache keeps them or the store has them, else from the file.
-    launch(path, [source = m_cache.sourceFor(path)] { return ImageCache::makeEntry(source); });
+    auto dropped = std::make_shared<std::atomic_bool>(false);
+    m_dropped.insert(path, dropped);
+    launch(path, [source = m_cache.sourceFor(path), dropped] {
+        return *dropped ? ImageCache::Entry() : ImageCache::makeEntry(source);
+    });
+}
+
+void ImageCacheLoader::cancel(const QStringList &paths)
+{
+    for (const QString &path : paths) {
+        if (const auto dropped = m_dropped.take(path))
+            *dropped = true;
+        m_loading.remove(path); // its watcher finds itself gone and only cleans up
+    }
 }
 
 void ImageCacheLoader::restoreFromUserDefaults(UserDefaults &defaults)
@@ -63,10 +76,11 @@ void ImageCacheLoader::launch(const QString &path, Make make)
     m_loading.insert(path, watcher);
     connect(watcher, &Watcher::finished, this, [this, watcher, path] {
         // A decoding that waitForAll already took in has no watcher entry any more.
+        watcher->deleteLater();
         if (m_loading.value(path) != watcher)
             return;
         m_loading.remove(path);
-        watcher->deleteLater();
+        m_dropped.remove(path);
         take(path, watcher->result());
         if (m_loading.isEmpty())
             emit idle();
@@ -93,6 +107,7 @@ void ImageCacheLoader::waitForAll()
             auto *watcher = static_cast<Watcher *>(it.value());
             watcher->waitForFinished();
             watcher->deleteLater();
+            m_dropped.remove(it.key());
             take(it.key(), watcher->result());
         }
         tookAny = true;

@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -45,6 +46,12 @@ public:
     // made again from its file.
     void restoreFromUserDefaults(UserDefaults &defaults);
 
+    // Drops the decodings of the paths: one not started yet never runs, one running is let
+    // finish unseen; no signal follows for them (for rows scrolled out of view).
+    void cancel(const QStringList &paths);
+    // Drops every decoding under way, for quitting: nothing is waited for.
+    void cancelAll() { cancel(m_loading.keys()); }
+
     bool isLoading(const QString &path) const { return m_loading.contains(path); }
     qsizetype loadingCount() const { return m_loading.size(); }
     // Blocks until every decoding under way has finished and been taken into the cache (for
@@ -70,4 +77,6 @@ private:
     QThreadPool *m_pool;
     // Decodings under way, each with the watcher that brings its result back.
     QHash<QString, QObject *> m_loading;
+    // Set to drop a decoding: the job looks at it when it starts.
+    QHash<QString, std::shared_ptr<std::atomic_bool>> m_dropped;
 };

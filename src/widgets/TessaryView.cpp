@@ -179,7 +179,8 @@ void TessaryView::setTessaryBackgroundColor(const QColor &color)
 
 bool TessaryView::saveImageCacheToUserDefaults()
 {
-    d->loader.waitForAll();
+    // Quitting waits for no decoding: what is in the cache now is what is saved.
+    d->loader.cancelAll();
     return d->cache.saveImageCacheToUserDefaults(d->defaults);
 }
 
