@@ -6,6 +6,9 @@
 #  - cold: 49 photos of 24 megapixels and an empty cache: time to the first painted window, the
 #    longest stall of the main thread while the tiles fill, and the time until every tile shows
 #    its photo, beside the photo-list benchmark's cold fill of the same photos (same run).
+#  - a thousand: 1,000 photos of 4 megapixels, every one cached: the cache figures of the store
+#    (bytes per photo, quit), first paint and the longest stall, and resident memory after the
+#    browser scrolled through the list and back (median of three starts).
 #
 #   bench/window-start.sh [BUILD_DIR]      (default: build)
 set -eu
@@ -58,3 +61,25 @@ echo "first paint: $paint ms   (goal <= 1000 ms)"
 echo "longest main-thread stall while the tiles fill: $stall ms   (goal <= 100 ms)"
 echo "all tiles filled: $filled ms after process start; photo-list cold fill of the same photos: $fill ms"
 awk -v a="$filled" -v b="$paint" -v f="$fill" 'BEGIN { if (f > 0) printf "filling after first paint / cold fill: %.2f   (goal <= 1.5)\n", (a - b) / f }'
+
+echo "== 1,000 photos of 4 megapixels, every one cached, the browser scrolled through the list and back"
+export TESSARY_BENCH_PHOTOS="${TESSARY_BENCH_PHOTOS_1000:-${TMPDIR:-/tmp}/tessary-bench-photos-1000}"
+export TESSARY_BENCH_PHOTO_SIZE=2310x1732
+export TESSARY_BENCH_PHOTO_COUNT=1000
+export TESSARY_DEFAULTS="$work/thousand.sqlite"
+# The cache benchmark makes the photos (the first time) and leaves its store with every photo
+# cached; its figures: store bytes per photo, the first save, and a later session's quit.
+TESSARY_BENCH_STORE="$TESSARY_DEFAULTS" "$build/bin/tessary-bench" --benchmark_filter='BM_ImageCacheLongList' 2>/dev/null |
+    grep 'BM_ImageCacheLongList' | tr -s ' ' '\n' | grep '=' | sed 's/^/  /'
+"$build/bin/tessary-cli" photos clear >/dev/null
+"$build/bin/tessary-cli" photos add "$TESSARY_BENCH_PHOTOS"/photo-*.jpg >/dev/null
+export TESSARY_PROBE_SCROLL=1
+: >"$work/thousand.txt"
+for run in 1 2 3; do start_window >>"$work/thousand.txt"; done
+cat "$work/thousand.txt"
+echo "first paint, median: $(figure firstPaintMs <"$work/thousand.txt" | median3) ms   (goal <= 1000 ms)"
+echo "longest stall until the tiles show, median: $(figure longestStallMs <"$work/thousand.txt" | median3) ms   (goal <= 100 ms)"
+echo "resident after scrolling through and back, median: $(figure scrolledResidentMB <"$work/thousand.txt" | median3) MB   (goal <= 600 MB)"
+echo "peak resident, median: $(figure peakResidentMB <"$work/thousand.txt" | median3) MB"
+echo "longest stall while scrolling, median: $(figure scrollStallMs <"$work/thousand.txt" | median3) ms"
+echo "store: $(( $(stat -c %s "$TESSARY_DEFAULTS") / 1024 / 1000 )) KB per photo (file size / 1000)"
