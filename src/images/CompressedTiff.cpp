@@ -48,6 +48,19 @@ quint16 firstCompression(const QByteArray &tiff)
     return 1; // no tag: uncompressed
 }
 
+bool isOpaque(const QImage &image)
+{
+    const QImage argb = image.convertToFormat(QImage::Format_ARGB32);
+    for (int y = 0; y < argb.height(); ++y) {
+        const auto *line = reinterpret_cast<const QRgb *>(argb.constScanLine(y));
+        for (int x = 0; x < argb.width(); ++x) {
+            if (qAlpha(line[x]) != 255)
+                return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 bool CompressedTiff::isCompressed(const QByteArray &tiff)
@@ -61,7 +74,9 @@ QByteArray CompressedTiff::encode(const QImage &image)
     if (image.isNull())
         return {};
     ensureVips();
-    const bool alpha = image.hasAlphaChannel();
+    // Decoded photos often carry an alpha channel that is opaque everywhere: only real
+    // transparency needs the lossless form.
+    const bool alpha = image.hasAlphaChannel() && !isOpaque(image);
     const QImage pixels = image.convertToFormat(alpha ? QImage::Format_RGBA8888 : QImage::Format_RGB888);
     const int bands = alpha ? 4 : 3;
     const int width = pixels.width(), height = pixels.height();
