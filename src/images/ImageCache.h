@@ -43,9 +43,9 @@ class ImageCache
 {
 public:
     static constexpr double kMegaPixels = 0.5;
-    // The most bytes of photos the stored record keeps: about 4,000 compressed copies. Entries
-    // beyond it are left out (the listed photos go first, in list order) and rebuilt when next
-    // needed.
+    // The most bytes of photos the stored record keeps: some 10,000 compressed copies of about
+    // 50 KB. Entries beyond it are left out (the listed photos go first, in list order) and
+    // rebuilt when next needed.
     static constexpr qint64 kStoreBudgetBytes = 512LL * 1024 * 1024;
     // The most bytes of decoded copies kept beside the photos the collage shows: some 60 photos,
     // enough for a screenful of the browser and the way back.
