@@ -84,8 +84,18 @@ if wants thousand; then
     "$build/bin/tessary-cli" photos add "$TESSARY_BENCH_PHOTOS"/photo-*.jpg >/dev/null
     export TESSARY_PROBE_SCROLL=1
     : >"$work/thousand.txt"
-    for run in 1 2 3; do start_window >>"$work/thousand.txt"; done
+    : >"$work/quit.txt"
+    for run in 1 2 3; do
+        # The process's whole life, from which the probe's moment of asking to quit is taken.
+        rm -f "$work/probe.json"
+        TESSARY_PROBE="$work/probe.json" xvfb-run -a -s "-screen 0 1600x1000x24" \
+            /usr/bin/time -f %e -o "$work/life.txt" "$build/bin/tessary" >/dev/null 2>&1 || true
+        cat "$work/probe.json" >>"$work/thousand.txt"
+        awk -v life="$(cat "$work/life.txt")" -v asked="$(figure quitRequestedMs <"$work/probe.json")" \
+            'BEGIN { printf "%.0f\n", life * 1000 - asked }' >>"$work/quit.txt"
+    done
     cat "$work/thousand.txt"
+    echo "quit (from the probe's request to the end of the process), median: $(median3 <"$work/quit.txt") ms   (goal <= 1000 ms)"
     echo "first paint, median: $(figure firstPaintMs <"$work/thousand.txt" | median3) ms   (goal <= 1000 ms)"
     echo "longest stall until the tiles show, median: $(figure longestStallMs <"$work/thousand.txt" | median3) ms   (goal <= 100 ms)"
     echo "resident after scrolling through and back, median: $(figure scrolledResidentMB <"$work/thousand.txt" | median3) MB   (goal <= 600 MB)"

@@ -144,6 +144,9 @@ void WindowProbe::finish()
         {QStringLiteral("tilesFilledMs"), m_tilesFilledMs},
         {QStringLiteral("longestStallMs"), m_scroll ? m_startStallMs : double(m_stalls.longestGapMs())},
         {QStringLiteral("residentMB"), m_scroll ? m_filledResidentMB : residentMegabytes()},
+        // When the probe asked the program to quit: what follows until the process ends is
+        // the quit itself.
+        {QStringLiteral("quitRequestedMs"), msSinceProcessStart()},
         // Whether the gallery plugin is where the program looks for it (read, not loaded).
         {QStringLiteral("galleryPlugin"), TemplateGalleryLoader::isInstalled()},
     };
