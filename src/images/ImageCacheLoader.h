@@ -33,6 +33,9 @@ public:
     ~ImageCacheLoader() override;
 
     ImageCache &cache() const { return m_cache; }
+    // The pool photos are decoded on (others that decode photos for the window share it, so
+    // the decoding never takes more threads than the cores).
+    QThreadPool *pool() const { return m_pool; }
 
     // The cached copy, or nothing: then the photo is being decoded (unless it failed before and
     // has not changed) and imageReady or imageFailed follows.

@@ -7,7 +7,6 @@
 
 #include <QFileInfo>
 #include <QFutureWatcher>
-#include <QThread>
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
@@ -66,7 +65,6 @@ ImageBrowserModel::ImageBrowserModel(ImageBrowserController &controller, ImageCa
     , m_paths(controller.images())
     , m_thumbnails(kThumbnailBudgetKilobytes)
 {
-    m_thumbnailPool.setMaxThreadCount(std::max(1, QThread::idealThreadCount()));
     m_requestTimer.setSingleShot(true);
     m_requestTimer.setInterval(kRequestDelayMilliseconds);
     connect(&m_requestTimer, &QTimer::timeout, this, &ImageBrowserModel::requestWanted);
@@ -200,7 +198,7 @@ void ImageBrowserModel::decodeThumbnail(const QString &path)
         else
             m_waiting.insert(path);
     });
-    watcher->setFuture(QtConcurrent::run(&m_thumbnailPool, [path, dropped] {
+    watcher->setFuture(QtConcurrent::run(m_loader.pool(), [path, dropped] {
         return *dropped ? QImage() : UIImage::loadFileWithin(path, kThumbnailSide).image.bestRepresentation();
     }));
 }

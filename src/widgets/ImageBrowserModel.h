@@ -3,7 +3,6 @@
 #include <QAbstractListModel>
 #include <QCache>
 #include <QHash>
-#include <QThreadPool>
 #include <QPixmap>
 #include <QSet>
 #include <QStringList>
@@ -23,7 +22,7 @@ class ImageCacheLoader;
 //
 // Thumbnails come from the image cache's copies when it holds them decoded, asked for only when
 // a row is painted; otherwise the file itself is decoded at thumbnail size (a JPEG at its
-// smallest reduced scale, on a thread per core) once the row has stayed on screen for a moment
+// smallest reduced scale, on the loader's threads) once the row has stayed on screen for a moment
 // (so a fast scroll through a long list does not queue every photo it passed), and the row is
 // updated when it arrives; rows scrolled out of view meanwhile are dropped. A file that cannot
 // be decoded so is handed to the cache's loader, which tells why. Copies are scaled down to
@@ -101,8 +100,7 @@ private:
     mutable QTimer m_requestTimer;
     QSet<QString> m_failed;
     std::function<bool(int row)> m_isRowVisible;
-    // Thumbnails made from files: one decoding thread per core, and for each thumbnail on its
-    // way the flag that drops it.
-    QThreadPool m_thumbnailPool;
+    // Thumbnails made from files (on the loader's pool, one thread per core), each with the
+    // flag that drops it.
     QHash<QString, std::shared_ptr<std::atomic_bool>> m_fromFile;
 };
