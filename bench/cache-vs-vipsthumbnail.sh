@@ -6,6 +6,10 @@
 #
 #   bench/cache-vs-vipsthumbnail.sh [BUILD_DIR]      (default: build)
 #
+# TESSARY_BENCH_CASE=BM_BrowserThumbnailsCold compares the browser's cold thumbnails (256 pixels)
+# instead; TESSARY_BENCH_PHOTO_COUNT and TESSARY_BENCH_PHOTO_SIZE ask for another set of photos
+# (1000 and 2310x1732 for a thousand photos of 4 megapixels).
+#
 # The photos are made by tessary-bench the first time, in $TESSARY_BENCH_PHOTOS (default: a
 # folder in the temporary folder). vipsthumbnail comes with TESSARY_BENCH_TOOLS=1
 # scripts/install-deps.sh.
@@ -24,9 +28,10 @@ trap 'rm -rf "$out"' EXIT
 
 # Tessary: a cold cache, two decoding threads, the mean of three fills. The cache's log lines
 # are switched off.
-QT_LOGGING_RULES="tessary.info=false" "$bench" --benchmark_filter='BM_ImageCacheColdFill/2/' \
+bench_case=${TESSARY_BENCH_CASE:-BM_ImageCacheColdFill}
+QT_LOGGING_RULES="tessary.info=false" "$bench" --benchmark_filter="$bench_case/2/" \
     --benchmark_format=csv >"$out/tessary.csv" 2>"$out/tessary.log"
-line=$(grep '^"BM_ImageCacheColdFill/2' "$out/tessary.csv" || true)
+line=$(grep "^\"$bench_case/2" "$out/tessary.csv" || true)
 [ -n "$line" ] || { echo "$0: the benchmark did not run:" >&2; cat "$out/tessary.log" >&2; exit 1; }
 # name,iterations,real_time,cpu_time,time_unit,bytes_per_second,items_per_second,label,...
 tessary_ms=$(echo "$line" | cut -d, -f3)
@@ -62,8 +67,8 @@ count=$(ls "$out"/*.v | wc -l)
 first=$(ls "$out"/*.v | head -n1)
 vips_size=$(vipsheader -f width "$first")x$(vipsheader -f height "$first")
 
-echo "photos:        $count x 4000x3000 JPEG in $TESSARY_BENCH_PHOTOS"
-echo "Tessary cache: wall ${tessary_ms} ms, CPU ${tessary_cpu} ms (2 threads, mean of 3), copies of $size"
+echo "photos:        $count x $(vipsheader -f width "$TESSARY_BENCH_PHOTOS/photo-00.jpg")x$(vipsheader -f height "$TESSARY_BENCH_PHOTOS/photo-00.jpg") JPEG in $TESSARY_BENCH_PHOTOS"
+echo "Tessary ($bench_case): wall ${tessary_ms} ms, CPU ${tessary_cpu} ms (2 threads, mean of 3), copies of $size"
 echo "vipsthumbnail: wall ${vips_ms} ms, CPU ${vips_cpu} ms (2 processes, mean of 3), thumbnails of $vips_size"
 echo "  one thread each (VIPS_CONCURRENCY=1): wall ${vips1_ms} ms, CPU ${vips1_cpu} ms"
 awk -v t="$tessary_ms" -v v="$vips_ms" -v tc="$tessary_cpu" -v vc="$vips_cpu" -v v1="$vips1_ms" \

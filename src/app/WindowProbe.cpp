@@ -2,12 +2,14 @@
 
 #include "app/templates/TemplateGalleryLoader.h"
 #include "app/collage/TessaryView.h"
+#include "app/photos/ImageBrowserListView.h"
 
 #include <QCoreApplication>
 #include <QEvent>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QScrollBar>
 #include <QTimer>
 #include <QWidget>
 
@@ -43,6 +45,23 @@ double WindowProbe::msSinceProcessStart()
     return (uptimeSeconds() - startTicks / double(::sysconf(_SC_CLK_TCK))) * 1000.0;
 }
 
+namespace {
+
+// The peak resident memory of this process, in megabytes.
+double peakResidentMegabytes()
+{
+    QFile file(QStringLiteral("/proc/self/status"));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    for (const QByteArray &line : file.readAll().split('\n')) {
+        if (line.startsWith("VmHWM:"))
+            return line.mid(6).trimmed().split(' ').value(0).toDouble() / 1024.0;
+    }
+    return 0;
+}
+
+} // namespace
+
 double WindowProbe::residentMegabytes()
 {
     return statField(24).toDouble() * double(::sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
@@ -69,7 +88,7 @@ WindowProbe::WindowProbe(QWidget *mainWindow, TessaryView *collageView, const QS
             tilesFilled();
     });
     // A start that never fills its tiles still reports, after a generous limit.
-    QTimer::singleShot(60000, this, &WindowProbe::finish);
+    QTimer::singleShot(qEnvironmentVariable("TESSARY_PROBE_SCROLL") == QLatin1String("1") ? 300000 : 60000, this, &WindowProbe::finish);
 }
 
 bool WindowProbe::eventFilter(QObject *watched, QEvent *event)
@@ -84,8 +103,34 @@ void WindowProbe::tilesFilled()
     if (m_tilesFilledMs >= 0)
         return;
     m_tilesFilledMs = msSinceProcessStart();
+    m_scroll = qEnvironmentVariable("TESSARY_PROBE_SCROLL") == QLatin1String("1");
     // Let the last pictures be painted before the figures are taken.
-    QTimer::singleShot(200, this, &WindowProbe::finish);
+    QTimer::singleShot(200, this, [this] {
+        if (!m_scroll)
+            return finish();
+        m_startStallMs = double(m_stalls.longestGapMs());
+        m_filledResidentMB = residentMegabytes();
+        m_stalls.start();
+        scrollStep();
+    });
+}
+
+void WindowProbe::scrollStep()
+{
+    auto *grid = m_window ? m_window->findChild<ImageBrowserListView *>() : nullptr;
+    if (!grid)
+        return finish();
+    QScrollBar *bar = grid->verticalScrollBar();
+    if (m_scrollDirection > 0 && bar->value() >= bar->maximum())
+        m_scrollDirection = -1;
+    if (m_scrollDirection < 0 && bar->value() <= bar->minimum()) {
+        // Back at the top: let the last rows' thumbnails arrive before the figures are taken.
+        QTimer::singleShot(2000, this, &WindowProbe::finish);
+        return;
+    }
+    bar->setValue(bar->value() + m_scrollDirection * bar->pageStep());
+    // A page every fifth of a second: each stays in view long enough to ask for its thumbnails.
+    QTimer::singleShot(200, this, &WindowProbe::scrollStep);
 }
 
 void WindowProbe::finish()
@@ -97,11 +142,19 @@ void WindowProbe::finish()
     QJsonObject figures{
         {QStringLiteral("firstPaintMs"), m_firstPaintMs},
         {QStringLiteral("tilesFilledMs"), m_tilesFilledMs},
-        {QStringLiteral("longestStallMs"), double(m_stalls.longestGapMs())},
-        {QStringLiteral("residentMB"), residentMegabytes()},
+        {QStringLiteral("longestStallMs"), m_scroll ? m_startStallMs : double(m_stalls.longestGapMs())},
+        {QStringLiteral("residentMB"), m_scroll ? m_filledResidentMB : residentMegabytes()},
+        // When the probe asked the program to quit: what follows until the process ends is
+        // the quit itself.
+        {QStringLiteral("quitRequestedMs"), msSinceProcessStart()},
         // Whether the gallery plugin is where the program looks for it (read, not loaded).
         {QStringLiteral("galleryPlugin"), TemplateGalleryLoader::isInstalled()},
     };
+    if (m_scroll) {
+        figures.insert(QStringLiteral("scrolledResidentMB"), residentMegabytes());
+        figures.insert(QStringLiteral("peakResidentMB"), peakResidentMegabytes());
+        figures.insert(QStringLiteral("scrollStallMs"), double(m_stalls.longestGapMs()));
+    }
     QFile file(m_output);
     if (file.open(QIODevice::WriteOnly | QIODevice::Append))
         file.write(QJsonDocument(figures).toJson(QJsonDocument::Compact) + '\n');

@@ -166,7 +166,9 @@ UserDefaults::UserDefaults(const QString &filePath)
     }
     if (result == OpenResult::Usable && !m_readOnly) {
         QSqlQuery q(database(m_connection));
-        if (!q.exec(QStringLiteral("CREATE TABLE IF NOT EXISTS defaults (key TEXT PRIMARY KEY NOT NULL, value BLOB NOT NULL)"))) {
+        if (!q.exec(QStringLiteral("CREATE TABLE IF NOT EXISTS defaults (key TEXT PRIMARY KEY NOT NULL, value BLOB NOT NULL)"))
+            || !q.exec(QStringLiteral("CREATE TABLE IF NOT EXISTS entries (key TEXT NOT NULL, name TEXT NOT NULL, value BLOB NOT NULL, "
+                                      "PRIMARY KEY (key, name))"))) {
             m_readOnlyReason = describe(q.lastError());
             result = OpenResult::Unusable;
         }
@@ -357,15 +359,223 @@ QVariant UserDefaults::objectForKey(const QString &key) const
         fail(QStringLiteral("cannot read \"%1\" (%2)").arg(key, q.lastError().text()));
         return {};
     }
-    if (!q.next())
+    QVariant whole;
+    if (q.next()) {
+        const PropertyList::ReadResult r = PropertyList::fromBytes(q.value(0).toByteArray(),
+                                                                   QStringLiteral("value of \"%1\"").arg(key), kMaxValueBytes);
+        if (!r.ok()) {
+            qCWarning(lcTessary, "%s: %s", qPrintable(m_path), qPrintable(r.error));
+            return {};
+        }
+        whole = r.value;
+    }
+    // Entry rows only ever go with a dictionary (writing a whole value removes them).
+    if (whole.isValid() && whole.typeId() != QMetaType::QVariantMap)
+        return whole;
+    bool hasRows = false;
+    const QVariantMap merged = withEntryRows(key, whole.toMap(), &hasRows);
+    return hasRows ? QVariant(merged) : whole;
+}
+
+namespace {
+
+// The rows of the key's entries named (all of them when `names` is null), decoded, through the
+// connection.
+QVariantMap readEntryRows(const QSqlDatabase &db, const QString &path, const QString &key, const QStringList *names, bool *hasRows)
+{
+    QVariantMap entries;
+    const auto take = [&](const QString &name, const QByteArray &bytes) {
+        if (hasRows)
+            *hasRows = true;
+        const PropertyList::ReadResult r = PropertyList::fromBytes(bytes, QStringLiteral("entry \"%1\" of \"%2\"").arg(name, key),
+                                                                   UserDefaults::kMaxValueBytes);
+        if (r.ok())
+            entries.insert(name, r.value);
+        else
+            qCWarning(lcTessary, "%s: %s", qPrintable(path), qPrintable(r.error));
+    };
+    QSqlQuery q(db);
+    if (!names) {
+        q.prepare(QStringLiteral("SELECT name, value FROM entries WHERE key = ?"));
+        q.addBindValue(key);
+        if (q.exec()) {
+            while (q.next())
+                take(q.value(0).toString(), q.value(1).toByteArray());
+        }
+        return entries;
+    }
+    q.prepare(QStringLiteral("SELECT value FROM entries WHERE key = ? AND name = ?"));
+    for (const QString &name : *names) {
+        q.bindValue(0, key);
+        q.bindValue(1, name);
+        if (q.exec() && q.next())
+            take(name, q.value(0).toByteArray());
+    }
+    return entries;
+}
+
+} // namespace
+
+QVariantMap UserDefaults::withEntryRows(const QString &key, QVariantMap whole, bool *hasRows) const
+{
+    const QVariantMap rows = readEntryRows(database(m_connection), m_path, key, nullptr, hasRows);
+    for (auto it = rows.cbegin(); it != rows.cend(); ++it)
+        whole.insert(it.key(), it.value());
+    return whole;
+}
+
+QHash<QString, qint64> UserDefaults::entrySizesForKey(const QString &key) const
+{
+    QHash<QString, qint64> sizes;
+    if (!m_open)
+        return sizes;
+    QSqlQuery q(database(m_connection));
+    q.prepare(QStringLiteral("SELECT name, length(value) FROM entries WHERE key = ?"));
+    q.addBindValue(key);
+    if (q.exec()) {
+        while (q.next())
+            sizes.insert(q.value(0).toString(), q.value(1).toLongLong());
+    }
+    return sizes;
+}
+
+QVariantMap UserDefaults::entriesForKey(const QString &key, const QStringList &names) const
+{
+    if (!m_open)
         return {};
+    return readEntryRows(database(m_connection), m_path, key, &names, nullptr);
+}
+
+QVariantMap UserDefaults::entriesInFile(const QString &filePath, const QString &key, const QStringList &names)
+{
+    const QString connection = QStringLiteral("tessary-entries-%1").arg(connectionCounter.fetchAndAddRelaxed(1));
+    QVariantMap entries;
+    {
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), connection);
+        db.setDatabaseName(filePath);
+        db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000;QSQLITE_OPEN_READONLY"));
+        if (db.open())
+            entries = readEntryRows(db, filePath, key, &names, nullptr);
+        db.close();
+    }
+    QSqlDatabase::removeDatabase(connection);
+    return entries;
+}
+
+bool UserDefaults::writeEntryRow(const QString &key, const QString &name, const QByteArray &bytes)
+{
+    QSqlQuery q(database(m_connection));
+    q.prepare(QStringLiteral("INSERT OR REPLACE INTO entries (key, name, value) VALUES (?, ?, ?)"));
+    q.addBindValue(key);
+    q.addBindValue(name);
+    q.addBindValue(bytes);
+    if (!q.exec()) {
+        fail(QStringLiteral("cannot write \"%1\" of \"%2\": %3").arg(name, printableKey(key), describe(q.lastError())));
+        return false;
+    }
+    return true;
+}
+
+bool UserDefaults::inTransaction(const QString &what, const std::function<bool()> &work)
+{
+    QSqlDatabase db = database(m_connection);
+    // A savepoint is a transaction of its own when none is open, and nests inside update()'s.
+    QSqlQuery begin(db);
+    if (!begin.exec(QStringLiteral("SAVEPOINT tessary_write"))) {
+        fail(QStringLiteral("cannot start to %1: %2").arg(what, describe(begin.lastError())));
+        return false;
+    }
+    if (!work()) {
+        QSqlQuery(db).exec(QStringLiteral("ROLLBACK TO tessary_write"));
+        QSqlQuery(db).exec(QStringLiteral("RELEASE tessary_write"));
+        return false;
+    }
+    QSqlQuery release(db);
+    if (!release.exec(QStringLiteral("RELEASE tessary_write"))) {
+        fail(QStringLiteral("cannot %1: %2").arg(what, describe(release.lastError())));
+        QSqlQuery(db).exec(QStringLiteral("ROLLBACK TO tessary_write"));
+        QSqlQuery(db).exec(QStringLiteral("RELEASE tessary_write"));
+        return false;
+    }
+    return true;
+}
+
+bool UserDefaults::setEntriesForKey(const QString &key, const QVariantMap &changed, const QStringList &removed)
+{
+    if (!canWrite(QStringLiteral("write \"%1\"").arg(printableKey(key))))
+        return false;
+    // Everything is encoded before the transaction starts, so it is held as short as can be.
+    QList<std::pair<QString, QByteArray>> rows;
+    rows.reserve(changed.size());
+    for (auto it = changed.cbegin(); it != changed.cend(); ++it) {
+        const QByteArray bytes = encode(it.value(), key);
+        if (bytes.isEmpty())
+            return false;
+        rows.append({it.key(), bytes});
+    }
+    const bool ok = inTransaction(QStringLiteral("write \"%1\"").arg(printableKey(key)), [&] {
+        for (const auto &[name, bytes] : rows) {
+            if (!writeEntryRow(key, name, bytes))
+                return false;
+        }
+        QSqlQuery q(database(m_connection));
+        q.prepare(QStringLiteral("DELETE FROM entries WHERE key = ? AND name = ?"));
+        for (const QString &name : removed) {
+            q.bindValue(0, key);
+            q.bindValue(1, name);
+            if (!q.exec()) {
+                fail(QStringLiteral("cannot remove \"%1\" of \"%2\": %3").arg(name, printableKey(key), describe(q.lastError())));
+                return false;
+            }
+        }
+        return true;
+    });
+    if (ok)
+        m_error.clear();
+    return ok;
+}
+
+bool UserDefaults::splitIntoEntries(const QString &key)
+{
+    if (!m_open || m_readOnly)
+        return true;
+    QSqlQuery q(database(m_connection));
+    q.prepare(QStringLiteral("SELECT value FROM defaults WHERE key = ?"));
+    q.addBindValue(key);
+    if (!q.exec() || !q.next())
+        return true;
     const PropertyList::ReadResult r = PropertyList::fromBytes(q.value(0).toByteArray(), QStringLiteral("value of \"%1\"").arg(key),
                                                                kMaxValueBytes);
-    if (!r.ok()) {
-        qCWarning(lcTessary, "%s: %s", qPrintable(m_path), qPrintable(r.error));
-        return {};
+    q.finish();
+    if (!r.ok() || r.value.typeId() != QMetaType::QVariantMap)
+        return true; // not a dictionary: nothing to split
+    const QVariantMap whole = r.value.toMap();
+    const QHash<QString, qint64> kept = entrySizesForKey(key);
+    QList<std::pair<QString, QByteArray>> rows;
+    for (auto it = whole.cbegin(); it != whole.cend(); ++it) {
+        if (kept.contains(it.key()))
+            continue;
+        const QByteArray bytes = encode(it.value(), key);
+        if (!bytes.isEmpty())
+            rows.append({it.key(), bytes});
     }
-    return r.value;
+    const bool ok = inTransaction(QStringLiteral("split \"%1\"").arg(printableKey(key)), [&] {
+        for (const auto &[name, bytes] : rows) {
+            if (!writeEntryRow(key, name, bytes))
+                return false;
+        }
+        QSqlQuery remove(database(m_connection));
+        remove.prepare(QStringLiteral("DELETE FROM defaults WHERE key = ?"));
+        remove.addBindValue(key);
+        if (!remove.exec()) {
+            fail(QStringLiteral("cannot remove \"%1\": %2").arg(printableKey(key), describe(remove.lastError())));
+            return false;
+        }
+        return true;
+    });
+    if (ok)
+        m_error.clear();
+    return ok;
 }
 
 QByteArray UserDefaults::encode(const QVariant &value, const QString &key)
@@ -389,29 +599,58 @@ QByteArray UserDefaults::encode(const QVariant &value, const QString &key)
     return bytes;
 }
 
+namespace {
+
+bool deleteEntryRows(const QSqlDatabase &db, const QString &key, QSqlError *error)
+{
+    QSqlQuery q(db);
+    q.prepare(QStringLiteral("DELETE FROM entries WHERE key = ?"));
+    q.addBindValue(key);
+    if (q.exec())
+        return true;
+    *error = q.lastError();
+    return false;
+}
+
+} // namespace
+
 bool UserDefaults::writeRow(const QString &key, const QByteArray &bytes)
 {
-    QSqlQuery q(database(m_connection));
-    q.prepare(QStringLiteral("INSERT OR REPLACE INTO defaults (key, value) VALUES (?, ?)"));
-    q.addBindValue(key);
-    q.addBindValue(bytes);
-    if (!q.exec()) {
-        fail(QStringLiteral("cannot write \"%1\": %2").arg(printableKey(key), describe(q.lastError())));
-        return false;
-    }
-    return true;
+    return inTransaction(QStringLiteral("write \"%1\"").arg(printableKey(key)), [&] {
+        QSqlError error;
+        if (!deleteEntryRows(database(m_connection), key, &error)) {
+            fail(QStringLiteral("cannot write \"%1\": %2").arg(printableKey(key), describe(error)));
+            return false;
+        }
+        QSqlQuery q(database(m_connection));
+        q.prepare(QStringLiteral("INSERT OR REPLACE INTO defaults (key, value) VALUES (?, ?)"));
+        q.addBindValue(key);
+        q.addBindValue(bytes);
+        if (!q.exec()) {
+            fail(QStringLiteral("cannot write \"%1\": %2").arg(printableKey(key), describe(q.lastError())));
+            return false;
+        }
+        return true;
+    });
 }
 
 bool UserDefaults::deleteRow(const QString &key)
 {
-    QSqlQuery q(database(m_connection));
-    q.prepare(QStringLiteral("DELETE FROM defaults WHERE key = ?"));
-    q.addBindValue(key);
-    if (!q.exec()) {
-        fail(QStringLiteral("cannot remove \"%1\": %2").arg(printableKey(key), describe(q.lastError())));
-        return false;
-    }
-    return true;
+    return inTransaction(QStringLiteral("remove \"%1\"").arg(printableKey(key)), [&] {
+        QSqlError error;
+        if (!deleteEntryRows(database(m_connection), key, &error)) {
+            fail(QStringLiteral("cannot remove \"%1\": %2").arg(printableKey(key), describe(error)));
+            return false;
+        }
+        QSqlQuery q(database(m_connection));
+        q.prepare(QStringLiteral("DELETE FROM defaults WHERE key = ?"));
+        q.addBindValue(key);
+        if (!q.exec()) {
+            fail(QStringLiteral("cannot remove \"%1\": %2").arg(printableKey(key), describe(q.lastError())));
+            return false;
+        }
+        return true;
+    });
 }
 
 bool UserDefaults::canWrite(const QString &what)
@@ -540,7 +779,8 @@ QStringList UserDefaults::allKeys() const
     if (!m_open)
         return keys;
     QSqlQuery q(database(m_connection));
-    if (!q.exec(QStringLiteral("SELECT key FROM defaults ORDER BY key")))
+    if (!q.exec(QStringLiteral("SELECT key FROM defaults UNION SELECT DISTINCT key FROM entries ORDER BY key"))
+        && !q.exec(QStringLiteral("SELECT key FROM defaults ORDER BY key"))) // a read-only store of an earlier version
         return keys;
     while (q.next())
         keys.append(q.value(0).toString());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QHash>
 #include <QStringList>
 #include <QVariant>
 
@@ -18,6 +19,13 @@
 // check, is moved aside under a dated name and a fresh store started. A store that cannot be
 // written (a read-only file or folder, a full disk) is opened read-only: reads work and every
 // write fails with the reason in words.
+//
+// Dictionaries that grow large (the image cache: one entry per photo) can be kept one row per
+// entry instead, so that they are read and written entry by entry: entriesForKey reads only the
+// entries asked for, setEntriesForKey writes only those that changed. To every other reader
+// (objectForKey, allKeys, dictionaryRepresentation, so the command line's read and export) such
+// a key still holds one dictionary. A dictionary stored whole under the key (as setObject stores
+// it, and as earlier versions stored the image cache) is split into rows by splitIntoEntries.
 //
 // Every value the store accepts exports to an XML property list and imports back unchanged:
 // keys and strings, at any depth, holding a character that XML 1.0 cannot carry (control
@@ -71,6 +79,24 @@ public:
     // change committed; waits up to the busy timeout for another writer.
     bool update(const QStringList &keys, const std::function<bool(QVariantMap &values)> &change);
 
+    // --- Dictionaries kept one row per entry
+    // The names of the key's entries kept as rows, each with the bytes its row takes.
+    QHash<QString, qint64> entrySizesForKey(const QString &key) const;
+    // The values of the named entries of the key that are kept as rows (names without a row,
+    // or whose row no longer reads, are missing from the map).
+    QVariantMap entriesForKey(const QString &key, const QStringList &names) const;
+    // The same, read through a connection of its own to the store at filePath, so it may run on
+    // any thread (a store opened elsewhere is not touched). Empty when the store cannot be read.
+    static QVariantMap entriesInFile(const QString &filePath, const QString &key, const QStringList &names);
+    // Writes the changed entries and removes the removed ones, all in one transaction: after a
+    // crash the store holds either every change or none. Returns false (with errorString) when
+    // an entry cannot be encoded or the write failed; nothing is then written.
+    bool setEntriesForKey(const QString &key, const QVariantMap &changed, const QStringList &removed);
+    // When the key holds a whole dictionary: moves its entries into rows (an entry that already
+    // has a row keeps it) and removes the whole value, in one transaction. True when there was
+    // nothing to split or the split committed.
+    bool splitIntoEntries(const QString &key);
+
     // Why the value cannot be stored under the key so that it exports to XML and back
     // unchanged; empty when it can.
     static QString unwritableReason(const QVariant &value, const QString &key);
@@ -108,8 +134,14 @@ private:
     QString whyUnwritable(const QString &otherwise) const;
     // Whether a write may be tried; sets errorString when not.
     bool canWrite(const QString &what);
+    // Write or delete the key's whole value, and every entry row of the key with it.
     bool writeRow(const QString &key, const QByteArray &bytes);
     bool deleteRow(const QString &key);
+    // Runs the statements of `work` as one transaction (nested in one already open).
+    bool inTransaction(const QString &what, const std::function<bool()> &work);
+    bool writeEntryRow(const QString &key, const QString &name, const QByteArray &bytes);
+    // The key's entry rows as a dictionary, merged over `whole` (entry rows are the newer).
+    QVariantMap withEntryRows(const QString &key, QVariantMap whole, bool *hasRows) const;
     // Encodes the value for the store, or sets errorString and returns an empty array.
     QByteArray encode(const QVariant &value, const QString &key);
 

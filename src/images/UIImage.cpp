@@ -86,6 +86,35 @@ UIImage::LoadResult UIImage::loadFileUnderMegaPixels(const QString &path, double
     return loaded;
 }
 
+UIImage::LoadResult UIImage::loadFileWithin(const QString &path, int side)
+{
+    QByteArray bytes;
+    QString error;
+    if (!ImageFileReader::readFile(path, &bytes, &error))
+        return {UIImage(), error};
+    const ImageFileReader::Header header = ImageFileReader::readHeader(bytes, path);
+    if (!header.ok())
+        return {UIImage(), header.error};
+    const QSize target = header.size.width() <= side && header.size.height() <= side
+                             ? header.size
+                             : header.size.scaled(side, side, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
+    QImage frame;
+    if (target != header.size && header.format == "jpeg") {
+        const ImageFileReader::Frames reduced = ImageFileReader::decodeReducedJpeg(bytes, path, target);
+        if (reduced.ok())
+            frame = reduced.frames.first();
+    }
+    if (frame.isNull()) {
+        LoadResult loaded = loadData(bytes, path);
+        if (!loaded.ok())
+            return loaded;
+        frame = loaded.image.bestRepresentation();
+    }
+    if (frame.size() != target)
+        frame = frame.scaled(target, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    return {UIImage(frame), QString()};
+}
+
 UIImage UIImage::initWithContentsOfFileFittedToSize(const QString &path, const QSizeF &size, int method)
 {
     return initWithContentsOfFileFittedToSize(path, size, method, PhotoFraming());

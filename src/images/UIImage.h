@@ -43,6 +43,9 @@ public:
     // first, which is several times faster.
     static UIImage initWithContentsOfFileUnderMegaPixels(const QString &path, double megapixels);
     static LoadResult loadFileUnderMegaPixels(const QString &path, double megapixels);
+    // The whole picture brought within side x side (a thumbnail), never enlarged: a JPEG is
+    // decoded at the smallest reduced scale that still has the pixels the thumbnail shows.
+    static LoadResult loadFileWithin(const QString &path, int side);
     // Exactly initWithContentsOfFile(path).imageToFitSize(size, method), for a render or a tile
     // that needs the picture much smaller than the file: a JPEG is decoded at a reduced scale
     // that still has at least the pixels the fitted result shows.

@@ -7,6 +7,7 @@
 #include "foundation/Log.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
+#include "images/CompressedTiff.h"
 #include "images/UnreadablePhotos.h"
 #include "photos/TessaryViewDelegate.h"
 
@@ -46,6 +47,14 @@ const QString kUprightKey = QStringLiteral("upright");
 // The subject of the photo (SmartCrop), as [x, y] in fractions of the photo.
 const QString kSubjectKey = QStringLiteral("subject");
 
+qint64 pixelBytes(const UIImage &image)
+{
+    qint64 bytes = 0;
+    for (const QImage &frame : image.representations())
+        bytes += frame.sizeInBytes();
+    return bytes;
+}
+
 } // namespace
 
 ImageCache::ImageCache(const TessaryViewDelegate *delegate, QThreadPool *pool)
@@ -60,20 +69,69 @@ ImageCache::~ImageCache()
         future.waitForFinished();
 }
 
-// One photo decoded off the calling thread. The date is read first: a file that changes while
-// it is decoded then looks newer than its entry and is rebuilt at the next lookup.
-ImageCache::Decoded ImageCache::decode(const QString &path)
+// One photo's entry made off the calling thread. From kept or stored bytes when they decode
+// and the file is not newer; otherwise from the file, whose date is read first: a file that
+// changes while it is decoded then looks newer than its entry and is rebuilt at the next lookup.
+ImageCache::Decoded ImageCache::decode(const Source &source)
 {
-    Decoded d{path, {}};
-    d.entry.date = modificationDateForPath(path);
+    Decoded d{source.path, {}};
+    std::optional<Entry> kept;
+    if (!source.tiff.isEmpty()) {
+        Entry e;
+        e.tiff = source.tiff;
+        e.date = source.date;
+        e.subject = source.subject;
+        e.image = UIImage::initWithTIFFRepresentation(source.tiff);
+        if (e.image.isValid())
+            kept = e;
+    } else if (!source.storePath.isEmpty()) {
+        kept = entryFromStored(UserDefaults::entriesInFile(source.storePath, Preferences::ImageCache, {source.path}).value(source.path));
+    }
+    if (kept) {
+        const QDateTime fileDate = modificationDateForPath(source.path);
+        if (!isNewer(fileDate, kept->date)) {
+            d.entry = *kept;
+            // A copy stored before subjects were kept has it found now.
+            if (!d.entry.subject) {
+                d.entry.subject = SmartCrop::subjectOf(d.entry.image.bestRepresentation());
+                d.entry.fresh = true;
+            }
+            // A copy kept uncompressed (by an earlier version) is stored again compressed.
+            if (!CompressedTiff::isCompressed(d.entry.tiff)) {
+                d.entry.tiff = CompressedTiff::encode(d.entry.image.bestRepresentation());
+                d.entry.fresh = true;
+            }
+            return d;
+        }
+        d.entry.rebuilt = true;
+    }
+    d.entry.date = modificationDateForPath(source.path);
     // A file that cannot be dated is not cached even when it decodes; one that is gone gets the
     // reader's words for that.
-    const UIImage::LoadResult loaded = UIImage::loadFileUnderMegaPixels(path, kMegaPixels);
+    const UIImage::LoadResult loaded = UIImage::loadFileUnderMegaPixels(source.path, kMegaPixels);
     d.entry.image = loaded.image;
     d.entry.error = loaded.error;
-    if (loaded.image.isValid())
+    if (loaded.image.isValid()) {
+        d.entry.tiff = CompressedTiff::encode(loaded.image.bestRepresentation());
         d.entry.subject = SmartCrop::subjectOf(loaded.image.bestRepresentation());
+    }
+    d.entry.fresh = true;
     return d;
+}
+
+ImageCache::Entry ImageCache::makeEntry(const Source &source)
+{
+    return decode(source).entry;
+}
+
+ImageCache::Source ImageCache::sourceFor(const QString &path) const
+{
+    const auto it = m_imageCacheDictionary.constFind(path);
+    if (it != m_imageCacheDictionary.constEnd())
+        return {path, it->tiff, it->date, {}, it->subject};
+    if (m_stored.contains(path))
+        return {path, {}, {}, m_storePath};
+    return {path, {}, {}, {}};
 }
 
 void ImageCache::clear()
@@ -82,6 +140,53 @@ void ImageCache::clear()
     m_inFlight.clear();
     m_imageCacheDictionary.clear();
     m_failed.clear();
+    m_stored.clear();
+    m_inStore.clear();
+    m_decodedBytes = 0;
+}
+
+void ImageCache::setDecodedBudgetBytes(qint64 bytes)
+{
+    m_decodedBudgetBytes = bytes;
+    trim();
+}
+
+void ImageCache::setShownPaths(const QStringList &paths)
+{
+    m_shown = QSet<QString>(paths.cbegin(), paths.cend());
+    trim();
+}
+
+bool ImageCache::isDecoded(const QString &path) const
+{
+    const auto it = m_imageCacheDictionary.constFind(path);
+    return it != m_imageCacheDictionary.constEnd() && it->image.isValid();
+}
+
+UIImage ImageCache::use(Entry &entry)
+{
+    entry.lastUse = ++m_clock;
+    return handOut(entry.image);
+}
+
+void ImageCache::trim(const QString &keep)
+{
+    if (m_decodedBytes <= m_decodedBudgetBytes)
+        return;
+    // Copies that can be let go: decoded, with bytes to come back from, not shown.
+    QList<std::pair<quint64, QString>> candidates;
+    for (auto it = m_imageCacheDictionary.cbegin(); it != m_imageCacheDictionary.cend(); ++it) {
+        if (it->image.isValid() && !it->tiff.isEmpty() && !m_shown.contains(it.key()) && it.key() != keep)
+            candidates.append({it->lastUse, it.key()});
+    }
+    std::sort(candidates.begin(), candidates.end());
+    for (const auto &[lastUse, path] : std::as_const(candidates)) {
+        if (m_decodedBytes <= m_decodedBudgetBytes)
+            break;
+        Entry &entry = m_imageCacheDictionary[path];
+        m_decodedBytes -= pixelBytes(entry.image);
+        entry.image = UIImage();
+    }
 }
 
 UIImage ImageCache::compressedImageForPath(const QString &path)
@@ -110,16 +215,33 @@ QDateTime ImageCache::cacheDateForPath(const QString &path) const
     return it == m_imageCacheDictionary.constEnd() ? QDateTime() : it->date;
 }
 
+void ImageCache::removeEntry(const QString &path)
+{
+    const auto it = m_imageCacheDictionary.constFind(path);
+    if (it != m_imageCacheDictionary.constEnd()) {
+        m_decodedBytes -= pixelBytes(it->image);
+        m_imageCacheDictionary.erase(it);
+    }
+    m_stored.remove(path);
+}
+
 void ImageCache::storeEntry(const QString &path, const Entry &entry)
 {
-    m_imageCacheDictionary.insert(path, entry);
+    removeEntry(path);
+    Entry &stored = m_imageCacheDictionary.insert(path, entry).value();
+    stored.lastUse = ++m_clock;
+    m_decodedBytes += pixelBytes(stored.image);
     m_failed.remove(path);
-    logPath("Added path to cache: %1", path);
+    if (entry.fresh)
+        logPath("Added path to cache: %1", path);
+    if (entry.rebuilt)
+        logPath("Updated path for cache: %1", path);
+    trim(path);
 }
 
 UIImage ImageCache::addPathToCache(const QString &path)
 {
-    const Decoded d = decode(path);
+    const Decoded d = decode(Source{path, {}, {}, {}});
     if (!d.entry.image.isValid() || !d.entry.date.isValid()) {
         m_failed.insert(path, {d.entry.date, d.entry.error});
         return UIImage();
@@ -142,21 +264,23 @@ QString ImageCache::failureReason(const QString &path) const
 
 void ImageCache::take(const Decoded &d)
 {
-    if (d.entry.image.isValid() && d.entry.date.isValid())
+    if (d.entry.image.isValid() && d.entry.date.isValid()) {
         storeEntry(d.path, d.entry);
-    else
+    } else {
+        removeEntry(d.path);
         m_failed.insert(d.path, {d.entry.date, d.entry.error});
+    }
 }
 
 void ImageCache::startDecoding(const QString &path)
 {
-    if (path.isEmpty() || m_imageCacheDictionary.contains(path))
+    if (path.isEmpty() || isDecoded(path))
         return;
     for (const auto &flight : std::as_const(m_inFlight)) {
         if (flight.first == path)
             return;
     }
-    m_inFlight.append({path, QtConcurrent::run(m_pool, &ImageCache::decode, path)});
+    m_inFlight.append({path, QtConcurrent::run(m_pool, &ImageCache::decode, sourceFor(path))});
 }
 
 void ImageCache::finishDecoding(const QString &path)
@@ -191,7 +315,7 @@ void ImageCache::fillCache(const QStringList &paths)
     harvest();
     QStringList wanted;
     for (const QString &path : paths) {
-        if (path.isEmpty() || m_imageCacheDictionary.contains(path) || wanted.contains(path) || failedUnchanged(path))
+        if (path.isEmpty() || isDecoded(path) || wanted.contains(path) || failedUnchanged(path))
             continue;
         wanted.append(path);
         startDecoding(path);
@@ -216,14 +340,23 @@ QStringList ImageCache::refresh()
     const QStringList keys = m_imageCacheDictionary.keys();
     for (const QString &path : keys) {
         if (!listedSet.contains(path)) {
-            m_imageCacheDictionary.remove(path);
+            removeEntry(path);
             logPath("Removed path from cache: %1", path);
             continue;
         }
         // An entry whose file cannot be dated any more is kept as it is.
         if (isNewer(modificationDateForPath(path), m_imageCacheDictionary.value(path).date)) {
-            m_imageCacheDictionary.remove(path);
+            removeEntry(path);
             changed.append(path);
+        }
+    }
+    // Entries still in the store only: their dates are checked when they are read.
+    for (auto it = m_stored.begin(); it != m_stored.end();) {
+        if (!listedSet.contains(it.key())) {
+            logPath("Removed path from cache: %1", it.key());
+            it = m_stored.erase(it);
+        } else {
+            ++it;
         }
     }
     for (auto it = m_failed.begin(); it != m_failed.end();) {
@@ -245,17 +378,19 @@ QStringList ImageCache::refresh()
 std::optional<UIImage> ImageCache::cachedImageForPath(const QString &path)
 {
     harvest();
-    const auto it = m_imageCacheDictionary.constFind(path);
-    if (it == m_imageCacheDictionary.constEnd())
+    const auto it = m_imageCacheDictionary.find(path);
+    if (it == m_imageCacheDictionary.end())
         return std::nullopt;
     // A file that is newer is decoded anew; so is one that is gone, so that the window tells it
     // cannot be read rather than showing a photo that is no longer there.
     const QDateTime fileDate = modificationDateForPath(path);
     if (!fileDate.isValid() || isNewer(fileDate, it->date)) {
-        m_imageCacheDictionary.remove(path);
+        removeEntry(path);
         return std::nullopt;
     }
-    return handOut(it->image);
+    if (!it->image.isValid())
+        return std::nullopt; // let go: decoded again from its bytes
+    return use(*it);
 }
 
 void ImageCache::removeUnlistedEntries()
@@ -264,7 +399,12 @@ void ImageCache::removeUnlistedEntries()
         return;
     const QStringList listed = m_delegate->pickedPhotos();
     const QSet<QString> listedSet(listed.cbegin(), listed.cend());
-    m_imageCacheDictionary.removeIf([&](const auto &entry) { return !listedSet.contains(entry.key()); });
+    const QStringList keys = m_imageCacheDictionary.keys();
+    for (const QString &path : keys) {
+        if (!listedSet.contains(path))
+            removeEntry(path);
+    }
+    m_stored.removeIf([&](const auto &entry) { return !listedSet.contains(entry.key()); });
     m_failed.removeIf([&](const auto &entry) { return !listedSet.contains(entry.key()); });
 }
 
@@ -291,17 +431,15 @@ UIImage ImageCache::getImageForPath(const QString &path)
                 startDecoding(listed.at(i));
         }
     };
-    auto it = m_imageCacheDictionary.constFind(path);
-    if (it == m_imageCacheDictionary.constEnd()) {
+    if (!isDecoded(path)) {
         startDecoding(path);
         readAhead();
         finishDecoding(path);
-        it = m_imageCacheDictionary.constFind(path);
-        if (it == m_imageCacheDictionary.constEnd())
+        if (!isDecoded(path))
             return UIImage::initWithContentsOfFile(path); // not reducible: full size, uncached
     }
     readAhead();
-    return handOut(it->image);
+    return use(m_imageCacheDictionary[path]);
 }
 
 bool ImageCache::saveImageCacheToUserDefaults(UserDefaults &defaults)
@@ -312,94 +450,100 @@ bool ImageCache::saveImageCacheToUserDefaults(UserDefaults &defaults)
     // The listed photos first, in list order, so that when the record is full it is the
     // photos of the current collage that come back at the next start.
     QStringList order;
-    if (m_delegate) {
-        for (const QString &path : m_delegate->pickedPhotos()) {
-            if (m_imageCacheDictionary.contains(path) && !order.contains(path))
-                order.append(path);
-        }
-    }
-    const QStringList keys = m_imageCacheDictionary.keys();
-    for (const QString &path : keys) {
-        if (!order.contains(path))
+    QSet<QString> ordered;
+    const auto add = [&](const QString &path) {
+        if (!ordered.contains(path) && contains(path)) {
+            ordered.insert(path);
             order.append(path);
+        }
+    };
+    if (m_delegate) {
+        for (const QString &path : m_delegate->pickedPhotos())
+            add(path);
     }
-    const QList<QByteArray> encoded = QtConcurrent::blockingMapped<QList<QByteArray>>(
-        m_pool, order, [this](const QString &path) { return m_imageCacheDictionary.value(path).image.TIFFRepresentation(); });
+    for (const QString &path : m_imageCacheDictionary.keys())
+        add(path);
+    for (const QString &path : m_stored.keys())
+        add(path);
 
-    QVariantMap stored;
+    // Only what is new or remade is written; what the store holds and the cache no longer
+    // keeps is removed.
+    QVariantMap changed;
+    QSet<QString> kept;
     qint64 total = 0;
-    for (qsizetype i = 0; i < order.size(); ++i) {
-        const QString &path = order.at(i);
-        const QByteArray &tiff = encoded.at(i);
-        const QDateTime date = m_imageCacheDictionary.value(path).date;
-        if (tiff.isEmpty() || !date.isValid())
+    for (const QString &path : std::as_const(order)) {
+        const auto it = m_imageCacheDictionary.constFind(path);
+        const bool inMemory = it != m_imageCacheDictionary.constEnd();
+        if (inMemory && (it->tiff.isEmpty() || !it->date.isValid()))
             continue; // nothing that could be read back
-        // The store reads values up to a fixed size; a record beyond it would never load.
-        if (total + tiff.size() + path.size() + 64 > m_storeBudgetBytes)
+        const qint64 size = (inMemory ? it->tiff.size() : m_stored.value(path)) + path.size() + 64;
+        // The record stays within its budget.
+        if (total + size > m_storeBudgetBytes)
             continue;
-        total += tiff.size() + path.size() + 64;
+        total += size;
+        kept.insert(path);
+        if (!inMemory || (!it->fresh && m_inStore.contains(path)))
+            continue;
         QVariantMap entry;
-        entry.insert(QStringLiteral("image"), tiff);
-        entry.insert(QStringLiteral("date"), date);
+        entry.insert(QStringLiteral("image"), it->tiff);
+        entry.insert(QStringLiteral("date"), it->date);
         entry.insert(kUprightKey, true);
-        if (const std::optional<QPointF> subject = m_imageCacheDictionary.value(path).subject)
-            entry.insert(kSubjectKey, QVariantList{subject->x(), subject->y()});
-        stored.insert(path, entry);
+        if (it->subject)
+            entry.insert(kSubjectKey, QVariantList{it->subject->x(), it->subject->y()});
+        changed.insert(path, entry);
         qCInfo(lcTessary, "Saved image cache path: %s", qUtf8Printable(QFileInfo(path).fileName()));
     }
-    const bool ok = defaults.setObject(stored, Preferences::ImageCache);
+    const QSet<QString> dropped = m_inStore - kept;
+    const bool ok = defaults.setEntriesForKey(Preferences::ImageCache, changed, QStringList(dropped.cbegin(), dropped.cend()));
+    if (ok) {
+        m_inStore = kept;
+        for (auto it = changed.cbegin(); it != changed.cend(); ++it)
+            m_imageCacheDictionary[it.key()].fresh = false;
+        m_storePath = defaults.filePath();
+    }
     defaults.synchronize();
     qCInfo(lcTessary, "Finished saving image cache.");
     return ok;
 }
 
-QList<ImageCache::StoredEntry> ImageCache::storedEntries(const QVariantMap &map)
+std::optional<ImageCache::Entry> ImageCache::entryFromStored(const QVariant &stored)
 {
-    QList<StoredEntry> entries;
-    for (auto it = map.constBegin(); it != map.constEnd(); ++it) {
-        const QVariantMap entry = it.value().toMap();
-        const QVariant image = entry.value(QStringLiteral("image"));
-        const QVariant date = entry.value(QStringLiteral("date"));
-        // Entries without a date could never be refreshed, and copies saved before photos were
-        // turned upright by their orientation tag may lie on their side: the photo is simply
-        // decoded again when it is needed.
-        if (image.typeId() == QMetaType::QByteArray && date.typeId() == QMetaType::QDateTime
-            && entry.value(kUprightKey).toBool())
-        {
-            StoredEntry stored{it.key(), image.toByteArray(), date.toDateTime(), std::nullopt};
-            const QVariantList subject = entry.value(kSubjectKey).toList();
-            if (subject.size() == 2) {
-                const double x = subject.at(0).toDouble(), y = subject.at(1).toDouble();
-                if (x >= 0 && x <= 1 && y >= 0 && y <= 1)
-                    stored.subject = QPointF(x, y);
-            }
-            entries.append(stored);
-        }
+    const QVariantMap entry = stored.toMap();
+    const QVariant image = entry.value(QStringLiteral("image"));
+    const QVariant date = entry.value(QStringLiteral("date"));
+    // Entries without a date could never be refreshed, and copies saved before photos were
+    // turned upright by their orientation tag may lie on their side: the photo is simply
+    // decoded again when it is needed.
+    if (image.typeId() != QMetaType::QByteArray || date.typeId() != QMetaType::QDateTime || !entry.value(kUprightKey).toBool())
+        return std::nullopt;
+    Entry e;
+    e.tiff = image.toByteArray();
+    e.date = date.toDateTime();
+    e.image = UIImage::initWithTIFFRepresentation(e.tiff);
+    if (!e.image.isValid())
+        return std::nullopt;
+    const QVariantList subject = entry.value(kSubjectKey).toList();
+    if (subject.size() == 2) {
+        const double x = subject.at(0).toDouble(), y = subject.at(1).toDouble();
+        if (x >= 0 && x <= 1 && y >= 0 && y <= 1)
+            e.subject = QPointF(x, y);
     }
-    return entries;
+    return e;
 }
 
-ImageCache::Entry ImageCache::entryFromStored(const StoredEntry &stored)
-{
-    Entry entry{UIImage::initWithTIFFRepresentation(stored.tiff), stored.date, QString(), stored.subject};
-    if (!entry.subject && entry.image.isValid())
-        entry.subject = SmartCrop::subjectOf(entry.image.bestRepresentation());
-    return entry;
-}
-
-void ImageCache::restoreImageCacheFromUserDefaults(const UserDefaults &defaults)
+void ImageCache::restoreImageCacheFromUserDefaults(UserDefaults &defaults)
 {
     clear();
     qCInfo(lcTessary, "Restoring image cache...");
-    const QVariantMap record = defaults.dictionaryForKey(Preferences::ImageCache);
-    const QList<StoredEntry> stored = storedEntries(record);
-    const QList<Entry> entries = QtConcurrent::blockingMapped<QList<Entry>>(m_pool, stored, &ImageCache::entryFromStored);
-    for (qsizetype i = 0; i < stored.size(); ++i) {
-        if (entries.at(i).image.isValid())
-            m_imageCacheDictionary.insert(stored.at(i).path, entries.at(i));
+    // A record kept whole by an earlier version becomes one row per photo.
+    if (!defaults.splitIntoEntries(Preferences::ImageCache))
+        qCWarning(lcTessary, "The image cache could not be converted: %s", qPrintable(defaults.errorString()));
+    m_storePath = defaults.filePath();
+    m_stored = defaults.entrySizesForKey(Preferences::ImageCache);
+    for (auto it = m_stored.cbegin(); it != m_stored.cend(); ++it) {
+        m_inStore.insert(it.key());
+        logPath("Added path to cache: %1", it.key());
     }
-    for (const QString &path : record.keys())
-        logPath("Added path to cache: %1", path);
     qCInfo(lcTessary, "Finished restoring image cache.");
 }
 

@@ -37,7 +37,7 @@ std::optional<UIImage> ImageCacheLoader::imageForPath(const QString &path)
 void ImageCacheLoader::request(const QStringList &paths)
 {
     for (const QString &path : paths) {
-        if (!m_cache.contains(path))
+        if (!m_cache.isDecoded(path))
             start(path);
     }
 }
@@ -46,23 +46,27 @@ void ImageCacheLoader::start(const QString &path)
 {
     if (path.isEmpty() || m_loading.contains(path) || m_cache.hasFailedUnchanged(path))
         return;
-    launch(path, [path] { return ImageCache::makeEntry(path); });
+    // From the copy's bytes when the cache keeps them or the store has them, else from the file.
+    auto dropped = std::make_shared<std::atomic_bool>(false);
+    m_dropped.insert(path, dropped);
+    launch(path, [source = m_cache.sourceFor(path), dropped] {
+        return *dropped ? ImageCache::Entry() : ImageCache::makeEntry(source);
+    });
 }
 
-void ImageCacheLoader::restoreFromUserDefaults(const UserDefaults &defaults)
+void ImageCacheLoader::cancel(const QStringList &paths)
 {
-    m_cache.clear();
-    qCInfo(lcTessary, "Restoring image cache...");
-    const QList<ImageCache::StoredEntry> stored =
-        ImageCache::storedEntries(defaults.dictionaryForKey(Preferences::ImageCache));
-    for (const ImageCache::StoredEntry &entry : stored) {
-        if (m_loading.contains(entry.path))
-            continue;
-        m_restoring.insert(entry.path);
-        launch(entry.path, [entry] { return ImageCache::entryFromStored(entry); });
+    for (const QString &path : paths) {
+        if (const auto dropped = m_dropped.take(path))
+            *dropped = true;
+        m_loading.remove(path); // its watcher finds itself gone and only cleans up
     }
-    if (m_restoring.isEmpty())
-        qCInfo(lcTessary, "Finished restoring image cache.");
+}
+
+void ImageCacheLoader::restoreFromUserDefaults(UserDefaults &defaults)
+{
+    waitForAll();
+    m_cache.restoreImageCacheFromUserDefaults(defaults);
 }
 
 template <typename Make>
@@ -72,10 +76,11 @@ void ImageCacheLoader::launch(const QString &path, Make make)
     m_loading.insert(path, watcher);
     connect(watcher, &Watcher::finished, this, [this, watcher, path] {
         // A decoding that waitForAll already took in has no watcher entry any more.
+        watcher->deleteLater();
         if (m_loading.value(path) != watcher)
             return;
         m_loading.remove(path);
-        watcher->deleteLater();
+        m_dropped.remove(path);
         take(path, watcher->result());
         if (m_loading.isEmpty())
             emit idle();
@@ -85,16 +90,8 @@ void ImageCacheLoader::launch(const QString &path, Make make)
 
 void ImageCacheLoader::take(const QString &path, const ImageCache::Entry &entry)
 {
-    if (m_restoring.remove(path)) {
-        if (m_restoring.isEmpty())
-            qCInfo(lcTessary, "Finished restoring image cache.");
-        if (!entry.image.isValid()) {
-            start(path); // the stored copy is no picture: make it again from the file
-            return;
-        }
-    }
     m_cache.insertEntry(path, entry);
-    if (m_cache.contains(path))
+    if (m_cache.isDecoded(path))
         emit imageReady(path);
     else
         emit imageFailed(path);
@@ -103,7 +100,6 @@ void ImageCacheLoader::take(const QString &path, const ImageCache::Entry &entry)
 void ImageCacheLoader::waitForAll()
 {
     bool tookAny = false;
-    // Taking a stored copy that no longer decodes starts its file's decoding: wait for that too.
     while (!m_loading.isEmpty()) {
         const auto loading = m_loading;
         m_loading.clear();
@@ -111,6 +107,7 @@ void ImageCacheLoader::waitForAll()
             auto *watcher = static_cast<Watcher *>(it.value());
             watcher->waitForFinished();
             watcher->deleteLater();
+            m_dropped.remove(it.key());
             take(it.key(), watcher->result());
         }
         tookAny = true;

@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -32,19 +33,27 @@ public:
     ~ImageCacheLoader() override;
 
     ImageCache &cache() const { return m_cache; }
+    // The pool photos are decoded on (others that decode photos for the window share it, so
+    // the decoding never takes more threads than the cores).
+    QThreadPool *pool() const { return m_pool; }
 
     // The cached copy, or nothing: then the photo is being decoded (unless it failed before and
     // has not changed) and imageReady or imageFailed follows.
     std::optional<UIImage> imageForPath(const QString &path);
-    // Starts decoding every path that is neither cached, on its way, nor known to fail, in the
+    // Starts decoding every path that is neither decoded, on its way, nor known to fail, in the
     // order given (the pool takes them first come, first served).
     void request(const QStringList &paths);
-    // Brings back the copies saved at the last quit without waiting: they are decoded on the pool
-    // and join the cache one by one (imageReady for each), and a lookup meanwhile waits for the
-    // stored copy rather than decoding the photo file. A stored copy that no longer decodes is
+    // Learns which copies the last quit saved (ImageCache::restoreImageCacheFromUserDefaults):
+    // nothing is decoded until a photo is asked for, and then its stored copy is read and
+    // decoded on the pool rather than the photo file. A stored copy that no longer decodes is
     // made again from its file.
-    void restoreFromUserDefaults(const UserDefaults &defaults);
-    bool isRestoring() const { return !m_restoring.isEmpty(); }
+    void restoreFromUserDefaults(UserDefaults &defaults);
+
+    // Drops the decodings of the paths: one not started yet never runs, one running is let
+    // finish unseen; no signal follows for them (for rows scrolled out of view).
+    void cancel(const QStringList &paths);
+    // Drops every decoding under way, for quitting: nothing is waited for.
+    void cancelAll() { cancel(m_loading.keys()); }
 
     bool isLoading(const QString &path) const { return m_loading.contains(path); }
     qsizetype loadingCount() const { return m_loading.size(); }
@@ -63,7 +72,7 @@ private:
     // Runs `make` on the pool for the path and takes its entry in when it is done.
     template <typename Make>
     void launch(const QString &path, Make make);
-    // A finished entry joins the cache; true when the path's signals were sent.
+    // A finished entry joins the cache.
     void take(const QString &path, const ImageCache::Entry &entry);
 
     ImageCache &m_cache;
@@ -71,6 +80,6 @@ private:
     QThreadPool *m_pool;
     // Decodings under way, each with the watcher that brings its result back.
     QHash<QString, QObject *> m_loading;
-    // Paths whose stored copy is being decoded.
-    QSet<QString> m_restoring;
+    // Set to drop a decoding: the job looks at it when it starts.
+    QHash<QString, std::shared_ptr<std::atomic_bool>> m_dropped;
 };

@@ -110,7 +110,7 @@ TEST_F(MainWindowTest, QuitAndStartAgainRestoresTheCollage)
     HalvernDesktopController again(*defaults, Paths::resourcesFolder());
     MainWindow &w = again.mainWindow();
     TessaryView &view = w.tessaryView();
-    EXPECT_TRUE(view.imageCacheLoader().isRestoring()) << "the saved cache comes back";
+    EXPECT_GE(view.imageCache().count(), 49) << "the saved cache comes back";
     again.launch();
     ASSERT_TRUE(QTest::qWaitFor([&] { return !view.currentLayout().tiles.empty() && view.allTilesFilled(); }, 30000));
     EXPECT_GE(view.imageCache().count(), 49);

@@ -77,6 +77,36 @@ TEST_F(UserDefaultsTest, ImportIsAllOrNothing)
     EXPECT_EQ(d.integerForKey(QStringLiteral("kept")), 3);
 }
 
+// A dictionary kept one row per entry is written entry by entry, all or nothing, and every
+// other reader sees one dictionary under its key; a whole value written under the key replaces
+// the rows, and splitting turns it into rows again.
+TEST_F(UserDefaultsTest, DictionariesKeptAsRowsReadAsOneDictionary)
+{
+    UserDefaults d(path());
+    const QString key = QStringLiteral("image cache");
+    const auto entry = [](qint64 n) { return QVariantMap{{QStringLiteral("n"), n}}; };
+    ASSERT_TRUE(d.setEntriesForKey(key, {{QStringLiteral("a"), entry(1)}, {QStringLiteral("b"), entry(2)}}, {}));
+    ASSERT_TRUE(d.setEntriesForKey(key, {{QStringLiteral("c"), entry(3)}}, {QStringLiteral("a")}));
+    EXPECT_FALSE(d.setEntriesForKey(key, {{QStringLiteral("d"), entry(4)}, {QStringLiteral("e"), QVariant::fromValue(QPointF(1, 1))}},
+                                    {QStringLiteral("b")}));
+    const QVariantMap rows{{QStringLiteral("b"), entry(2)}, {QStringLiteral("c"), entry(3)}};
+    EXPECT_EQ(d.objectForKey(key), rows) << "the failed write changed nothing";
+    EXPECT_EQ(d.dictionaryRepresentation(), (QVariantMap{{key, rows}}));
+    EXPECT_EQ(d.entriesForKey(key, {QStringLiteral("c"), QStringLiteral("x")}), (QVariantMap{{QStringLiteral("c"), entry(3)}}));
+    EXPECT_EQ(UserDefaults::entriesInFile(path(), key, {QStringLiteral("b")}), (QVariantMap{{QStringLiteral("b"), entry(2)}}));
+
+    const QVariantMap whole{{QStringLiteral("w"), entry(5)}};
+    ASSERT_TRUE(d.setObject(whole, key));
+    EXPECT_EQ(d.objectForKey(key), whole);
+    EXPECT_TRUE(d.entrySizesForKey(key).isEmpty());
+    ASSERT_TRUE(d.splitIntoEntries(key));
+    EXPECT_EQ(d.entrySizesForKey(key).keys(), QList<QString>{QStringLiteral("w")});
+    EXPECT_EQ(d.objectForKey(key), whole);
+    ASSERT_TRUE(d.removeObject(key));
+    EXPECT_FALSE(d.hasObject(key));
+    EXPECT_TRUE(d.allKeys().isEmpty());
+}
+
 TEST_F(UserDefaultsTest, DamagedStoresAreMovedAsideAndReplaced)
 {
     const std::vector<std::pair<const char *, std::function<void(const QString &)>>> damages{

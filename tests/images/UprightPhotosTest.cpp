@@ -59,7 +59,7 @@ TEST(UprightPhotos, EveryOrientationIsReadUprightByEveryPath)
              cache.saveImageCacheToUserDefaults(defaults);
              ImageCache restored(&photos);
              restored.restoreImageCacheFromUserDefaults(defaults);
-             return restored.imageCacheDictionary().value(f).image;
+             return restored.getImageForPath(f);
          },
          upright},
     };

@@ -113,8 +113,8 @@ TEST_F(ImageCacheLoaderTest, WaitForAllTakesEveryDecodingIn)
     EXPECT_EQ(cache.count(), 6);
 }
 
-// The saved cache comes back without waiting: the stored copies join the cache by signal, a
-// lookup meanwhile waits for its stored copy instead of decoding the file, and a stored copy
+// The saved cache comes back without waiting: restoring reads no copy, a lookup then reads and
+// decodes its stored copy off the calling thread instead of the photo file, and a stored copy
 // that is no picture any more is made again from its file.
 TEST_F(ImageCacheLoaderTest, RestoresTheSavedCacheWithoutWaiting)
 {
@@ -127,23 +127,24 @@ TEST_F(ImageCacheLoaderTest, RestoresTheSavedCacheWithoutWaiting)
         cache.fillCache(photos.pickedPhotos());
         ASSERT_TRUE(cache.saveImageCacheToUserDefaults(defaults));
     }
-    QVariantMap record = defaults.dictionaryForKey(Preferences::ImageCache);
-    QVariantMap entry = record.value(spoiled).toMap();
+    QVariantMap entry = defaults.entriesForKey(Preferences::ImageCache, {spoiled}).value(spoiled).toMap();
     entry.insert(QStringLiteral("image"), QByteArray("no picture"));
-    record.insert(spoiled, entry);
-    ASSERT_TRUE(defaults.setObject(record, Preferences::ImageCache));
+    ASSERT_TRUE(defaults.setEntriesForKey(Preferences::ImageCache, {{spoiled, entry}}, {}));
 
     ImageCache cache(&photos);
     ImageCacheLoader loader(cache);
     QSignalSpy ready(&loader, &ImageCacheLoader::imageReady);
     loader.restoreFromUserDefaults(defaults);
-    EXPECT_TRUE(loader.isRestoring());
-    EXPECT_FALSE(loader.imageForPath(kept).has_value()) << "not decoded yet";
-    EXPECT_EQ(loader.loadingCount(), 2) << "the lookup waits for the stored copy";
+    EXPECT_EQ(cache.count(), 2);
+    EXPECT_EQ(loader.loadingCount(), 0) << "nothing read before it is asked for";
+    EXPECT_FALSE(loader.imageForPath(kept).has_value());
+    loader.request({spoiled});
+    EXPECT_EQ(loader.loadingCount(), 2);
     ASSERT_TRUE(QTest::qWaitFor([&] { return ready.count() == 2; }, 5000));
-    EXPECT_FALSE(loader.isRestoring());
     EXPECT_EQ(cache.imageCacheDictionary().value(kept).image.pixelSize(), QSize(40, 30));
-    EXPECT_EQ(cache.imageCacheDictionary().value(spoiled).image.pixelSize(), QSize(20, 10)) << "made again from the file";
+    EXPECT_FALSE(cache.imageCacheDictionary().value(kept).fresh) << "from the stored copy";
+    EXPECT_EQ(cache.imageCacheDictionary().value(spoiled).image.pixelSize(), QSize(20, 10));
+    EXPECT_TRUE(cache.imageCacheDictionary().value(spoiled).fresh) << "made again from the file";
 }
 
 } // namespace

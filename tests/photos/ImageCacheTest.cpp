@@ -1,10 +1,13 @@
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
+#include "images/CompressedTiff.h"
 #include "photos/ImageCache.h"
 #include "photos/TessaryViewDelegate.h"
 #include "support/LogCapture.h"
 
+#include <QBuffer>
 #include <QDir>
+#include <QImageReader>
 #include <QFile>
 #include <QImage>
 #include <QPainter>
@@ -12,6 +15,8 @@
 #include <QThreadPool>
 
 #include <gtest/gtest.h>
+
+#include <functional>
 
 namespace {
 
@@ -186,7 +191,11 @@ TEST_F(ImageCacheTest, FilesThatCannotBeReducedAreLoadedEachTime)
     EXPECT_TRUE(cache.contains(broken));
 }
 
-TEST_F(ImageCacheTest, StoredCacheRoundTrips)
+// The record keeps the design's form for every reader (a dictionary under "image cache" of
+// entries with TIFF bytes any TIFF reader decodes and a date), whether this version wrote it
+// (one row per photo) or an earlier one did (the whole dictionary in one value, uncompressed):
+// both come back without decoding a photo again, and the next save leaves compressed rows.
+TEST_F(ImageCacheTest, StoredRecordComesBackAndKeepsItsFormForReaders)
 {
     const QString a = makeImage(QStringLiteral("a.jpg"), {1600, 1200}, "JPEG");
     const QString b = makeImage(QStringLiteral("b.png"), {64, 48}, "PNG", Qt::red);
@@ -194,46 +203,99 @@ TEST_F(ImageCacheTest, StoredCacheRoundTrips)
     ImageCache cache(&delegate);
     cache.fillCache(delegate.photos);
     ASSERT_EQ(cache.count(), 2);
-    ASSERT_TRUE(cache.saveImageCacheToUserDefaults(*defaults));
-    // The cache in memory is still usable after saving.
-    EXPECT_TRUE(cache.getImageForPath(b).isValid());
-
+    const auto entry = [&](const QString &path, const QByteArray &tiff) {
+        return QVariantMap{{QStringLiteral("image"), tiff}, {QStringLiteral("date"), cache.cacheDateForPath(path)},
+                           {QStringLiteral("upright"), true}};
+    };
+    const auto uncompressed = [&](const QString &path) { return entry(path, cache.imageCacheDictionary().value(path).image.TIFFRepresentation()); };
     // Entries that cannot come back: bytes that are no image, an entry without a date, and a
     // copy saved before photos were turned upright (it may lie on its side).
-    QVariantMap stored = defaults->dictionaryForKey(Preferences::ImageCache);
-    ASSERT_EQ(stored.size(), 2);
-    EXPECT_EQ(stored.value(a).toMap().value(QStringLiteral("image")).typeId(), QMetaType::QByteArray);
-    stored.insert(QStringLiteral("/nowhere/junk.png"),
-                  QVariantMap{{QStringLiteral("image"), QByteArray("junk")}, {QStringLiteral("date"), QDateTime::currentDateTimeUtc()}});
-    stored.insert(QStringLiteral("/nowhere/undated.png"),
-                  QVariantMap{{QStringLiteral("image"), stored.value(b).toMap().value(QStringLiteral("image"))}});
-    QVariantMap sideways = stored.value(b).toMap();
+    QVariantMap earlier{{a, uncompressed(a)}, {b, uncompressed(b)}};
+    earlier.insert(QStringLiteral("/nowhere/junk.png"), entry(a, "junk"));
+    earlier.insert(QStringLiteral("/nowhere/undated.png"), QVariantMap{{QStringLiteral("image"), uncompressed(b).value("image")}});
+    QVariantMap sideways = uncompressed(b);
     sideways.remove(QStringLiteral("upright"));
-    stored.insert(QStringLiteral("/nowhere/sideways.png"), sideways);
-    defaults->setObject(stored, Preferences::ImageCache);
-
-    ImageCache restored(&delegate);
-    LogCapture log;
-    restored.restoreImageCacheFromUserDefaults(*defaults);
-    EXPECT_EQ(restored.count(), 2);
+    earlier.insert(QStringLiteral("/nowhere/sideways.png"), sideways);
+    const struct {
+        const char *writer;
+        std::function<void()> write;
+    } stores[] = {
+        {"this version", [&] { ASSERT_TRUE(cache.saveImageCacheToUserDefaults(*defaults)); }},
+        {"an earlier version", [&] { ASSERT_TRUE(defaults->setObject(earlier, Preferences::ImageCache)); }},
+    };
+    // The files no longer decode, under their old dates: only the stored copies can show them.
     for (const QString &path : {a, b}) {
-        const ImageCache::Entry got = restored.imageCacheDictionary().value(path);
-        const ImageCache::Entry was = cache.imageCacheDictionary().value(path);
-        EXPECT_EQ(got.image.pixelSize(), was.image.pixelSize());
-        EXPECT_EQ(got.date, was.date);
-        // The Smart alignment's subject was found once, when the entry was made, and kept.
-        ASSERT_TRUE(was.subject.has_value());
-        EXPECT_EQ(got.subject, was.subject);
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write("spoiled");
+        file.close();
+        setModified(path, cache.cacheDateForPath(path));
     }
-    EXPECT_EQ(restored.imageCacheDictionary().value(b).image.bestRepresentation().pixelColor(60, 40), QColor(Qt::red));
-    // Unchanged files are not rebuilt after a restart.
-    restored.getImageForPath(a);
-    EXPECT_TRUE(log.lines().filter(QStringLiteral("Updated path")).isEmpty());
-    EXPECT_TRUE(log.lines().filter(QStringLiteral("Removed path")).isEmpty());
+    for (const auto &store : stores) {
+        SCOPED_TRACE(store.writer);
+        ASSERT_TRUE(defaults->removeObject(Preferences::ImageCache));
+        store.write();
+        ImageCache restored(&delegate);
+        LogCapture log;
+        restored.restoreImageCacheFromUserDefaults(*defaults);
+        for (const QString &path : {a, b}) {
+            EXPECT_EQ(restored.getImageForPath(path).pixelSize(), cache.getImageForPath(path).pixelSize());
+            EXPECT_EQ(restored.cacheDateForPath(path), cache.cacheDateForPath(path));
+            // The Smart alignment's subject is found once, when the entry is made, and kept.
+            ASSERT_TRUE(cache.subjectForPath(path).has_value());
+            EXPECT_EQ(restored.subjectForPath(path), cache.subjectForPath(path));
+        }
+        const QColor red = restored.getImageForPath(b).bestRepresentation().pixelColor(60, 40);
+        EXPECT_LE(qAbs(red.red() - 255) + red.green() + red.blue(), 6) << "red, within what JPEG keeps";
+        EXPECT_TRUE(log.lines().filter(QStringLiteral("Updated path")).isEmpty());
+        ASSERT_TRUE(restored.saveImageCacheToUserDefaults(*defaults));
+
+        EXPECT_EQ(defaults->entrySizesForKey(Preferences::ImageCache).size(), 2) << "one row per photo, the rest dropped";
+        EXPECT_TRUE(defaults->allKeys().contains(Preferences::ImageCache));
+        const QVariantMap record = defaults->dictionaryForKey(Preferences::ImageCache);
+        ASSERT_EQ(record.keys(), (QList<QString>{a, b}));
+        for (const QString &path : {a, b}) {
+            const QVariantMap saved = record.value(path).toMap();
+            EXPECT_EQ(saved.value(QStringLiteral("date")).toDateTime(), cache.cacheDateForPath(path));
+            const QByteArray tiff = saved.value(QStringLiteral("image")).toByteArray();
+            EXPECT_TRUE(tiff.startsWith("II*") || tiff.startsWith("MM")) << "TIFF bytes";
+            EXPECT_TRUE(CompressedTiff::isCompressed(tiff));
+            QBuffer buffer;
+            buffer.setData(tiff);
+            QImageReader reader(&buffer, "tiff");
+            EXPECT_EQ(reader.read().size(), cache.getImageForPath(path).pixelSize()) << reader.errorString().toStdString();
+        }
+        // A photo of 1600 x 1200 at half a megapixel: a small fraction of its 2 MB of pixels.
+        EXPECT_LT(record.value(a).toMap().value(QStringLiteral("image")).toByteArray().size(), 150 * 1024);
+    }
 }
 
-// The store reads one value up to a fixed size: a record beyond it would never come back, so
-// saving stops short of it, keeping the photos of the current list first.
+// Decoded copies beyond the budget are let go, least recently used first, and decoded again
+// from their bytes (not the file) when needed; the photos the collage shows never are.
+TEST_F(ImageCacheTest, LettingCopiesGoNeverTouchesTheShownPhotos)
+{
+    for (int i = 0; i < 6; ++i)
+        delegate.photos.append(makeImage(QStringLiteral("p%1.png").arg(i), {300, 200}));
+    const QStringList shown = delegate.photos.mid(0, 2);
+    ImageCache cache(&delegate);
+    cache.setShownPaths(shown);
+    cache.setDecodedBudgetBytes(1); // nothing beyond what is shown and what was just made
+    cache.fillCache(shown);
+    for (const QString &path : delegate.photos) {
+        EXPECT_TRUE(cache.getImageForPath(path).isValid());
+        for (const QString &kept : shown)
+            EXPECT_TRUE(cache.cachedImageForPath(kept).has_value()) << "after " << path.toStdString();
+    }
+    EXPECT_FALSE(cache.isDecoded(delegate.photos.at(2)));
+    EXPECT_TRUE(cache.contains(delegate.photos.at(2)));
+    LogCapture log;
+    EXPECT_EQ(cache.getImageForPath(delegate.photos.at(2)).pixelSize(), QSize(300, 200));
+    EXPECT_TRUE(log.lines().filter(QStringLiteral("Added path")).isEmpty()) << "decoded from the kept bytes";
+    EXPECT_LE(cache.decodedBytes(), 3 * 300 * 200 * 4);
+}
+
+// Saving writes only the entries whose picture should come back, within a budget, keeping the
+// photos of the current list first.
 TEST_F(ImageCacheTest, StoredRecordStaysWithinItsBudget)
 {
     const QString a = makeImage(QStringLiteral("a.png"), {100, 100});
@@ -244,8 +306,8 @@ TEST_F(ImageCacheTest, StoredRecordStaysWithinItsBudget)
     cache.fillCache(delegate.photos);
     ASSERT_EQ(cache.count(), 3);
     delegate.photos = {b, c}; // a is still cached but no longer listed
-    const qint64 one = cache.imageCacheDictionary().value(a).image.TIFFRepresentation().size();
-    cache.setStoreBudgetBytes(2 * one + 1000);
+    const qint64 one = cache.imageCacheDictionary().value(a).tiff.size() + a.size() + 64;
+    cache.setStoreBudgetBytes(2 * one + 10);
     ASSERT_TRUE(cache.saveImageCacheToUserDefaults(*defaults));
     const QVariantMap stored = defaults->dictionaryForKey(Preferences::ImageCache);
     EXPECT_EQ(QStringList(stored.keys()), (QStringList{b, c}));
@@ -253,7 +315,6 @@ TEST_F(ImageCacheTest, StoredRecordStaysWithinItsBudget)
     cache.setStoreBudgetBytes(0);
     ASSERT_TRUE(cache.saveImageCacheToUserDefaults(*defaults));
     EXPECT_TRUE(defaults->dictionaryForKey(Preferences::ImageCache).isEmpty());
-    EXPECT_TRUE(defaults->hasObject(Preferences::ImageCache));
 }
 
 TEST_F(ImageCacheTest, RestoringNothingOrNotADictionaryAddsNothing)

@@ -212,7 +212,8 @@ void TessaryView::setTessaryBackgroundColor(const QColor &color)
 
 bool TessaryView::saveImageCacheToUserDefaults()
 {
-    d->loader.waitForAll();
+    // Quitting waits for no decoding: what is in the cache now is what is saved.
+    d->loader.cancelAll();
     return d->cache.saveImageCacheToUserDefaults(d->defaults);
 }
 
@@ -273,6 +274,14 @@ void TessaryView::applyLayout(CollageLayout layout)
     d->waiting.clear();
 
     d->layout = std::move(layout);
+    // The photos the tiles show keep their decoded copies in the cache, so a relayout never
+    // waits for them.
+    QStringList shown;
+    for (const TileLayout &tileLayout : d->layout.tiles) {
+        if (!tileLayout.placeholder)
+            shown.append(tileLayout.imagePath);
+    }
+    d->cache.setShownPaths(shown);
     d->document->setUpdatesEnabled(false);
     d->document->resize(d->layout.contentSize.toSize());
 

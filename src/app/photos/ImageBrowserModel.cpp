@@ -73,8 +73,19 @@ ImageBrowserModel::ImageBrowserModel(ImageBrowserController &controller, ImageCa
     connect(&m_controller, &ImageBrowserController::photoChanged, this, &ImageBrowserModel::photoChanged);
 }
 
+ImageBrowserModel::~ImageBrowserModel()
+{
+    // Thumbnails still queued return at once: nobody waits for them.
+    for (const auto &dropped : std::as_const(m_fromFile))
+        *dropped = true;
+}
+
 void ImageBrowserModel::photoChanged(const QString &path)
 {
+    if (const auto dropped = m_fromFile.take(path)) {
+        *dropped = true; // made from the file as it was
+        m_scaling.remove(path);
+    }
     m_thumbnails.remove(path);
     m_failed.remove(path);
     m_waiting.remove(path);
@@ -148,8 +159,55 @@ QPixmap ImageBrowserModel::thumbnail(int row) const
     return {};
 }
 
+void ImageBrowserModel::dropScrolledPast()
+{
+    if (!m_isRowVisible)
+        return;
+    for (auto it = m_fromFile.begin(); it != m_fromFile.end();) {
+        bool shown = false;
+        for (int row = 0; row < m_paths.size() && !shown; ++row)
+            shown = m_paths[row] == it.key() && m_isRowVisible(row);
+        if (shown) {
+            ++it;
+            continue;
+        }
+        *it.value() = true;
+        m_scaling.remove(it.key());
+        it = m_fromFile.erase(it);
+    }
+}
+
+void ImageBrowserModel::decodeThumbnail(const QString &path)
+{
+    m_scaling.insert(path);
+    auto dropped = std::make_shared<std::atomic_bool>(false);
+    m_fromFile.insert(path, dropped);
+    auto *watcher = new QFutureWatcher<QImage>(this);
+    connect(watcher, &QFutureWatcher<QImage>::finished, this, [this, watcher, path, dropped] {
+        watcher->deleteLater();
+        if (*dropped)
+            return;
+        m_fromFile.remove(path);
+        const QImage thumbnail = watcher->result();
+        if (!thumbnail.isNull()) {
+            thumbnailScaled(path, thumbnail);
+            return;
+        }
+        // The cache's loader decodes it the usual way and tells why it cannot be read.
+        m_scaling.remove(path);
+        if (const std::optional<UIImage> image = m_loader.imageForPath(path))
+            scale(path, image->bestRepresentation());
+        else
+            m_waiting.insert(path);
+    });
+    watcher->setFuture(QtConcurrent::run(m_loader.pool(), [path, dropped] {
+        return *dropped ? QImage() : UIImage::loadFileWithin(path, kThumbnailSide).image.bestRepresentation();
+    }));
+}
+
 void ImageBrowserModel::requestWanted()
 {
+    dropScrolledPast();
     const QSet<int> rows = std::exchange(m_wantedRows, {});
     for (int row : rows) {
         const QString path = m_paths.value(row);
@@ -158,10 +216,12 @@ void ImageBrowserModel::requestWanted()
             continue;
         if (m_loader.cache().hasFailedUnchanged(path)) {
             imageFailed(path);
-        } else if (const std::optional<UIImage> image = m_loader.imageForPath(path)) {
+        } else if (const std::optional<UIImage> image = m_loader.cache().cachedImageForPath(path)) {
             scale(path, image->bestRepresentation());
-        } else {
+        } else if (m_loader.isLoading(path)) {
             m_waiting.insert(path); // the loader is decoding it: imageArrived follows
+        } else {
+            decodeThumbnail(path);
         }
     }
 }

@@ -8,7 +8,9 @@
 #include <QStringList>
 #include <QTimer>
 
+#include <atomic>
 #include <functional>
+#include <memory>
 
 class ImageBrowserController;
 class ImageCacheLoader;
@@ -18,11 +20,13 @@ class ImageCacheLoader;
 // compared with the rows shown and the difference is announced as row signals (insert, remove,
 // move, changed rows), a reset only when the change is none of those.
 //
-// Thumbnails come from the image cache's copies, asked for only when a row is painted; a copy
-// the cache does not hold yet is decoded by the cache's loader once the row has stayed on
-// screen for a moment (so a fast scroll through a long list does not queue every photo it
-// passed), and the row is updated when it arrives. The copy is scaled down to thumbnail size on
-// a worker thread, never on this one.
+// Thumbnails come from the image cache's copies when it holds them decoded, asked for only when
+// a row is painted; otherwise the file itself is decoded at thumbnail size (a JPEG at its
+// smallest reduced scale, on the loader's threads) once the row has stayed on screen for a moment
+// (so a fast scroll through a long list does not queue every photo it passed), and the row is
+// updated when it arrives; rows scrolled out of view meanwhile are dropped. A file that cannot
+// be decoded so is handed to the cache's loader, which tells why. Copies are scaled down to
+// thumbnail size on a worker thread, never on this one.
 class ImageBrowserModel : public QAbstractListModel
 {
     Q_OBJECT
@@ -49,6 +53,7 @@ public:
     static Change changeBetween(const QStringList &before, const QStringList &after);
 
     ImageBrowserModel(ImageBrowserController &controller, ImageCacheLoader &loader, QObject *parent = nullptr);
+    ~ImageBrowserModel() override;
 
     int rowCount(const QModelIndex &parent = {}) const override;
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
@@ -80,6 +85,10 @@ private:
     // The photo's file changed on disk: its thumbnail is made again (or found unreadable).
     void photoChanged(const QString &path);
     void requestWanted();
+    // Makes the thumbnail straight from the file, at the reduced-decode floor.
+    void decodeThumbnail(const QString &path);
+    // Drops the thumbnails being made from files for rows no longer on screen.
+    void dropScrolledPast();
 
     ImageBrowserController &m_controller;
     ImageCacheLoader &m_loader;
@@ -93,4 +102,7 @@ private:
     mutable QTimer m_requestTimer;
     QSet<QString> m_failed;
     std::function<bool(int row)> m_isRowVisible;
+    // Thumbnails made from files (on the loader's pool, one thread per core), each with the
+    // flag that drops it.
+    QHash<QString, std::shared_ptr<std::atomic_bool>> m_fromFile;
 };
