@@ -74,11 +74,10 @@ TEST_F(PreferencesWindowTest, EachControlWritesItsKey)
     }
 }
 
-// Reset writes the eight reset values (also "CropResult", which has no control) and shows them;
-// "AlwaysZoomToFit" keeps its value.
+// Reset reaches the store (which values it writes is the preferences' own test) and the
+// controls show the reset values.
 TEST_F(PreferencesWindowTest, ResetWritesAndShowsTheResetValues)
 {
-    defaults->setBool(false, Preferences::AlwaysZoomToFit);
     PreferencesWindow window(*defaults, Paths::resourcesFolder());
     window.matchingMarginWidthSlider()->setValue(30);
     window.blendingMarginWidthSlider()->setValue(120);
@@ -86,41 +85,19 @@ TEST_F(PreferencesWindowTest, ResetWritesAndShowsTheResetValues)
     for (QCheckBox *box : {window.megapixelLimitCheckbox(), window.insetByCroppingCheckbox(),
                            window.uniformlyCropFitCheckbox(), window.uniformlyCropCheckbox()})
         box->setChecked(false);
-    defaults->setBool(true, Preferences::CropResult);
 
     window.findChild<QPushButton *>(QStringLiteral("resetPreferences"))->click();
-    Preferences prefs(*defaults);
+    EXPECT_EQ(defaults->integerForKey(Preferences::BlendingMarginWidth), 50);
     const struct {
         QSlider *slider;
-        const QString &key;
         int shown;
-    } sliders[] = {
-        {window.matchingMarginWidthSlider(), Preferences::MatchingMarginWidth, 0},
-        {window.blendingMarginWidthSlider(), Preferences::BlendingMarginWidth, 50},
-        {window.inputImageScalingSlider(), Preferences::InputImageScaling, 100},
-    };
-    for (const auto &c : sliders) {
-        EXPECT_EQ(c.slider->value(), c.shown) << qPrintable(c.key);
-        EXPECT_EQ(defaults->integerForKey(c.key), c.shown) << qPrintable(c.key);
-    }
-    EXPECT_EQ(prefs.matchingMarginWidth(), 0.0f);
-    const struct {
-        QCheckBox *box;
-        bool stored;
-        bool on;
-    } boxes[] = {
-        {window.megapixelLimitCheckbox(), prefs.megapixelLimit(), true},
-        {window.insetByCroppingCheckbox(), prefs.insetByCropping(), true},
-        {window.uniformlyCropCheckbox(), prefs.uniformlyCrop(), true},
-        {window.uniformlyCropFitCheckbox(), prefs.uniformlyCropFit(), true},
-    };
-    for (const auto &c : boxes) {
-        EXPECT_EQ(c.box->isChecked(), c.on) << qPrintable(c.box->objectName());
-        EXPECT_EQ(c.stored, c.on) << qPrintable(c.box->objectName());
-    }
-    EXPECT_FALSE(prefs.cropResult());
-    EXPECT_TRUE(defaults->hasObject(Preferences::AlwaysZoomToFit));
-    EXPECT_FALSE(prefs.alwaysZoomToFit());
+    } sliders[] = {{window.matchingMarginWidthSlider(), 0}, {window.blendingMarginWidthSlider(), 50},
+                   {window.inputImageScalingSlider(), 100}};
+    for (const auto &c : sliders)
+        EXPECT_EQ(c.slider->value(), c.shown) << qPrintable(c.slider->objectName());
+    for (QCheckBox *box : {window.megapixelLimitCheckbox(), window.insetByCroppingCheckbox(), window.uniformlyCropCheckbox(),
+                           window.uniformlyCropFitCheckbox()})
+        EXPECT_TRUE(box->isChecked()) << qPrintable(box->objectName());
 }
 
 // The help pictures are beside their controls (none beside the line that only informs); the

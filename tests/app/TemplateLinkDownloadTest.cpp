@@ -1,5 +1,6 @@
 #include "app/StallMeter.h"
 #include "foundation/PropertyList.h"
+#include "support/LoopbackHttpServer.h"
 #include "support/RecordingAlertPresenter.h"
 #include "templates/TemplateLinkInsertion.h"
 #include "templates/TemplateSelection.h"
@@ -14,14 +15,10 @@
 #include <QApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
-#include <QHostAddress>
 #include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
-#include <QTimer>
 #include <QVBoxLayout>
 
 #include <cstdio>
@@ -29,58 +26,6 @@
 using namespace TemplateTestData;
 
 namespace {
-
-// An HTTP server on 127.0.0.1 that answers every request after a pause: with the body, with a
-// 404, or never (the connection stays open and silent).
-class PausingHttpServer
-{
-public:
-    enum class Mode { Serve, NotFound, Silent };
-
-    PausingHttpServer()
-    {
-        m_server.listen(QHostAddress::LocalHost, 0);
-        QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] {
-            while (QTcpSocket *socket = m_server.nextPendingConnection()) {
-                QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] { read(socket); });
-                QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-            }
-        });
-    }
-    QUrl url(const QString &path) const
-    {
-        return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(path));
-    }
-
-    Mode mode = Mode::Serve;
-    QByteArray body;
-    int pauseMs = 0;
-    int requests = 0;
-
-private:
-    void read(QTcpSocket *socket)
-    {
-        QByteArray &request = m_requests[socket];
-        request += socket->readAll();
-        if (!request.contains("\r\n\r\n"))
-            return;
-        m_requests.remove(socket);
-        ++requests;
-        if (mode == Mode::Silent)
-            return;
-        const bool found = mode == Mode::Serve;
-        const QByteArray payload = found ? body : QByteArray("missing");
-        QTimer::singleShot(pauseMs, socket, [socket, found, payload] {
-            socket->write(QByteArray("HTTP/1.1 ") + (found ? "200 OK" : "404 Not Found")
-                          + "\r\nContent-Type: application/x-plist\r\nContent-Length: " + QByteArray::number(payload.size())
-                          + "\r\nConnection: close\r\n\r\n" + payload);
-            socket->disconnectFromHost();
-        });
-    }
-
-    QTcpServer m_server;
-    QHash<QTcpSocket *, QByteArray> m_requests;
-};
 
 class TemplateLinkDownloadTest : public AppFixture
 {
@@ -120,7 +65,7 @@ protected:
     std::unique_ptr<QWidget> window;
     TemplateTabView *tabs = nullptr;
     TemplateActions *actions = nullptr;
-    PausingHttpServer server;
+    LoopbackHttpServer server;
 };
 
 // The download runs behind its progress sheet while the window goes on: the call returns at
@@ -131,7 +76,7 @@ TEST_F(TemplateLinkDownloadTest, DownloadsWithoutFreezingTheWindow)
     enum class Cancel { No, Button, Escape };
     struct Case {
         const char *name;
-        PausingHttpServer::Mode mode;
+        LoopbackHttpServer::Mode mode;
         int pauseMs;
         Cancel cancel;
         bool inserted;
@@ -140,11 +85,11 @@ TEST_F(TemplateLinkDownloadTest, DownloadsWithoutFreezingTheWindow)
     const std::vector<double> unchanged{0, 1, 2};
     server.body = PropertyList::toBinary(file({makeTemplate(2, 42), makeTemplate(2, 43)}));
     // The cancelled downloads would be answered a moment later.
-    for (const Case &c : {Case{"success inserts before the selected row", PausingHttpServer::Mode::Serve, 150, Cancel::No, true, {0, 42, 43, 1, 2}},
-                          Case{"not found", PausingHttpServer::Mode::NotFound, 50, Cancel::No, false, unchanged},
-                          Case{"no answer ends at the time limit", PausingHttpServer::Mode::Silent, 0, Cancel::No, false, unchanged},
-                          Case{"cancel button", PausingHttpServer::Mode::Serve, 300, Cancel::Button, false, unchanged},
-                          Case{"escape cancels", PausingHttpServer::Mode::Serve, 300, Cancel::Escape, false, unchanged}}) {
+    for (const Case &c : {Case{"success inserts before the selected row", LoopbackHttpServer::Mode::Serve, 150, Cancel::No, true, {0, 42, 43, 1, 2}},
+                          Case{"not found", LoopbackHttpServer::Mode::NotFound, 50, Cancel::No, false, unchanged},
+                          Case{"no answer ends at the time limit", LoopbackHttpServer::Mode::Silent, 0, Cancel::No, false, unchanged},
+                          Case{"cancel button", LoopbackHttpServer::Mode::Serve, 300, Cancel::Button, false, unchanged},
+                          Case{"escape cancels", LoopbackHttpServer::Mode::Serve, 300, Cancel::Escape, false, unchanged}}) {
         SCOPED_TRACE(c.name);
         store->clearUserTemplates();
         store->addTemplatesFromDictionary(file({makeTemplate(1, 0), makeTemplate(1, 1), makeTemplate(1, 2)}));

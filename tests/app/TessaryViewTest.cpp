@@ -346,30 +346,4 @@ TEST_F(TessaryViewTest, AltDragPansAndCtrlWheelZoomsAPhotoInItsTile)
     EXPECT_TRUE(browser->framingAtIndex(0).isNull());
 }
 
-// A 7 x 7 collage of the factory photos, saved for a person to look at; each tile's centre
-// shows its photo, not the background.
-TEST_F(TessaryViewTest, ScreenshotOfTheFactoryCollage)
-{
-    view->setTessaryBackgroundColor(QColor(250, 250, 250));
-    browser->selectIndex(8);
-    bar->imageFrameStylePopUp()->setCurrentIndex(0);
-    ASSERT_TRUE(waitFilled());
-    QCoreApplication::processEvents();
-    const QImage shot = window->grab().toImage();
-    ASSERT_TRUE(shot.save(QStringLiteral(TESSARY_BINARY_DIR "/collage-7x7.png")));
-    for (const TileLayout &tile : view->currentLayout().tiles) {
-        const QPoint centre = tile.frame.center().toPoint() + view->documentView()->pos();
-        EXPECT_NE(shot.pixelColor(centre).rgb(), QColor(250, 250, 250).rgb()) << tile.tag;
-    }
-
-    // Turned left, then jumbled: the photos stay upright in their moved tiles.
-    bar->transformGroup()->button(CoordinateTransform::RotatedLeft)->click();
-    ASSERT_TRUE(waitFilled());
-    QCoreApplication::processEvents();
-    ASSERT_TRUE(window->grab().toImage().save(QStringLiteral(TESSARY_BINARY_DIR "/collage-7x7-rotated-left.png")));
-    bar->jumbleButton()->click();
-    QCoreApplication::processEvents();
-    ASSERT_TRUE(window->grab().toImage().save(QStringLiteral(TESSARY_BINARY_DIR "/collage-7x7-jumbled.png")));
-}
-
 } // namespace

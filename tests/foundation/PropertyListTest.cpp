@@ -72,14 +72,6 @@ TEST(PropertyList, EveryTypeRoundTripsThroughBothFormatsAndFiles)
     }
 }
 
-TEST(PropertyList, BinaryAndXmlOfTheSameContentReadEqual)
-{
-    const auto x = PropertyList::fromBytes(PropertyList::toXml(everyType()), QStringLiteral("x"));
-    const auto b = PropertyList::fromBytes(PropertyList::toBinary(everyType()), QStringLiteral("b"));
-    ASSERT_TRUE(x.ok() && b.ok());
-    expectSameTypes(x.value, b.value, QString());
-}
-
 TEST(PropertyList, HandWrittenXmlKeepsIntegerAndRealApart)
 {
     const QByteArray xml =

@@ -1,12 +1,10 @@
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 
-#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QPointF>
-#include <QTimeZone>
 
 #include <gtest/gtest.h>
 
@@ -20,33 +18,6 @@ protected:
     QTemporaryDir dir;
     QString path() const { return dir.filePath(QStringLiteral("defaults.sqlite")); }
 };
-
-TEST_F(UserDefaultsTest, EveryTypeSurvivesReopening)
-{
-    const QVariantMap values{
-        {QStringLiteral("dictionary"), QVariantMap{{QStringLiteral("a"), qint64(1)}, {QStringLiteral("b"), QVariantList{1.5, true}}}},
-        {QStringLiteral("array"), QVariantList{QStringLiteral("x"), QByteArray("\0y", 2)}},
-        {QStringLiteral("string"), QStringLiteral("Image Browser Seletion")},
-        {QStringLiteral("integer"), qint64(-12)},
-        {QStringLiteral("real"), 3.0},
-        {QStringLiteral("boolean"), false},
-        {QStringLiteral("data"), QByteArray("\xff\x00\x01", 3)},
-        {QStringLiteral("date"), QDateTime(QDate(2025, 6, 1), QTime(8, 30), QTimeZone::utc())},
-    };
-    {
-        UserDefaults d(path());
-        ASSERT_TRUE(d.isOpen()) << d.errorString().toStdString();
-        for (auto it = values.cbegin(); it != values.cend(); ++it)
-            ASSERT_TRUE(d.setObject(it.value(), it.key())) << d.errorString().toStdString();
-    }
-    UserDefaults d(path());
-    for (auto it = values.cbegin(); it != values.cend(); ++it) {
-        const QVariant stored = d.objectForKey(it.key());
-        EXPECT_EQ(stored, it.value()) << it.key().toStdString();
-        EXPECT_EQ(stored.typeId(), it.value().typeId()) << it.key().toStdString();
-    }
-    EXPECT_EQ(d.dictionaryRepresentation(), values);
-}
 
 TEST_F(UserDefaultsTest, AbsentKeysAndRemovalAndTypedReaders)
 {

@@ -1,5 +1,5 @@
 // Checks the pictures and the sound that the build generates into the resources folder: every
-// file the application looks up is there, decodes, and has sensible dimensions and content.
+// file the application looks up is there, decodes, and has sensible dimensions.
 #include <QDir>
 #include <QFile>
 #include <QImage>
@@ -23,21 +23,6 @@ QString resourcesFolder()
 QString resource(const QString &name)
 {
     return QDir(resourcesFolder()).filePath(name);
-}
-
-// Decodes at a fraction of the size where the format allows it (JPEG scales while decoding),
-// which keeps these checks fast on multi-megapixel files.
-QImage decodeSmall(const QString &path, QSize *fullSize = nullptr, QByteArray *format = nullptr)
-{
-    QImageReader reader(path);
-    if (fullSize)
-        *fullSize = reader.size();
-    if (format)
-        *format = reader.format();
-    const QSize size = reader.size();
-    if (size.width() > 400)
-        reader.setScaledSize(size / (size.width() / 200));
-    return reader.read();
 }
 
 struct PictureCase
@@ -92,21 +77,6 @@ INSTANTIATE_TEST_SUITE_P(
         return QString::fromLatin1(info.param.name).replace(QLatin1Char('.'), QLatin1Char('_')).toStdString();
     });
 
-TEST(PictureResources, PlaceholderIsSquareAndNeutral)
-{
-    const QImage image(resource(QStringLiteral("defaultImage.png")));
-    ASSERT_FALSE(image.isNull());
-    EXPECT_EQ(image.width(), image.height());
-    // A light grey tile: every pixel nearly colourless and light.
-    for (int y = 0; y < image.height(); y += 7) {
-        for (int x = 0; x < image.width(); x += 7) {
-            const QColor c = image.pixelColor(x, y);
-            ASSERT_LT(std::max({c.red(), c.green(), c.blue()}) - std::min({c.red(), c.green(), c.blue()}), 16) << x << "," << y;
-            ASSERT_GT(c.lightness(), 140) << x << "," << y;
-        }
-    }
-}
-
 enum class Shape { Landscape43, Landscape32, Portrait, Square, Panorama, Other };
 
 Shape shapeOf(QSize s)
@@ -120,87 +90,6 @@ Shape shapeOf(QSize s)
     return Shape::Other;
 }
 
-// Mean luminance spread, and how much neighbouring pixels differ relative to that spread:
-// a photo has a large spread but smooth neighbourhoods; for pure noise the second is
-// about 1.13 (the mean difference of two independent normal samples over their deviation).
-struct Texture { double spread; double roughness; };
-
-Texture textureOf(const QImage &image)
-{
-    const QImage g = image.convertToFormat(QImage::Format_Grayscale8);
-    double sum = 0, sumSq = 0, diff = 0;
-    const int w = g.width(), h = g.height();
-    for (int y = 0; y < h; ++y) {
-        const uchar *line = g.constScanLine(y);
-        for (int x = 0; x < w; ++x) {
-            sum += line[x];
-            sumSq += double(line[x]) * line[x];
-            if (x > 0)
-                diff += std::abs(int(line[x]) - int(line[x - 1]));
-        }
-    }
-    const double n = double(w) * h;
-    const double spread = std::sqrt(std::max(0.0, sumSq / n - (sum / n) * (sum / n)));
-    return {spread, diff / (double(w - 1) * h) / std::max(1.0, spread)};
-}
-
-struct PhotoSet
-{
-    QString prefix;
-    int count;
-    double minMegapixels;
-    double maxMegapixels;
-};
-
-void PrintTo(const PhotoSet &s, std::ostream *os)
-{
-    *os << qPrintable(s.prefix);
-}
-
-class PhotoResources : public ::testing::TestWithParam<PhotoSet> {};
-
-TEST_P(PhotoResources, AreJpegPhotosOfTheRightSizeThatLookLikePhotos)
-{
-    const PhotoSet set = GetParam();
-    std::vector<QImage> thumbnails;
-    for (int i = 0; i < set.count; ++i) {
-        const QString name = QStringLiteral("%1-%2.jpg").arg(set.prefix).arg(i);
-        QSize size;
-        QByteArray format;
-        const QImage small = decodeSmall(resource(name), &size, &format);
-        ASSERT_FALSE(small.isNull()) << qPrintable(name);
-        EXPECT_EQ(format, "jpeg") << qPrintable(name);
-        const double mp = double(size.width()) * size.height() / 1e6;
-        EXPECT_GE(mp, set.minMegapixels) << qPrintable(name);
-        EXPECT_LE(mp, set.maxMegapixels) << qPrintable(name);
-        EXPECT_NE(shapeOf(size), Shape::Other) << qPrintable(name) << " " << size.width() << "x" << size.height();
-        const Texture t = textureOf(small);
-        EXPECT_GT(t.spread, 12.0) << qPrintable(name) << " is nearly flat";
-        EXPECT_LT(t.roughness, 0.9) << qPrintable(name) << " looks like noise";
-        thumbnails.push_back(small.scaled(12, 12, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
-                                 .convertToFormat(QImage::Format_RGB32));
-    }
-    // No two pictures of a set are the same picture.
-    for (size_t a = 0; a < thumbnails.size(); ++a) {
-        for (size_t b = a + 1; b < thumbnails.size(); ++b) {
-            if (thumbnails[a].size() != thumbnails[b].size())
-                continue;
-            long distance = 0;
-            for (int y = 0; y < 12; ++y)
-                for (int x = 0; x < 12; ++x) {
-                    const QRgb p = thumbnails[a].pixel(x, y), q = thumbnails[b].pixel(x, y);
-                    distance += std::abs(qRed(p) - qRed(q)) + std::abs(qGreen(p) - qGreen(q)) + std::abs(qBlue(p) - qBlue(q));
-                }
-            EXPECT_GT(distance, 12 * 12 * 3 * 4) << qPrintable(set.prefix) << " " << a << " and " << b << " look alike";
-        }
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Resources, PhotoResources,
-                         ::testing::Values(PhotoSet{QStringLiteral("images"), 49, 1.4, 6.1},
-                                           PhotoSet{QStringLiteral("flower"), 9, 1.0, 6.1}),
-                         [](const auto &info) { return info.param.prefix.toStdString(); });
-
 TEST(PhotoResources, FactoryPhotosMixEveryShape)
 {
     std::map<Shape, int> counts;
@@ -210,7 +99,7 @@ TEST(PhotoResources, FactoryPhotosMixEveryShape)
         EXPECT_GE(counts[s], 4) << "shape " << int(s);
 }
 
-TEST(SoundResource, HarpIsAShortPluckedChordInAiff)
+TEST(SoundResource, HarpIsAShortAiff)
 {
     // The layout of the writer's files (FORM, an 18-byte COMM, then SSND with its 8 bytes of
     // offset and block size) is pinned by the writer's own tests; here the header's numbers.
@@ -232,25 +121,6 @@ TEST(SoundResource, HarpIsAShortPluckedChordInAiff)
     const double seconds = frames / 44100.0;
     EXPECT_GE(seconds, 1.5);
     EXPECT_LE(seconds, 2.5);
-    std::vector<qint16> s;
-    for (qsizetype i = 54; i < data.size(); i += 2)
-        s.push_back(qFromBigEndian<qint16>(d + i));
-
-    // Loud but not clipped; it starts softly (no click), is loudest early (a pluck, not a
-    // swell) and has died away by the end.
-    auto peakOf = [&](size_t from, size_t to) {
-        int peak = 0;
-        for (size_t i = from; i < to && i < s.size(); ++i)
-            peak = std::max(peak, std::abs(int(s[i])));
-        return peak;
-    };
-    const size_t n = s.size();
-    const int peak = peakOf(0, n);
-    EXPECT_GT(peak, 8000);
-    EXPECT_LT(peak, 32767);
-    EXPECT_LT(std::abs(int(s[0])), 500);
-    EXPECT_GT(peakOf(0, n / 3), peakOf(2 * n / 3, n));
-    EXPECT_LT(peakOf(n - size_t(channels) * 100, n), 300);
 }
 
 TEST(GeneratedResources, AreTheSameBytesOnEveryRun)

@@ -59,10 +59,7 @@ TEST(AdjustmentsPanelScreenshot, PanelAndItsPreview)
     ASSERT_TRUE(QTest::qWaitFor([&] {
         return !panel.isPreviewing() && !spy.isEmpty() && spy.last().at(1).value<PhotoAdjustments>() == wanted;
     }, 10000));
-    QTest::qWait(300); // let the last paints reach the server
-
-    const QRect frame = panel.frameGeometry();
-    const QImage shot = panel.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();
+    const QImage shot = grabScreenArea(panel.frameGeometry());
     ASSERT_FALSE(shot.isNull());
     saveScreenshotImage(shot, "adjustments-panel");
 

@@ -1,5 +1,4 @@
-#include "AppFixture.h"
-#include "ScreenGrab.h"
+#include "MainWindowScreenFixture.h"
 
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
@@ -25,40 +24,14 @@ namespace {
 // The tile sheet, the progress sheet during a blend and a blended picture, as the screen shows
 // them. The blend joins three overlapping pieces cut from one factory photo, so the picture
 // must come back whole and seamless.
-class BlendScreenshotTest : public AppFixture
+class BlendScreenshotTest : public MainWindowScreenFixture
 {
 protected:
     void SetUp() override
     {
-        AppFixture::SetUp();
-        defaults->setBool(true, Preferences::DoNotShowWelcomeWindowAgain);
-        QDesktopServices::setUrlHandler(QStringLiteral("https"), &m_links, "open");
-        controller = std::make_unique<HalvernDesktopController>(*defaults, Paths::resourcesFolder());
-        controller->mainWindow().resize(1400, 900);
-        controller->launch();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&controller->mainWindow(), 10000));
+        MainWindowScreenFixture::SetUp();
         controller->tileAndBlendActions().setTemporaryFolder(dir.filePath(QStringLiteral("tmp")));
     }
-    void TearDown() override
-    {
-        controller.reset();
-        QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
-        AppFixture::TearDown();
-    }
-    QImage grabMainWindow()
-    {
-        QTest::qWait(300); // let the last paints reach the server
-        MainWindow &w = controller->mainWindow();
-        const QRect frame = w.frameGeometry();
-        return w.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();
-    }
-    void save(const QImage &image, const char *name)
-    {
-        saveScreenshotImage(image, name);
-    }
-
-    QObject m_links;
-    std::unique_ptr<HalvernDesktopController> controller;
 };
 
 TEST_F(BlendScreenshotTest, TileSheet)
@@ -102,36 +75,6 @@ TEST_F(BlendScreenshotTest, BlendingAPanoramaCutInPieces)
     save(picture.scaledToWidth(1400, Qt::SmoothTransformation), "blended-panorama");
 }
 
-// Photos of different scenes and shapes (landscape 3:2, portrait 3:4, square, wide 16:9),
-// brought to one height and feathered into each other over the blending margin, with no gap.
-TEST_F(BlendScreenshotTest, BlendingPhotosOfMixedShapes)
-{
-    defaults->setInteger(120, Preferences::BlendingMarginWidth);
-    const struct {
-        const char *name;
-        QSize shape;
-    } photos[] = {{"images-0.jpg", {3, 2}}, {"images-13.jpg", {3, 4}}, {"images-17.jpg", {1, 1}}, {"images-5.jpg", {16, 9}}};
-    QStringList paths;
-    for (const auto &p : photos) {
-        const QImage photo(QDir(Paths::resourcesFolder()).filePath(QLatin1String(p.name)));
-        ASSERT_FALSE(photo.isNull());
-        const QSize size = p.shape.scaled(photo.size(), Qt::KeepAspectRatio);
-        paths.append(dir.filePath(QStringLiteral("shape-%1").arg(QLatin1String(p.name))));
-        ASSERT_TRUE(photo.copy(QRect(QPoint((photo.width() - size.width()) / 2, (photo.height() - size.height()) / 2), size))
-                        .save(paths.last(), "JPG", 95));
-    }
-    ImageBrowserController &browser = controller->imageBrowserController();
-    browser.clearImages();
-    browser.addImagesWithPaths(paths);
-    TileAndBlendActions &blending = controller->tileAndBlendActions();
-    QSignalSpy finished(&blending, &TileAndBlendActions::blendFinished);
-    blending.stitchLeftToRight();
-    ASSERT_TRUE(finished.wait(60000));
-    const QImage picture = finished.first().first().value<QImage>();
-    ASSERT_FALSE(picture.isNull());
-    save(picture.scaledToWidth(1400, Qt::SmoothTransformation), "blended-mixed-shapes");
-}
-
 // Abort during a long blend: the sheet goes at once, the work stops, and no result comes.
 TEST_F(BlendScreenshotTest, WindowAfterAbort)
 {
@@ -156,26 +99,6 @@ TEST_F(BlendScreenshotTest, WindowAfterAbort)
     save(grabMainWindow(), "window-after-abort");
     EXPECT_TRUE(finished.isEmpty());
     EXPECT_FALSE(controller->resultWindow().isVisible());
-}
-
-// Photos of different scenes, brought to one size and feathered into each other over the
-// blending margin, from the bottom up.
-TEST_F(BlendScreenshotTest, BlendingDifferentPhotos)
-{
-    defaults->setInteger(200, Preferences::BlendingMarginWidth);
-    ImageBrowserController &browser = controller->imageBrowserController();
-    QStringList photos;
-    for (const char *name : {"images-0.jpg", "images-13.jpg", "images-17.jpg"})
-        photos.append(QDir(Paths::resourcesFolder()).filePath(QLatin1String(name)));
-    browser.clearImages();
-    browser.addImagesWithPaths(photos);
-    TileAndBlendActions &blending = controller->tileAndBlendActions();
-    QSignalSpy finished(&blending, &TileAndBlendActions::blendFinished);
-    blending.stitchBottomToTop();
-    ASSERT_TRUE(finished.wait(60000));
-    const QImage picture = finished.first().first().value<QImage>();
-    ASSERT_FALSE(picture.isNull());
-    save(picture.scaledToHeight(1000, Qt::SmoothTransformation), "blended-bottom-to-top");
 }
 
 } // namespace

@@ -59,11 +59,7 @@ protected:
     // What the screen shows of the window (and of any window beside it, given in `also`).
     QImage grab(const QWidget *also = nullptr)
     {
-        QTest::qWait(300); // let the last paints reach the server
-        QRect area = editor->frameGeometry();
-        if (also)
-            area = area.united(also->frameGeometry());
-        return editor->screen()->grabWindow(0, area.x(), area.y(), area.width(), area.height()).toImage();
+        return grabScreenArea(also ? editor->frameGeometry().united(also->frameGeometry()) : editor->frameGeometry());
     }
     QString save(const QImage &image, const char *name)
     {

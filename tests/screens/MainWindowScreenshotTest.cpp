@@ -1,5 +1,4 @@
-#include "AppFixture.h"
-#include "ScreenGrab.h"
+#include "MainWindowScreenFixture.h"
 
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
@@ -29,45 +28,20 @@ namespace {
 // The windows as the X server shows them: each screenshot is grabbed from the screen (so
 // sheets and windows on top are in it), saved into the build folder for people to look at,
 // and checked against the layout the window computed.
-class MainWindowScreenshotTest : public AppFixture
+class MainWindowScreenshotTest : public MainWindowScreenFixture
 {
 protected:
+    MainWindowScreenshotTest() { showWelcome = true; }
     void SetUp() override
     {
-        AppFixture::SetUp();
-        // Links and the help page are recorded, never opened in a real browser.
-        QDesktopServices::setUrlHandler(QStringLiteral("https"), &m_links, "open");
-        QDesktopServices::setUrlHandler(QStringLiteral("file"), &m_links, "open");
-        controller = std::make_unique<HalvernDesktopController>(*defaults, Paths::resourcesFolder());
-        controller->launch();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&controller->mainWindow(), 10000));
-        controller->mainWindow().resize(1400, 900);
+        MainWindowScreenFixture::SetUp();
         ASSERT_TRUE(waitForTiles());
-    }
-    void TearDown() override
-    {
-        controller.reset();
-        QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
-        QDesktopServices::unsetUrlHandler(QStringLiteral("file"));
-        AppFixture::TearDown();
     }
 
     TessaryView &view() const { return controller->mainWindow().tessaryView(); }
     bool waitForTiles()
     {
         return QTest::qWaitFor([&] { return !view().currentLayout().tiles.empty() && view().allTilesFilled(); }, 30000);
-    }
-    // What the screen shows of the main window and everything on top of it.
-    QImage grabMainWindow()
-    {
-        QTest::qWait(300); // let the last paints reach the server
-        MainWindow &w = controller->mainWindow();
-        const QRect frame = w.frameGeometry();
-        return w.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();
-    }
-    QString save(const QImage &image, const char *name)
-    {
-        return saveScreenshotImage(image, name);
     }
     // A point of the collage's document view in the grabbed picture of the main window.
     QPoint inGrab(const QPointF &documentPoint) const
@@ -122,8 +96,6 @@ protected:
         return checked;
     }
 
-    QObject m_links;
-    std::unique_ptr<HalvernDesktopController> controller;
 };
 
 // First start: the factory photos in the 7 x 7 template, the welcome sheet on top, the first
@@ -232,9 +204,7 @@ TEST_F(MainWindowScreenshotTest, PreferencesWindow)
     controller->mainWindow().action(QStringLiteral("preferences"))->trigger();
     PreferencesWindow &prefs = controller->preferencesWindow();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&prefs, 5000));
-    QTest::qWait(300);
-    const QRect frame = prefs.frameGeometry();
-    const QImage grab = prefs.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();
+    const QImage grab = grabFrame(prefs);
     save(grab, "preferences-window");
     // The window is drawn (not a blank rectangle): many distinct colours, from the pictures.
     QSet<QRgb> colours;

@@ -1,5 +1,4 @@
-#include "AppFixture.h"
-#include "ScreenGrab.h"
+#include "MainWindowScreenFixture.h"
 #include "support/FaultFolder.h"
 
 #include "app/collage/CollageMaker.h"
@@ -31,37 +30,15 @@ namespace {
 
 // The collage of the factory photos made from the menu, as the X server shows the please-wait
 // window, the result window and its save dialog.
-class ResultWindowScreenshotTest : public AppFixture
+class ResultWindowScreenshotTest : public MainWindowScreenFixture
 {
 protected:
     void SetUp() override
     {
-        AppFixture::SetUp();
-        defaults->setBool(true, Preferences::DoNotShowWelcomeWindowAgain);
-        controller = std::make_unique<HalvernDesktopController>(*defaults, Paths::resourcesFolder());
-        controller->mainWindow().resize(1400, 900);
-        controller->launch();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&controller->mainWindow(), 10000));
+        MainWindowScreenFixture::SetUp();
         TessaryView &view = controller->mainWindow().tessaryView();
         ASSERT_TRUE(QTest::qWaitFor([&] { return !view.currentLayout().tiles.empty() && view.allTilesFilled(); }, 30000));
     }
-    void TearDown() override
-    {
-        controller.reset();
-        AppFixture::TearDown();
-    }
-    static QImage grabFrame(QWidget &w)
-    {
-        QTest::qWait(300); // let the last paints reach the server
-        const QRect frame = w.frameGeometry();
-        return w.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();
-    }
-    static void save(const QImage &image, const char *name)
-    {
-        saveScreenshotImage(image, name);
-    }
-
-    std::unique_ptr<HalvernDesktopController> controller;
 };
 
 TEST_F(ResultWindowScreenshotTest, CollageOfTheFactoryPhotos)
@@ -153,8 +130,7 @@ TEST_F(ResultWindowScreenshotTest, SaveQuestionAndFailedSaveAlert)
     }, 10000));
     ASSERT_TRUE(QTest::qWaitForWindowExposed(alert, 5000));
     const QRect both = window.frameGeometry().united(alert->frameGeometry());
-    QTest::qWait(300);
-    save(window.screen()->grabWindow(0, both.x(), both.y(), both.width(), both.height()).toImage(), "result-save-failed-alert");
+    save(grabScreenArea(both), "result-save-failed-alert");
     alert->done(0);
 }
 

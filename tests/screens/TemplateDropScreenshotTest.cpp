@@ -1,5 +1,4 @@
-#include "AppFixture.h"
-#include "ScreenGrab.h"
+#include "MainWindowScreenFixture.h"
 
 #include "app/HalvernDesktopController.h"
 #include "app/MainWindow.h"
@@ -30,49 +29,25 @@ namespace {
 
 // "My Templates" in the real main window while a template is dragged over it, and the link
 // download's progress sheet on the window: grabbed from the screen as a person sees them.
-class TemplateDropScreenshotTest : public AppFixture
+class TemplateDropScreenshotTest : public MainWindowScreenFixture
 {
 protected:
     void SetUp() override
     {
-        AppFixture::SetUp();
-        QDesktopServices::setUrlHandler(QStringLiteral("https"), &m_links, "open");
-        controller = std::make_unique<HalvernDesktopController>(*defaults, Paths::resourcesFolder());
-        controller->mainWindow().resize(1400, 900);
-        controller->launch();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&controller->mainWindow(), 10000));
-        if (QWidget *sheet = controller->mainWindow().findChild<WelcomeSheet *>())
-            sheet->close();
+        MainWindowScreenFixture::SetUp();
         // Five built-in templates copied into "My Templates", shown in their tab.
         TemplateStore &store = view().templateStore();
         store.insertTemplates(store.builtInTemplates().mid(40, 5), 0);
         tabs().setCurrentTable(TemplateTable::User);
         ASSERT_TRUE(QTest::qWaitFor([&] { return tabs().model(TemplateTable::User)->pendingThumbnails() == 0; }, 10000));
     }
-    void TearDown() override
-    {
-        controller.reset();
-        QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
-        AppFixture::TearDown();
-    }
 
     TessaryView &view() const { return controller->mainWindow().tessaryView(); }
     TemplateTabView &tabs() const { return controller->mainWindow().templateTabView(); }
     TemplateTableView &table(TemplateTable t) const { return *tabs().pane(t)->templateTableView(); }
-    QImage grabMainWindow()
-    {
-        QTest::qWait(300); // let the last paints reach the server
-        MainWindow &w = controller->mainWindow();
-        const QRect frame = w.frameGeometry();
-        return w.screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();
-    }
     QPoint inGrab(QWidget *widget, const QPoint &point) const
     {
         return widget->mapToGlobal(point) - controller->mainWindow().frameGeometry().topLeft();
-    }
-    void save(const QImage &image, const char *name)
-    {
-        saveScreenshotImage(image, name);
     }
     // Holds a drag over the user table at the point, without letting go.
     void hover(QMimeData *data, const QPoint &at)
@@ -90,8 +65,6 @@ protected:
         QApplication::sendEvent(table(TemplateTable::User).viewport(), &leaving);
     }
 
-    QObject m_links;
-    std::unique_ptr<HalvernDesktopController> controller;
 };
 
 // A built-in template held between rows 2 and 3 shows a line in the gap; a row of "My

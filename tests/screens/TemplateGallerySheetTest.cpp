@@ -1,5 +1,4 @@
-#include "AppFixture.h"
-#include "ScreenGrab.h"
+#include "MainWindowScreenFixture.h"
 
 #include "app/HalvernDesktopController.h"
 #include "app/templates/LoadFileSheet.h"
@@ -9,6 +8,7 @@
 #include "app/templates/TemplateGalleryWindow.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
+#include "support/LoopbackHttpServer.h"
 #include "support/RecordingAlertPresenter.h"
 #include "templates/TemplateGallery.h"
 #include "templates/TemplateStore.h"
@@ -19,13 +19,10 @@
 #include <QDialog>
 #include <QDir>
 #include <QFile>
-#include <QHostAddress>
 #include <QPushButton>
 #include <QScreen>
 #include <QSignalSpy>
 #include <QSlider>
-#include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
 #include <QWebEngineLoadingInfo>
 #include <QWebEnginePage>
@@ -35,55 +32,6 @@
 #include <map>
 
 namespace {
-
-// A small HTTP server on 127.0.0.1 with a few routes; everything else is a 404. It runs on the
-// test's event loop.
-class RouteServer
-{
-public:
-    RouteServer()
-    {
-        m_server.listen(QHostAddress::LocalHost, 0);
-        QObject::connect(&m_server, &QTcpServer::newConnection, &m_server, [this] {
-            while (QTcpSocket *socket = m_server.nextPendingConnection()) {
-                QObject::connect(socket, &QTcpSocket::readyRead, socket, [this, socket] { answer(socket); });
-                QObject::connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-            }
-        });
-    }
-    QUrl url(const QString &pathAndQuery) const
-    {
-        return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(pathAndQuery));
-    }
-    void route(const QByteArray &path, const QByteArray &type, const QByteArray &body) { m_routes[path] = {type, body}; }
-    QList<QByteArray> requested;
-
-private:
-    void answer(QTcpSocket *socket)
-    {
-        QByteArray &pending = m_pending[socket];
-        pending += socket->readAll();
-        if (!pending.contains("\r\n\r\n"))
-            return;
-        const QByteArray target = pending.split(' ').value(1);
-        m_pending.remove(socket);
-        const QByteArray path = target.split('?').value(0);
-        requested.append(target);
-        if (path == "/silent")
-            return; // never answered: the client's time-out ends it
-        const auto it = m_routes.find(path);
-        const QByteArray status = it != m_routes.end() ? "200 OK" : "404 Not Found";
-        const QByteArray type = it != m_routes.end() ? it->second.first : "text/plain";
-        const QByteArray body = it != m_routes.end() ? it->second.second : "missing";
-        socket->write("HTTP/1.1 " + status + "\r\nContent-Type: " + type + "\r\nContent-Length: "
-                      + QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" + body);
-        socket->disconnectFromHost();
-    }
-
-    QTcpServer m_server;
-    std::map<QByteArray, std::pair<QByteArray, QByteArray>> m_routes;
-    QHash<QTcpSocket *, QByteArray> m_pending;
-};
 
 QVariant evaluate(QWebEnginePage *page, const QString &script)
 {
@@ -112,23 +60,10 @@ QByteArray bundledSet(const QString &fileName)
 
 // The gallery as a person meets it: the sheet on the real main window, under a real X server,
 // with the web engine running the page.
-class TemplateGallerySheetTest : public AppFixture
+class TemplateGallerySheetTest : public MainWindowScreenFixture
 {
 protected:
-    void SetUp() override
-    {
-        AppFixture::SetUp();
-        defaults->setBool(true, Preferences::DoNotShowWelcomeWindowAgain);
-        controller = std::make_unique<HalvernDesktopController>(*defaults, Paths::resourcesFolder());
-        controller->mainWindow().resize(1300, 860);
-        controller->launch();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&controller->mainWindow(), 10000));
-    }
-    void TearDown() override
-    {
-        controller.reset();
-        AppFixture::TearDown();
-    }
+    TemplateGallerySheetTest() { windowSize = QSize(1300, 860); }
 
     // The gallery sheet, opened once so that the plugin is loaded.
     TemplateGalleryWindow &gallery()
@@ -158,8 +93,6 @@ protected:
         ASSERT_TRUE(store().insertTemplates(mine, 0));
         store().setSelectedUserRow(1);
     }
-
-    std::unique_ptr<HalvernDesktopController> controller;
 };
 
 TEST_F(TemplateGallerySheetTest, BundledGalleryLoadsZoomsAndAddsASetBeforeTheSelection)
@@ -197,7 +130,7 @@ TEST_F(TemplateGallerySheetTest, BundledGalleryLoadsZoomsAndAddsASetBeforeTheSel
 
 TEST_F(TemplateGallerySheetTest, OnlineGalleryFollowsLinksUnlessTheirPathIsATemplate)
 {
-    RouteServer server;
+    LoopbackHttpServer server;
     server.route("/gallery.html", "text/html",
                  "<html><body><h1>Online</h1>"
                  "<a id='set' href='/files/Tessary-Template-Set-3.plist'>set 3</a>"
@@ -247,7 +180,7 @@ TEST_F(TemplateGallerySheetTest, OnlineGalleryFollowsLinksUnlessTheirPathIsATemp
 
 TEST_F(TemplateGallerySheetTest, FailedLoadsAreLoggedThenAlertedASecondLater)
 {
-    RouteServer server;
+    LoopbackHttpServer server;
     server.route("/broken.html", "text/html",
                  "<html><body><img src='/missing.png'><p>a picture is missing</p></body></html>");
     const struct {
@@ -350,7 +283,7 @@ TEST_F(TemplateGallerySheetTest, Screenshot)
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&sheet(), 5000));
     QTest::qWait(600);
     const QRect frame = sheet().frameGeometry();
-    const QImage grab = sheet().screen()->grabWindow(0, frame.x(), frame.y(), frame.width(), frame.height()).toImage();
+    const QImage grab = grabFrame(sheet());
     saveScreenshotImage(grab, "template-gallery");
     // The page is drawn: its warm grey ground shows in the view's top-left corner.
     const QPoint corner = sheet().findChild<QWebEngineView *>(QStringLiteral("templateWebview"))->mapToGlobal(QPoint(6, 6)) - frame.topLeft();

@@ -4,11 +4,17 @@
 #include <QHostAddress>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTimer>
 #include <QUrl>
 
-// A one-route HTTP server on 127.0.0.1 for download tests. It answers every request with the
-// body given (status 200), with a 404, or not at all (to exercise time-outs). It runs on the
-// caller's event loop, which the synchronous download spins while it waits.
+#include <map>
+#include <utility>
+
+// An HTTP server on 127.0.0.1 for download and web-page tests, on the caller's event loop
+// (which a synchronous download spins while it waits). With routes, each path (its query left
+// out) is answered with its type and body and anything else with a 404; without, every request
+// gets `body` (Serve), a 404 (NotFound) or no answer at all (Silent, to exercise time-outs), as
+// does the path "/silent". Answers come `pauseMs` after the request.
 class LoopbackHttpServer
 {
 public:
@@ -25,32 +31,62 @@ public:
         });
     }
 
-    QUrl url(const QString &path) const
+    QUrl url(const QString &pathAndQuery) const
     {
-        return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(path));
+        return QUrl(QStringLiteral("http://127.0.0.1:%1%2").arg(m_server.serverPort()).arg(pathAndQuery));
+    }
+    void route(const QByteArray &path, const QByteArray &type, const QByteArray &routeBody)
+    {
+        m_routes[path] = {type, routeBody};
     }
 
     Mode mode = Mode::Serve;
     QByteArray body;
+    int pauseMs = 0;
     int requests = 0;
+    QList<QByteArray> requested; // the request targets, query included
 
 private:
     void answer(QTcpSocket *socket)
     {
-        m_pending[socket] += socket->readAll();
-        if (!m_pending[socket].contains("\r\n\r\n"))
+        QByteArray &pending = m_pending[socket];
+        pending += socket->readAll();
+        if (!pending.contains("\r\n\r\n"))
             return;
+        const QByteArray target = pending.split(' ').value(1);
         m_pending.remove(socket);
+        const QByteArray path = target.split('?').value(0);
         ++requests;
-        if (mode == Mode::Silent)
+        requested.append(target);
+        if (mode == Mode::Silent || path == "/silent")
             return;
-        const QByteArray status = mode == Mode::Serve ? "200 OK" : "404 Not Found";
-        const QByteArray payload = mode == Mode::Serve ? body : QByteArray("missing");
-        socket->write("HTTP/1.1 " + status + "\r\nContent-Type: application/octet-stream\r\nContent-Length: "
-                      + QByteArray::number(payload.size()) + "\r\nConnection: close\r\n\r\n" + payload);
-        socket->disconnectFromHost();
+        bool found = mode == Mode::Serve;
+        QByteArray type = "application/octet-stream";
+        QByteArray payload = body;
+        if (!m_routes.empty()) {
+            const auto it = m_routes.find(path);
+            found = it != m_routes.end();
+            if (found)
+                std::tie(type, payload) = it->second;
+        }
+        if (!found) {
+            type = "text/plain";
+            payload = "missing";
+        }
+        const QByteArray response = "HTTP/1.1 " + QByteArray(found ? "200 OK" : "404 Not Found") + "\r\nContent-Type: " + type
+                                  + "\r\nContent-Length: " + QByteArray::number(payload.size())
+                                  + "\r\nConnection: close\r\n\r\n" + payload;
+        const auto send = [socket, response] {
+            socket->write(response);
+            socket->disconnectFromHost();
+        };
+        if (pauseMs > 0)
+            QTimer::singleShot(pauseMs, socket, send);
+        else
+            send();
     }
 
     QTcpServer m_server;
+    std::map<QByteArray, std::pair<QByteArray, QByteArray>> m_routes;
     QHash<QTcpSocket *, QByteArray> m_pending;
 };
