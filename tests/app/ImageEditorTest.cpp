@@ -4,6 +4,7 @@
 #include "app/HalvernDesktopController.h"
 #include "app/editor/ImageEditorWindow.h"
 #include "app/MainWindow.h"
+#include "foundation/ImagesFolder.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "editor/EditDocument.h"
@@ -533,7 +534,7 @@ TEST_F(ImageEditorTest, InsertAddsTheEditAsANewPhotoAndKeepsTheSource)
     ASSERT_TRUE(inserted.wait(5000));
     const QString path = inserted.first().first().toString();
     ASSERT_FALSE(path.isEmpty());
-    EXPECT_TRUE(ImageBrowserController::isOwnedImageFile(path));
+    EXPECT_TRUE(ImagesFolder::isOwned(path));
     EXPECT_TRUE(path.endsWith(QStringLiteral(".png")));
     EXPECT_EQ(browser->count(), 3);
     EXPECT_TRUE(browser->images().contains(path));
@@ -554,7 +555,7 @@ TEST_F(ImageEditorTest, ReplacePutsTheEditInPlaceOfThePhotoItCameFrom)
     EXPECT_TRUE(replaced.first().first().toBool());
     const QString path = browser->imageBookmarks().pathAtIndex(1);
     EXPECT_NE(path, photoB);
-    EXPECT_TRUE(ImageBrowserController::isOwnedImageFile(path));
+    EXPECT_TRUE(ImagesFolder::isOwned(path));
     EXPECT_EQ(QImage(path).size(), QSize(60, 40));
     EXPECT_TRUE(QFile::exists(photoB)); // the source is never overwritten
     EXPECT_EQ(QImage(photoB).size(), QSize(120, 80));

@@ -6,6 +6,7 @@
 #include "app/blend/ProgressSheet.h"
 #include "app/blend/TileAndBlendActions.h"
 #include "app/blend/TileSheet.h"
+#include "foundation/ImagesFolder.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "photos/ImageBrowserController.h"
@@ -99,7 +100,7 @@ TEST_F(TileAndBlendActionsTest, TilingAddsEveryTileToThePhotoList)
         const QFileInfo info(path);
         if (info.fileName() == QStringLiteral("photo-0.png"))
             continue;
-        EXPECT_EQ(info.absolutePath(), QFileInfo(ImageBrowserController::imagesPath()).absoluteFilePath());
+        EXPECT_EQ(info.absolutePath(), QFileInfo(ImagesFolder::path()).absoluteFilePath());
         const auto m = name.match(info.fileName());
         ASSERT_TRUE(m.hasMatch()) << qPrintable(info.fileName());
         rowColumns.append(m.captured(1) + m.captured(2));

@@ -3,6 +3,7 @@
 #include "app/blend/ProgressSheet.h"
 #include "app/blend/TileSheet.h"
 #include "foundation/AlertPresenter.h"
+#include "foundation/ImagesFolder.h"
 #include "foundation/Log.h"
 #include "foundation/Preferences.h"
 #include "photos/ImageBookmarks.h"
@@ -83,7 +84,7 @@ void TileAndBlendActions::tilePhotoFiles()
     QString photo;
     if (selected >= 0 && selected < m_browser.count())
         photo = m_browser.imageBookmarks().pathAtIndex(selected);
-    m_tiler.tilePhotoFiles(ImageBrowserController::imagesPath(), photo, m_tileSheet->cellRows(),
+    m_tiler.tilePhotoFiles(ImagesFolder::path(), photo, m_tileSheet->cellRows(),
                            m_tileSheet->cellColumns());
 }
 
