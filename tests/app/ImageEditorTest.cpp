@@ -149,7 +149,6 @@ TEST_F(ImageEditorTest, OpensTheSelectedPhotoCentredTheFirstTimeWithItsNameAndFo
     EXPECT_TRUE(editor->windowTitle().contains(QStringLiteral("harbour.jpg")));
     EXPECT_EQ(picture().size(), QSize(160, 120));
     EXPECT_EQ(editor->editorImageUTType(), QByteArray("jpeg"));
-    EXPECT_EQ(editor->editorImageProperties().quality, 70);
     EXPECT_FALSE(editor->cantEditImageTextField().isVisible());
     EXPECT_EQ(editor->session().editingURL(), browser->imageBookmarks().urlAtIndex(0));
     // Fitted once the window has its size.
