@@ -1,11 +1,11 @@
 #include "PhotoTiler.h"
 
+#include "foundation/ImagesFolder.h"
 #include "images/BottomLeftCoordinates.h"
 #include "images/UIImage.h"
 #include "foundation/Log.h"
 
 #include <QFile>
-#include <QUuid>
 
 #include <cmath>
 #include <thread>
@@ -68,7 +68,7 @@ bool PhotoTiler::cutPhoto(const QString &photoPath, const QString &folder, int r
         const QByteArray tiff = UIImage(picture.copy(region)).TIFFRepresentation();
         if (tiff.isEmpty())
             continue;
-        const QString path = tilePath(folder, QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper(), tile.row, tile.column);
+        const QString path = tilePath(folder, ImagesFolder::newUuid().toUpper(), tile.row, tile.column);
         QFile file(path);
         if (!file.open(QIODevice::WriteOnly) || file.write(tiff) != tiff.size())
             continue;

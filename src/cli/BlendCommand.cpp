@@ -2,6 +2,7 @@
 
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
+#include "blend/BlendPreferences.h"
 #include "blend/PhotoBlender.h"
 
 #include <QColor>
@@ -144,14 +145,9 @@ int BlendCommand::run(const QStringList &args, CliContext &context)
     // The settings the window's blend commands read.
     UserDefaults defaults;
     const Preferences prefs(defaults);
-    PhotoBlender::Options options;
-    options.blendingMarginWidth = feather ? *feather
-        : defaults.hasObject(Preferences::BlendingMarginWidth) ? int(prefs.blendingMarginWidth()) : 50;
-    options.inputImageScaling = defaults.hasObject(Preferences::InputImageScaling) ? int(prefs.inputImageScaling()) : 100;
-    options.uniformSize = !prefs.uniformlyCrop() ? PhotoBlender::UniformSize::None
-        : prefs.uniformlyCropFit()               ? PhotoBlender::UniformSize::Fit
-                                                 : PhotoBlender::UniformSize::Crop;
-    options.megapixelLimit = prefs.megapixelLimit() ? PhotoBlender::kMegapixelLimit : 0.0;
+    PhotoBlender::Options options = BlendPreferences::options(defaults);
+    if (feather)
+        options.blendingMarginWidth = *feather;
     const int matching = int(std::trunc(prefs.matchingMarginWidth()));
     options.border = border ? *border : (matching >= 2 ? matching / 2 : 0);
     options.background = background;

@@ -2,6 +2,7 @@
 
 #include "foundation/AlertPresenter.h"
 #include "foundation/Log.h"
+#include "foundation/ImagesFolder.h"
 #include "photos/ImageBrowserController.h"
 #include "photos/ImageBrowserSelection.h"
 
@@ -32,13 +33,13 @@ ImageEditorSession::EditAction ImageEditorSession::actionForSelection(ImageBookm
 
 QString ImageEditorSession::writeEditedImage(const QImage &image)
 {
-    if (ImageBrowserController::imagesPath().isEmpty())
+    if (ImagesFolder::path().isEmpty())
         return QString();
     if (image.isNull()) {
         qCInfo(lcTessary, "*** saveImageToPath - no image");
         return QString();
     }
-    return ImageBrowserController::writeImageToImagesFolder(image);
+    return ImagesFolder::writePng(image);
 }
 
 void ImageEditorSession::insertEditedFile(const QString &path)

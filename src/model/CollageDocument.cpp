@@ -1,7 +1,9 @@
 #include "model/CollageDocument.h"
 
 #include "foundation/PlistValue.h"
+#include "foundation/Preferences.h"
 #include "foundation/PropertyList.h"
+#include "foundation/UserDefaults.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -72,6 +74,25 @@ QString locate(const QString &absolute, const QString &relative, const QString &
 }
 
 } // namespace
+
+void CollageDocument::setTemplateFromDefaults(UserDefaults &defaults)
+{
+    static const QStringList keys{Preferences::SavedTessaryDataModules, Preferences::ContentSizeWidth,
+                                  Preferences::ContentSizeHeight,       Preferences::ModuleSizeInPoints,
+                                  Preferences::BorderWidth,             Preferences::BackgroundColor,
+                                  Preferences::BackgroundImage};
+    templateData.clear();
+    for (const QString &key : keys) {
+        const QVariant v = defaults.objectForKey(key);
+        if (v.isValid())
+            templateData.insert(key, v);
+    }
+    templateData.insert(QStringLiteral("nbrModules"),
+                        qint64(templateData.value(Preferences::SavedTessaryDataModules).toList().size()));
+    const Preferences prefs(defaults);
+    widthIncrement = prefs.collageWidthIncrement();
+    heightIncrement = prefs.collageHeightIncrement();
+}
 
 void CollageDocument::setPhotos(const QStringList &paths, const QList<int> &alignments, const QList<PhotoFraming> &framings)
 {

@@ -11,6 +11,8 @@
 
 #include <optional>
 
+class UserDefaults;
+
 // One whole collage kept in a file of its own (".tessary"): the template's layout values, the
 // photo list with one alignment per photo, the coordinate transform, the tile spacing, the
 // image frame style, the background colour and, while the collage is jumbled, where each tile
@@ -60,6 +62,10 @@ public:
     // Top-level keys this version does not know, written back as they were read.
     QVariantMap otherKeys;
 
+    // Takes the collage's template and tile spacing from the store, as it holds them for the
+    // current collage: the template's layout values present there (with "nbrModules" counted from
+    // the modules) and the spacing across and down.
+    void setTemplateFromDefaults(UserDefaults &defaults);
     // A document of photos given by path (each found where it is).
     void setPhotos(const QStringList &paths, const QList<int> &alignments, const QList<PhotoFraming> &framings = {});
     // The paths to lay out, in order; a missing photo is an empty path.

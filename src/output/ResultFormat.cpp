@@ -1,11 +1,11 @@
 #include "output/ResultFormat.h"
 
+#include "foundation/ImagesFolder.h"
 #include "images/ImageFileReader.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QImageWriter>
-#include <QUuid>
 
 namespace {
 
@@ -135,12 +135,7 @@ QString ResultFormat::defaultFileName(const QByteArray &format)
     return QStringLiteral("Untitled.") + suffix(format);
 }
 
-QString ResultFormat::uuidPngName()
-{
-    return QStringLiteral("%1.png").arg(QUuid::createUuid().toString(QUuid::WithoutBraces));
-}
-
 QString ResultFormat::temporaryPngPath(const QString &folder)
 {
-    return QDir(folder).filePath(uuidPngName());
+    return QDir(folder).filePath(ImagesFolder::newFileName(QStringLiteral("png")));
 }

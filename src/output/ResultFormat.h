@@ -53,8 +53,6 @@ public:
     static QString withSuffix(const QString &path, const QByteArray &format);
     // The name the save dialog starts with.
     static QString defaultFileName(const QByteArray &format);
-    // A file name of Tessary's own for a picture it makes: a fresh UUID with ".png".
-    static QString uuidPngName();
     // The temporary PNG handed to the default viewer, a fresh UUID name in `folder`.
     static QString temporaryPngPath(const QString &folder);
 };

@@ -1,6 +1,7 @@
 #include "photos/ImageBookmarks.h"
 
 #include "foundation/AlertPresenter.h"
+#include "foundation/ImagesFolder.h"
 #include "foundation/Log.h"
 #include "foundation/PlistValue.h"
 #include "foundation/Preferences.h"
@@ -14,7 +15,6 @@
 #include <QPointer>
 #include <QSet>
 #include <QTimer>
-#include <QUuid>
 
 #include <algorithm>
 #include <utility>
@@ -618,7 +618,7 @@ QUrl ImageBookmarks::renameURLWithUUID(const QUrl &url)
     const QString extension = info.suffix();
     if (!url.isLocalFile() || extension.isEmpty())
         return QUrl();
-    const QString name = QStringLiteral("%1.%2").arg(QUuid::createUuid().toString(QUuid::WithoutBraces), extension);
+    const QString name = ImagesFolder::newFileName(extension);
     const QString target = info.dir().filePath(name);
     if (!QFile::rename(info.filePath(), target))
         return QUrl();

@@ -1,21 +1,17 @@
 #include "photos/ImageBrowserController.h"
 
-#include "foundation/AtomicFileWriter.h"
-#include "foundation/Paths.h"
+#include "foundation/ImagesFolder.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "photos/FileWatcher.h"
 #include "photos/ImageBookmarks.h"
 #include "photos/ImageBrowserSelection.h"
 
-#include <QBuffer>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QImage>
 #include <QMimeData>
 #include <QUrl>
-#include <QUuid>
 
 #include <algorithm>
 
@@ -30,27 +26,6 @@ constexpr int kConcludeDropMilliseconds = 100;
 bool isPlainFile(const QString &path)
 {
     return QFileInfo(path).isFile();
-}
-
-// Writes bytes atomically under a fresh UUID name with the extension into the images folder.
-// On failure error (may be null) receives the system's reason ("No space left on device").
-QString writeToImagesFolder(const QByteArray &bytes, const QString &extension, QString *error = nullptr)
-{
-    const QString folder = ImageBrowserController::imagesPath();
-    if (folder.isEmpty()) {
-        if (error)
-            *error = QStringLiteral("The folder %1 cannot be made.").arg(Paths::imagesFolder());
-        return QString();
-    }
-    const QString path = QDir(folder).filePath(
-        QStringLiteral("%1.%2").arg(QUuid::createUuid().toString(QUuid::WithoutBraces), extension));
-    QString reason;
-    if (!AtomicFileWriter::write(path, bytes, &reason)) {
-        if (error)
-            *error = QStringLiteral("%1: %2").arg(path, reason);
-        return QString();
-    }
-    return path;
 }
 
 } // namespace
@@ -350,14 +325,9 @@ bool ImageBrowserController::selectItemNumber(const QString &text)
 
 QString ImageBrowserController::duplicateImage(qsizetype index)
 {
-    const QString source = m_imageBookmarks->pathAtIndex(index);
-    const QString folder = imagesPath();
-    if (source.isEmpty() || folder.isEmpty())
-        return QString();
     // Always ".png": the copy is the source's bytes under a name of Tessary's own.
-    const QString copy =
-        QDir(folder).filePath(QStringLiteral("%1.png").arg(QUuid::createUuid().toString(QUuid::WithoutBraces)));
-    if (!QFile::copy(source, copy))
+    const QString copy = ImagesFolder::copy(m_imageBookmarks->pathAtIndex(index), QStringLiteral("png"));
+    if (copy.isEmpty())
         return QString();
     insertImage(copy);
     return copy;
@@ -415,7 +385,7 @@ void ImageBrowserController::setFramingAtIndex(qsizetype index, const PhotoFrami
 void ImageBrowserController::deleteIfOwned(const QString &oldPath)
 {
     // A file Tessary made goes with its entry; but not while another entry still shows it.
-    if (!isOwnedImageFile(oldPath) || !m_imageBookmarks->bookmarksWithPath(oldPath).isEmpty())
+    if (!ImagesFolder::isOwned(oldPath) || !m_imageBookmarks->bookmarksWithPath(oldPath).isEmpty())
         return;
     QFile::remove(oldPath);
 }
@@ -427,7 +397,7 @@ bool ImageBrowserController::paste(const QMimeData &clipboard)
     if (clipboard.hasImage()) {
         const QImage image = qvariant_cast<QImage>(clipboard.imageData());
         QString error;
-        const QString path = writeImageToImagesFolder(image, &error);
+        const QString path = ImagesFolder::writePng(image, &error);
         if (path.isEmpty()) {
             if (!image.isNull())
                 doAlert(QStringLiteral("The pasted image could not be saved."), error, AlertPresenter::Style::Critical);
@@ -482,7 +452,7 @@ bool ImageBrowserController::performDragOperation(const QMimeData &data, qsizety
             if (extension == QLatin1String("jpeg"))
                 extension = QStringLiteral("jpg");
             QString error;
-            const QString path = writeToImagesFolder(bytes, extension, &error);
+            const QString path = ImagesFolder::write(bytes, extension, &error);
             if (path.isEmpty()) {
                 doAlert(QStringLiteral("The dropped image could not be saved."), error, AlertPresenter::Style::Critical);
                 return false;
@@ -494,7 +464,7 @@ bool ImageBrowserController::performDragOperation(const QMimeData &data, qsizety
     if (m_droppedFiles.isEmpty() && data.hasImage()) {
         const QImage image = qvariant_cast<QImage>(data.imageData());
         QString error;
-        const QString path = writeImageToImagesFolder(image, &error);
+        const QString path = ImagesFolder::writePng(image, &error);
         if (!path.isEmpty())
             m_droppedFiles.append(path);
         else if (!image.isNull())
@@ -544,58 +514,6 @@ void ImageBrowserController::processDroppedFiles(const QStringList &paths)
 }
 
 // ---------------------------------------------------------------- helpers
-
-QString ImageBrowserController::imagesPath()
-{
-    if (!Paths::ensureImagesFolder())
-        return QString();
-    return Paths::imagesFolder();
-}
-
-bool ImageBrowserController::isOwnedImageFile(const QString &path)
-{
-    // Tessary writes its own files as "<uuid>.<extension>" straight into the images folder.
-    // Anything else there (a person's own pictures in a folder that happens to have that common
-    // name, whatever lies in subfolders, links) belongs to someone else.
-    if (path.isEmpty())
-        return false;
-    const QFileInfo info(path);
-    if (info.isSymLink() || !info.isFile())
-        return false;
-    const QString name = info.fileName();
-    constexpr qsizetype uuidLength = 36;
-    if (name.size() <= uuidLength + 1 || name.at(uuidLength) != QLatin1Char('.'))
-        return false;
-    const QString stem = name.left(uuidLength);
-    const QUuid uuid = QUuid::fromString(stem);
-    if (uuid.isNull() || uuid.toString(QUuid::WithoutBraces) != stem)
-        return false;
-    const QStringView extension = QStringView(name).mid(uuidLength + 1);
-    const bool plainExtension =
-        std::all_of(extension.begin(), extension.end(), [](QChar c) { return c.unicode() < 128 && c.isLetterOrNumber(); });
-    if (!plainExtension)
-        return false;
-    // Directly in the images folder, however the path spells it; never in a subfolder.
-    const QString folder = QFileInfo(Paths::imagesFolder()).canonicalFilePath();
-    return !folder.isEmpty() && QFileInfo(info.absolutePath()).canonicalFilePath() == folder;
-}
-
-QString ImageBrowserController::writeImageToImagesFolder(const QImage &image, QString *error)
-{
-    if (image.isNull())
-        return QString();
-    QByteArray png;
-    {
-        QBuffer buffer(&png);
-        buffer.open(QIODevice::WriteOnly);
-        if (!image.save(&buffer, "PNG")) {
-            if (error)
-                *error = QStringLiteral("The image could not be encoded as PNG.");
-            return QString();
-        }
-    }
-    return writeToImagesFolder(png, QStringLiteral("png"), error);
-}
 
 void ImageBrowserController::doAlert(const QString &message, const QString &informative, AlertPresenter::Style style)
 {

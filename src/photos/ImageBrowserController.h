@@ -113,15 +113,6 @@ public:
     void processDroppedFiles(const QStringList &paths);
 
     // --- Helpers
-    // The images folder, created when missing; empty when it cannot be made.
-    static QString imagesPath();
-    // Whether Tessary made the file, so that it may delete it with its entry: a regular file
-    // (not a link) named "<uuid>.<extension>" directly in the images folder.
-    static bool isOwnedImageFile(const QString &path);
-    // Writes the image as a PNG named after a fresh UUID into the images folder; the path, or
-    // empty when it could not be written.
-    // error (may be null) receives the reason when nothing was written.
-    static QString writeImageToImagesFolder(const QImage &image, QString *error = nullptr);
     // Beeps, then shows an alert with the message, "OK" and the informative text.
     void doAlert(const QString &message, const QString &informative, AlertPresenter::Style style);
 

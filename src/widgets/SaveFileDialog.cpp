@@ -1,11 +1,11 @@
 #include "widgets/SaveFileDialog.h"
 
 #include "foundation/Preferences.h"
+#include "widgets/ConfirmAlert.h"
 
 #include <QDir>
 #include <QFileInfo>
 #include <QMessageBox>
-#include <QPushButton>
 
 SaveFileDialog::SaveFileDialog(QWidget *parent, const QString &title, UserDefaults *defaults)
     : QFileDialog(parent, title)
@@ -50,26 +50,16 @@ void SaveFileDialog::accept()
 void SaveFileDialog::askToReplace(const QString &path)
 {
     const QFileInfo info(path);
-    m_question = new QMessageBox(this);
+    m_question = ConfirmAlert::open(
+        this, tr("“%1” already exists. Do you want to replace it?").arg(info.fileName()),
+        tr("A file with the same name already exists in “%1”. Replacing it overwrites its contents.")
+            .arg(QDir::toNativeSeparators(info.absolutePath())),
+        tr("Replace"), [this, path] {
+            m_question = nullptr;
+            m_confirmed = path;
+            accept();
+        });
     m_question->setObjectName(QStringLiteral("replaceQuestion"));
-    m_question->setAttribute(Qt::WA_DeleteOnClose);
-    m_question->setWindowModality(Qt::WindowModal);
-    m_question->setIcon(QMessageBox::Warning);
-    m_question->setText(tr("“%1” already exists. Do you want to replace it?").arg(info.fileName()));
-    m_question->setInformativeText(tr("A file with the same name already exists in “%1”. Replacing it overwrites "
-                                      "its contents.")
-                                       .arg(QDir::toNativeSeparators(info.absolutePath())));
-    QPushButton *replace = m_question->addButton(tr("Replace"), QMessageBox::DestructiveRole);
-    QPushButton *cancel = m_question->addButton(QMessageBox::Cancel);
-    m_question->setDefaultButton(cancel);
-    m_question->setEscapeButton(cancel);
-    connect(m_question, &QMessageBox::finished, this, [this, replace, path] {
-        const bool yes = m_question && m_question->clickedButton() == replace;
-        m_question = nullptr;
-        if (!yes)
-            return;
-        m_confirmed = path;
-        accept();
-    });
-    m_question->open();
+    // Answered either way, the dialog takes its own answers again.
+    connect(m_question, &QMessageBox::finished, this, [this] { m_question = nullptr; });
 }

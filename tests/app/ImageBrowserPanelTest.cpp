@@ -2,6 +2,7 @@
 #include "support/RecordingAlertPresenter.h"
 #include "support/UrlRecorder.h"
 
+#include "foundation/ImagesFolder.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "photos/ImageBookmarks.h"
@@ -326,7 +327,7 @@ TEST_F(ImageBrowserPanelTest, ImageDataFromAWebBrowser)
     data.setData(QStringLiteral("image/png"), png);
     ASSERT_TRUE(dragAndDrop(data, beforeItem(1)));
     ASSERT_TRUE(waitForCount(4));
-    EXPECT_TRUE(ImageBrowserController::isOwnedImageFile(controller->images().at(1))) << qPrintable(controller->images().at(1));
+    EXPECT_TRUE(ImagesFolder::isOwned(controller->images().at(1))) << qPrintable(controller->images().at(1));
     expectGridInStep();
 
     QMimeData text;

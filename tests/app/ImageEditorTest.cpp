@@ -4,6 +4,7 @@
 #include "app/HalvernDesktopController.h"
 #include "app/editor/ImageEditorWindow.h"
 #include "app/MainWindow.h"
+#include "foundation/ImagesFolder.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "editor/EditDocument.h"
@@ -144,7 +145,6 @@ TEST_F(ImageEditorTest, OpensTheSelectedPhotoCentredTheFirstTimeWithItsNameAndFo
     EXPECT_TRUE(editor->windowTitle().contains(QStringLiteral("harbour.jpg")));
     EXPECT_EQ(picture().size(), QSize(160, 120));
     EXPECT_EQ(editor->editorImageUTType(), QByteArray("jpeg"));
-    EXPECT_EQ(editor->editorImageProperties().quality, 70);
     EXPECT_FALSE(editor->cantEditImageTextField().isVisible());
     EXPECT_EQ(editor->session().editingURL(), browser->imageBookmarks().urlAtIndex(0));
     // Fitted once the window has its size.
@@ -499,7 +499,7 @@ TEST_F(ImageEditorTest, InsertAddsTheEditAsANewPhotoAndKeepsTheSource)
     ASSERT_TRUE(inserted.wait(5000));
     const QString path = inserted.first().first().toString();
     ASSERT_FALSE(path.isEmpty());
-    EXPECT_TRUE(ImageBrowserController::isOwnedImageFile(path));
+    EXPECT_TRUE(ImagesFolder::isOwned(path));
     EXPECT_TRUE(path.endsWith(QStringLiteral(".png")));
     EXPECT_EQ(browser->count(), 3);
     EXPECT_TRUE(browser->images().contains(path));
@@ -520,7 +520,7 @@ TEST_F(ImageEditorTest, ReplacePutsTheEditInPlaceOfThePhotoItCameFrom)
     EXPECT_TRUE(replaced.first().first().toBool());
     const QString path = browser->imageBookmarks().pathAtIndex(1);
     EXPECT_NE(path, photoB);
-    EXPECT_TRUE(ImageBrowserController::isOwnedImageFile(path));
+    EXPECT_TRUE(ImagesFolder::isOwned(path));
     EXPECT_EQ(QImage(path).size(), QSize(60, 40));
     EXPECT_TRUE(QFile::exists(photoB)); // the source is never overwritten
     EXPECT_EQ(QImage(photoB).size(), QSize(120, 80));

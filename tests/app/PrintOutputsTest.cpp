@@ -109,7 +109,7 @@ TEST_F(PrintOutputsTest, ExportPdfThroughTheSheetAndTheFileDialog)
 
     // Again to the same name: Cancel keeps the file, Replace writes it anew.
     const QDateTime first = QFileInfo(base + QStringLiteral(".pdf")).lastModified();
-    for (QMessageBox::ButtonRole answer : {QMessageBox::RejectRole, QMessageBox::AcceptRole}) {
+    for (QMessageBox::ButtonRole answer : {QMessageBox::RejectRole, QMessageBox::DestructiveRole}) {
         exportThroughTheDialogs(base + QStringLiteral(".pdf"));
         ASSERT_TRUE(QTest::qWaitFor([&] { return print().alert() != nullptr; }, 5000));
         QMessageBox *box = print().alert();

@@ -8,6 +8,7 @@
 #include "app/result/ResultOutputs.h"
 #include "app/result/ResultSaveDialog.h"
 #include "app/result/ResultWindow.h"
+#include "foundation/ImagesFolder.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "photos/ImageBrowserController.h"
@@ -434,7 +435,7 @@ TEST_F(ResultWindowTest, InsertPutsTheResultAtIndexZero)
     const QString path = inserted.at(0).at(0).toString();
     EXPECT_EQ(browser.count(), before + 1);
     EXPECT_EQ(browser.images().first(), path);
-    EXPECT_TRUE(ImageBrowserController::isOwnedImageFile(path));
+    EXPECT_TRUE(ImagesFolder::isOwned(path));
     EXPECT_EQ(QImageReader(path).size(), image.size());
 }
 

@@ -6,6 +6,7 @@
 #include "app/blend/ProgressSheet.h"
 #include "app/blend/TileAndBlendActions.h"
 #include "app/blend/TileSheet.h"
+#include "foundation/ImagesFolder.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "photos/ImageBrowserController.h"
@@ -96,7 +97,7 @@ TEST_F(TileAndBlendActionsTest, TilingAddsEveryTileToThePhotoList)
     // The six tiles join the list from the images folder (their names and pixels are the
     // tiler's own test).
     ASSERT_EQ(browser->count(), 7);
-    const QString imagesFolder = QFileInfo(ImageBrowserController::imagesPath()).absoluteFilePath();
+    const QString imagesFolder = QFileInfo(ImagesFolder::path()).absoluteFilePath();
     const QStringList images = browser->images();
     EXPECT_EQ(std::count_if(images.begin(), images.end(), [&](const QString &p) { return QFileInfo(p).absolutePath() == imagesFolder; }), 6);
 }

@@ -1,5 +1,6 @@
 #include "editor/ImageEditorSession.h"
 
+#include "foundation/ImagesFolder.h"
 #include "photos/ImageBrowserController.h"
 #include "photos/ImageBrowserSelection.h"
 
@@ -62,7 +63,7 @@ TEST_F(ImageEditorSessionTest, ReplacingPutsTheFileInTheEntryOrBeepsAndDeletesIt
     ImageBookmarks &list = browser->imageBookmarks();
     session->setEditingURL(list.urlAtIndex(2));
     const QString edited = ImageEditorSession::writeEditedImage(testimages::gradient(20, 10));
-    ASSERT_TRUE(ImageBrowserController::isOwnedImageFile(edited));
+    ASSERT_TRUE(ImagesFolder::isOwned(edited));
     EXPECT_TRUE(session->replaceWithEditedFile(edited));
     EXPECT_EQ(list.pathAtIndex(2), edited);
     EXPECT_EQ(session->editingURL(), list.urlAtIndex(2));

@@ -1,6 +1,8 @@
 #include "model/CollageDocument.h"
 
+#include "foundation/Preferences.h"
 #include "foundation/PropertyList.h"
+#include "foundation/UserDefaults.h"
 #include "support/QtPrinters.h"
 
 #include <QDir>
@@ -240,6 +242,29 @@ TEST(CollageDocument, AFailedWriteLeavesTheEarlierFile)
     QFile f(file);
     ASSERT_TRUE(f.open(QIODevice::ReadOnly));
     EXPECT_EQ(f.readAll(), before);
+}
+
+// A document keeps of the store the template's layout values that are there (and how many
+// modules it has) and the tile spacing; nothing else the store holds.
+TEST(CollageDocument, TakesTheTemplateAndSpacingFromTheStore)
+{
+    QTemporaryDir dir;
+    UserDefaults defaults(dir.filePath(QStringLiteral("defaults")));
+    defaults.setObject(QVariantList{QVariantMap(), QVariantMap(), QVariantMap()}, Preferences::SavedTessaryDataModules);
+    defaults.setDouble(600.0, Preferences::ContentSizeWidth);
+    defaults.setInteger(4, Preferences::BorderWidth);
+    defaults.setDouble(7.0, Preferences::CollageWidthIncrement);
+    defaults.setDouble(2.0, Preferences::CollageHeightIncrement);
+    defaults.setBool(false, Preferences::MegapixelLimit);
+    CollageDocument doc;
+    doc.templateData.insert(QStringLiteral("stale"), 1);
+    doc.setTemplateFromDefaults(defaults);
+    EXPECT_EQ(doc.templateData.keys(),
+              (QStringList{Preferences::BorderWidth, Preferences::ContentSizeWidth, QStringLiteral("nbrModules"),
+                           Preferences::SavedTessaryDataModules}));
+    EXPECT_EQ(doc.templateData.value(QStringLiteral("nbrModules")), QVariant(qint64(3)));
+    EXPECT_EQ(doc.widthIncrement, 7.0);
+    EXPECT_EQ(doc.heightIncrement, 2.0);
 }
 
 } // namespace

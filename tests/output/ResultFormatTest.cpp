@@ -34,11 +34,6 @@ TEST(ResultFormat, NamesAndSuffixes)
              {"png", "png"}, {"JPG", "jpeg"}, {"jpeg", "jpeg"}, {"jpe", "jpeg"}, {"tif", "tiff"}, {"TIFF", "tiff"},
              {"bmp", "bmp"}, {"gif", ""}, {"holiday", ""}, {"", ""}})
         EXPECT_EQ(ResultFormat::formatForSuffix(QString::fromLatin1(suffix)), format) << suffix;
-
-    const QString a = ResultFormat::uuidPngName();
-    EXPECT_TRUE(a.endsWith(QStringLiteral(".png")));
-    EXPECT_EQ(a.size(), 36 + 4);
-    EXPECT_NE(a, ResultFormat::uuidPngName());
 }
 
 // The file a save writes: a typed extension of a format written here chooses the format and

@@ -3,12 +3,14 @@
 #include "app/blend/ProgressSheet.h"
 #include "app/blend/TileSheet.h"
 #include "foundation/AlertPresenter.h"
+#include "foundation/ImagesFolder.h"
 #include "foundation/Log.h"
 #include "foundation/Preferences.h"
 #include "photos/ImageBookmarks.h"
 #include "photos/ImageBrowserController.h"
 #include "photos/ImageBrowserSelection.h"
 #include "images/UIImage.h"
+#include "blend/BlendPreferences.h"
 #include "blend/UniformCropper.h"
 #include "foundation/UserDefaults.h"
 #include "app/blend/TilingProgressIndicator.h"
@@ -92,7 +94,7 @@ void TileAndBlendActions::tilePhotoFiles()
         photo = m_browser.imageBookmarks().pathAtIndex(selected);
     qCInfo(lcTessary, "Cutting %s into %d x %d tiles", qUtf8Printable(photo), m_tileSheet->cellRows(),
            m_tileSheet->cellColumns());
-    m_tiler.tilePhotoFiles(ImageBrowserController::imagesPath(), photo, m_tileSheet->cellRows(),
+    m_tiler.tilePhotoFiles(ImagesFolder::path(), photo, m_tileSheet->cellRows(),
                            m_tileSheet->cellColumns());
 }
 
@@ -116,12 +118,11 @@ void TileAndBlendActions::stitchBottomToTop()
 
 void TileAndBlendActions::stitchSquare()
 {
-    const qsizetype n = std::min<qsizetype>(m_browser.count(), 16);
-    if (n == 0) {
+    if (!m_browser.hasImages()) {
         m_alerts.beep();
         return;
     }
-    if (n < 4) {
+    if (PhotoBlender::squareSide(m_browser.count()) == 0) {
         AlertPresenter::Alert alert;
         alert.messageText = QStringLiteral("There must be enough images to make a perfect square.");
         alert.informativeText = QStringLiteral("4 = 2x2, 9 = 3x3 or 16 = 4x4");
@@ -147,27 +148,16 @@ bool TileAndBlendActions::stitchNamed(const QString &name)
 
 void TileAndBlendActions::startStitch(PhotoBlender::Arrangement arrangement)
 {
-    QStringList files = m_browser.images();
-    if (arrangement == PhotoBlender::Arrangement::Square)
-        files = files.mid(0, 16);
+    const QStringList files = m_browser.images().mid(0, PhotoBlender::photosUsed(arrangement, m_browser.count()));
     m_filesToStitch = files;
     m_frameJob.cancel(); // an earlier blend still being framed is given up
     m_framed = {};
     m_progressSheet->prepareForStitch();
     m_progressSheet->open();
 
-    const Preferences prefs(m_defaults);
-    PhotoBlender::Options options;
-    options.blendingMarginWidth = m_defaults.hasObject(Preferences::BlendingMarginWidth)
-        ? int(prefs.blendingMarginWidth()) : 50;
-    options.inputImageScaling = m_defaults.hasObject(Preferences::InputImageScaling)
-        ? int(prefs.inputImageScaling()) : 100;
     // Uniform cropping is part of the blend: the photos are brought to one size as they are
     // read, with no copies written.
-    options.uniformSize = !prefs.uniformlyCrop() ? PhotoBlender::UniformSize::None
-        : prefs.uniformlyCropFit()               ? PhotoBlender::UniformSize::Fit
-                                                 : PhotoBlender::UniformSize::Crop;
-    options.megapixelLimit = prefs.megapixelLimit() ? PhotoBlender::kMegapixelLimit : 0.0;
+    const PhotoBlender::Options options = BlendPreferences::options(m_defaults);
     qCInfo(lcTessary, "Blending %lld photos", static_cast<long long>(files.size()));
     m_blendJob.start([files, arrangement, options](BackgroundJob::Control &control) {
         PhotoBlender::Progress progress;

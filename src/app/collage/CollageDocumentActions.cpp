@@ -23,16 +23,6 @@
 
 namespace {
 
-// The template's layout values as the store holds them for the current collage.
-const QStringList &templateKeys()
-{
-    static const QStringList keys{Preferences::SavedTessaryDataModules, Preferences::ContentSizeWidth,
-                                  Preferences::ContentSizeHeight,       Preferences::ModuleSizeInPoints,
-                                  Preferences::BorderWidth,             Preferences::BackgroundColor,
-                                  Preferences::BackgroundImage};
-    return keys;
-}
-
 const QString kNameFilter = QObject::tr("Tessary collages (*.tessary)");
 
 QFileDialog *makeDialog(QWidget *parent, const QString &title)
@@ -96,22 +86,13 @@ CollageDocumentActions::CollageDocumentActions(MainWindow &window, ImageBrowserC
 CollageDocument CollageDocumentActions::currentCollage() const
 {
     CollageDocument doc;
-    for (const QString &key : templateKeys()) {
-        const QVariant v = m_defaults.objectForKey(key);
-        if (v.isValid())
-            doc.templateData.insert(key, v);
-    }
-    doc.templateData.insert(QStringLiteral("nbrModules"),
-                            qint64(doc.templateData.value(Preferences::SavedTessaryDataModules).toList().size()));
+    doc.setTemplateFromDefaults(m_defaults);
     const ImageBookmarks &photos = m_browser.imageBookmarks();
     doc.setPhotos(photos.images(), photos.imageAlignments(), photos.framings());
     const TessaryView &view = m_window.tessaryView();
     doc.coordinateTransform = view.coordinateTransform();
     doc.spacingType = view.spacingType();
     doc.imageFrameStyle = view.imageFrameStyle();
-    const Preferences prefs(m_defaults);
-    doc.widthIncrement = prefs.collageWidthIncrement();
-    doc.heightIncrement = prefs.collageHeightIncrement();
     doc.backgroundColor = view.tessaryBackgroundColor();
     doc.jumbled = view.isJumbled();
     if (doc.jumbled) {

@@ -5,13 +5,11 @@
 #include "foundation/Log.h"
 #include "foundation/Preferences.h"
 #include "editor/EditDocument.h"
+#include "editor/EditedImageReader.h"
 #include "editor/EditedImageWriter.h"
 #include "editor/EditorZoom.h"
 #include "photos/ImageBrowserController.h"
-#include "images/ImageFileReader.h"
-#include "output/JpegQuality.h"
 #include "editor/StraightenGeometry.h"
-#include "images/UIImage.h"
 #include "app/editor/AdjustmentsPanel.h"
 #include "app/editor/AnnotateTool.h"
 #include "app/editor/CropTool.h"
@@ -53,34 +51,6 @@ void runInBackground(QObject *context, Work work, Done done)
         done(watcher->result());
     });
     watcher->setFuture(QtConcurrent::run(work));
-}
-
-struct LoadedPhoto {
-    QImage image;
-    ImageEditorWindow::ImageProperties properties;
-    bool ok = false;
-};
-
-LoadedPhoto loadPhoto(const QString &path)
-{
-    LoadedPhoto photo;
-    QByteArray bytes;
-    QString error;
-    if (!ImageFileReader::readFile(path, &bytes, &error))
-        return photo;
-    const ImageFileReader::Header header = ImageFileReader::readHeader(bytes, path);
-    if (!header.ok())
-        return photo;
-    const UIImage::LoadResult loaded = UIImage::loadData(bytes, path);
-    if (!loaded.ok())
-        return photo;
-    photo.image = loaded.image.bestRepresentation();
-    photo.properties.format = header.format;
-    photo.properties.size = photo.image.size();
-    if (header.format == "jpeg")
-        photo.properties.quality = JpegQuality::estimateOrDefault(bytes);
-    photo.ok = !photo.image.isNull();
-    return photo;
 }
 
 } // namespace
@@ -285,7 +255,7 @@ void ImageEditorWindow::beginEditing()
     m_loading = true;
     m_cantEdit->hide();
     updateStatus();
-    runInBackground(this, [path] { return loadPhoto(path); }, [this, path, generation](const LoadedPhoto &photo) {
+    runInBackground(this, [path] { return EditedImageReader::read(path); }, [this, path, generation](const EditedImageReader::Photo &photo) {
         if (generation != m_loadGeneration)
             return; // another photo was asked for meanwhile
         m_loading = false;

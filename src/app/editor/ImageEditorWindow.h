@@ -2,6 +2,7 @@
 
 #include "app/MessageBoxAlertPresenter.h"
 #include "editor/EditOperation.h"
+#include "editor/EditedImageReader.h"
 #include "editor/ImageEditorSession.h"
 
 #include <QByteArray>
@@ -34,11 +35,7 @@ class ImageEditorWindow : public QMainWindow
 public:
     // What the edited file is, for saving: its format and, for a JPEG, the quality it was
     // written with.
-    struct ImageProperties {
-        QByteArray format;
-        int quality = -1;
-        QSize size;
-    };
+    using ImageProperties = EditedImageReader::Properties;
 
     ImageEditorWindow(ImageBrowserController &browser, UserDefaults &defaults, const QString &resourcesFolder,
                       QWidget *parent = nullptr);

@@ -3,13 +3,13 @@
 #include "app/photos/ImageBrowserDelegate.h"
 #include "app/photos/ImageBrowserModel.h"
 #include "app/templates/TemplateTableView.h"
+#include "widgets/DropIndicator.h"
 
 #include <QCoreApplication>
 #include <QDrag>
 #include <QDragEnterEvent>
 #include <QMimeData>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QUrl>
 
 namespace {
@@ -17,7 +17,6 @@ namespace {
 // The outer quarters of a photo are "between" (before it, or before the next one); the middle
 // half is "on" it.
 constexpr double kBetweenFraction = 0.25;
-constexpr int kIndicatorWidth = 3;
 
 } // namespace
 
@@ -237,29 +236,14 @@ QRect ImageBrowserListView::dropIndicatorRect(const DropTarget &target) const
     const bool after = target.row >= n;
     const QRect r = visualRect(model()->index(after ? n - 1 : target.row, 0));
     const int x = after ? r.right() + spacing() : r.left() - spacing();
-    return QRect(x - kIndicatorWidth / 2, r.top() + 4, kIndicatorWidth, r.height() - 8);
+    return QRect(x - DropIndicator::kLineWidth / 2, r.top() + 4, DropIndicator::kLineWidth, r.height() - 8);
 }
 
 void ImageBrowserListView::paintEvent(QPaintEvent *event)
 {
     QListView::paintEvent(event);
-    if (!m_dropTarget)
-        return;
-    const QRect rect = dropIndicatorRect(*m_dropTarget);
-    if (rect.isEmpty())
-        return;
-    QPainter painter(viewport());
-    painter.setRenderHint(QPainter::Antialiasing);
-    const QColor color = ImageBrowserDelegate::selectionColor();
-    if (m_dropTarget->operation == ImageBrowserController::DropOn) {
-        QColor fill = color;
-        fill.setAlpha(50);
-        painter.setPen(QPen(color, 2));
-        painter.setBrush(fill);
-        painter.drawRoundedRect(QRectF(rect).adjusted(1, 1, -1, -1), 6, 6);
-    } else {
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(color);
-        painter.drawRoundedRect(rect, 1.5, 1.5);
-    }
+    if (m_dropTarget)
+        DropIndicator::paint(viewport(), dropIndicatorRect(*m_dropTarget),
+                             m_dropTarget->operation == ImageBrowserController::DropOn,
+                             ImageBrowserDelegate::selectionColor());
 }

@@ -4,6 +4,7 @@
 #include "app/result/ResultOutputs.h"
 #include "app/result/ResultWindow.h"
 #include "output/PageRenderer.h"
+#include "widgets/ConfirmAlert.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -136,17 +137,10 @@ void PrintOutputs::askForPdfPath()
             writePdf(path);
             return;
         }
-        m_alert = new QMessageBox(QMessageBox::Warning, tr("“%1” already exists.").arg(QFileInfo(path).fileName()),
-                                  tr("“%1” already exists.").arg(QFileInfo(path).fileName()),
-                                  QMessageBox::NoButton, &m_window);
+        m_alert = ConfirmAlert::open(&m_window, tr("“%1” already exists.").arg(QFileInfo(path).fileName()),
+                                     tr("Do you want to replace it? Its contents will be lost."), tr("Replace"),
+                                     [this, path] { writePdf(path); });
         m_alert->setObjectName(QStringLiteral("replacePdfAlert"));
-        m_alert->setInformativeText(tr("Do you want to replace it? Its contents will be lost."));
-        m_alert->addButton(tr("Replace"), QMessageBox::AcceptRole);
-        m_alert->setDefaultButton(m_alert->addButton(QMessageBox::Cancel));
-        m_alert->setWindowModality(Qt::WindowModal);
-        m_alert->setAttribute(Qt::WA_DeleteOnClose);
-        connect(m_alert, &QMessageBox::accepted, this, [this, path] { writePdf(path); });
-        m_alert->open();
     });
     m_fileDialog->open();
 }

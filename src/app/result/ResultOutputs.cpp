@@ -4,6 +4,7 @@
 #include "app/result/ResultSaveDialog.h"
 #include "app/result/ResultWindow.h"
 #include "foundation/AtomicFileWriter.h"
+#include "foundation/ImagesFolder.h"
 #include "foundation/Log.h"
 #include "foundation/MimeHandlers.h"
 #include "foundation/Preferences.h"
@@ -305,11 +306,12 @@ void ResultOutputs::putImageOnClipboardAndOpenInPreview()
 
 void ResultOutputs::insertResult()
 {
-    const QString folder = ImageBrowserController::imagesPath();
     const QImage image = m_window.image();
-    if (folder.isEmpty() || image.isNull())
+    if (image.isNull())
         return;
-    const QString path = QDir(folder).filePath(ResultFormat::uuidPngName());
+    const QString path = ImagesFolder::newFilePath(QStringLiteral("png"));
+    if (path.isEmpty())
+        return;
     run(tr("Adding to the photos…"),
         writeJob(image, path, ResultEncoder::Settings()),
         [this](const Outcome &o) {

@@ -1,6 +1,7 @@
 #include "app/templates/TemplateTableView.h"
 
 #include "templates/TemplateEditor.h"
+#include "widgets/DropIndicator.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -10,7 +11,6 @@
 #include <QImage>
 #include <QMimeData>
 #include <QMouseEvent>
-#include <QPainter>
 #include <QTemporaryDir>
 #include <QUrl>
 
@@ -19,7 +19,6 @@ namespace {
 // On a row that a drop may land on, its upper and lower quarters are "between" (before it, or
 // before the next row) and its middle half is "on" it; on other rows each half is "between".
 constexpr double kBetweenFraction = 0.25;
-constexpr int kLineWidth = 3;
 constexpr int kDragPixmapSide = 120;
 
 QByteArray tableName(TemplateTable table)
@@ -288,42 +287,21 @@ QRect TemplateTableView::dropIndicatorRect(const DropTarget &target) const
     const int left = 3;
     const int width = viewport()->width() - 2 * left;
     if (n == 0)
-        return QRect(left, 2, width, kLineWidth);
+        return QRect(left, 2, width, DropIndicator::kLineWidth);
     if (target.operation == TemplateDrop::Operation::On)
         return visualRect(model()->index(int(std::min<qsizetype>(target.row, n - 1)), 0));
     // A line in the gap above the row, or under the last one.
     const bool after = target.row >= n;
     const QRect r = visualRect(model()->index(after ? n - 1 : int(target.row), 0));
     const int y = after ? r.bottom() + 1 + spacing() / 2 : r.top() - 1 - spacing() / 2;
-    return QRect(left, y - kLineWidth / 2, width, kLineWidth);
+    return QRect(left, y - DropIndicator::kLineWidth / 2, width, DropIndicator::kLineWidth);
 }
 
 void TemplateTableView::paintEvent(QPaintEvent *event)
 {
     QListView::paintEvent(event);
-    if (!m_dropTarget)
-        return;
-    const QRect rect = dropIndicatorRect(*m_dropTarget);
-    if (rect.isEmpty())
-        return;
-    QPainter painter(viewport());
-    painter.setRenderHint(QPainter::Antialiasing);
-    const QColor color = palette().color(QPalette::Highlight);
-    if (m_dropTarget->operation == TemplateDrop::Operation::On) {
-        // The row itself is the target: it is framed and tinted.
-        QColor fill = color;
-        fill.setAlpha(60);
-        painter.setPen(QPen(color, 3));
-        painter.setBrush(fill);
-        painter.drawRoundedRect(QRectF(rect).adjusted(2, 2, -2, -2), 5, 5);
-        return;
-    }
-    // The gap is the target: a line across it, with a ring at its start.
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(color);
-    painter.drawRoundedRect(QRectF(rect).adjusted(kLineWidth + 2, 0, 0, 0), 1.5, 1.5);
-    painter.setPen(QPen(color, 2));
-    painter.setBrush(palette().color(QPalette::Base));
-    const QPointF ring(rect.left() + kLineWidth, rect.center().y() + 0.5);
-    painter.drawEllipse(ring, kLineWidth + 0.5, kLineWidth + 0.5);
+    if (m_dropTarget)
+        DropIndicator::paint(viewport(), dropIndicatorRect(*m_dropTarget),
+                             m_dropTarget->operation == TemplateDrop::Operation::On,
+                             palette().color(QPalette::Highlight));
 }
