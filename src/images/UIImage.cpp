@@ -27,6 +27,27 @@ UIImage::UIImage(const QImage &frame)
     }
 }
 
+namespace {
+
+// A photo file read whole with its header, or why it could not be (the reader's words).
+struct HeadedFile {
+    QByteArray bytes;
+    ImageFileReader::Header header;
+    QString error;
+};
+
+HeadedFile readHeadedFile(const QString &path)
+{
+    HeadedFile file;
+    if (!ImageFileReader::readFile(path, &file.bytes, &file.error))
+        return file;
+    file.header = ImageFileReader::readHeader(file.bytes, path);
+    file.error = file.header.error;
+    return file;
+}
+
+} // namespace
+
 UIImage::UIImage(const QList<QImage> &frames, const QSizeF &size)
     : m_data(std::make_shared<Data>())
 {
@@ -61,13 +82,11 @@ UIImage UIImage::initWithContentsOfFile(const QString &path)
 
 UIImage::LoadResult UIImage::loadFileUnderMegaPixels(const QString &path, double megapixels)
 {
-    QByteArray bytes;
-    QString error;
-    if (!ImageFileReader::readFile(path, &bytes, &error))
-        return {UIImage(), error};
-    const ImageFileReader::Header header = ImageFileReader::readHeader(bytes, path);
-    if (!header.ok())
-        return {UIImage(), header.error};
+    const HeadedFile file = readHeadedFile(path);
+    if (!file.error.isEmpty())
+        return {UIImage(), file.error};
+    const QByteArray &bytes = file.bytes;
+    const ImageFileReader::Header &header = file.header;
     const QSizeF full(header.size);
     const QSizeF target = ImageOperations::sizeUnderMegaPixels(full, megapixels);
     if (target != full && header.format == "jpeg") {
@@ -88,13 +107,11 @@ UIImage::LoadResult UIImage::loadFileUnderMegaPixels(const QString &path, double
 
 UIImage::LoadResult UIImage::loadFileWithin(const QString &path, int side)
 {
-    QByteArray bytes;
-    QString error;
-    if (!ImageFileReader::readFile(path, &bytes, &error))
-        return {UIImage(), error};
-    const ImageFileReader::Header header = ImageFileReader::readHeader(bytes, path);
-    if (!header.ok())
-        return {UIImage(), header.error};
+    const HeadedFile file = readHeadedFile(path);
+    if (!file.error.isEmpty())
+        return {UIImage(), file.error};
+    const QByteArray &bytes = file.bytes;
+    const ImageFileReader::Header &header = file.header;
     const QSize target = header.size.width() <= side && header.size.height() <= side
                              ? header.size
                              : header.size.scaled(side, side, Qt::KeepAspectRatio).expandedTo(QSize(1, 1));
@@ -123,13 +140,11 @@ UIImage UIImage::initWithContentsOfFileFittedToSize(const QString &path, const Q
 UIImage UIImage::initWithContentsOfFileFittedToSize(const QString &path, const QSizeF &size, int method,
                                                     const PhotoFraming &framing)
 {
-    QByteArray bytes;
-    QString error;
-    if (!ImageFileReader::readFile(path, &bytes, &error))
+    const HeadedFile file = readHeadedFile(path);
+    if (!file.error.isEmpty())
         return UIImage();
-    const ImageFileReader::Header header = ImageFileReader::readHeader(bytes, path);
-    if (!header.ok())
-        return UIImage();
+    const QByteArray &bytes = file.bytes;
+    const ImageFileReader::Header &header = file.header;
     const QSizeF full(header.size);
     const ResizeGeometry::Plan plan = ResizeGeometry::plan(full, QRectF(QPointF(0, 0), size), method, framing);
     if (header.format == "jpeg" && plan.drawable && !plan.source.isEmpty()) {
