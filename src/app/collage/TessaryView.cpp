@@ -6,9 +6,9 @@
 #include "photos/ImageBrowserController.h"
 #include "photos/ImageCache.h"
 #include "photos/ImageCacheLoader.h"
-#include "images/ResizeGeometry.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
+#include "model/TileImageFitter.h"
 #include "model/TileJumble.h"
 #include "templates/TemplateSelection.h"
 #include "templates/TemplateStore.h"
@@ -39,8 +39,7 @@ struct FitJob {
     QString key;
     UIImage image;
     QFuture<UIImage> placeholder;
-    QSizeF size;
-    int method = 0;
+    TileLayout tile;
     PhotoFraming framing;
 };
 
@@ -48,23 +47,8 @@ QImage fit(const FitJob &job)
 {
     const UIImage source = job.image.isValid() ? job.image : job.placeholder.result();
     // In the screen's own format, so painting never converts it again.
-    const QImage fitted = source.imageToFitSize(job.size, job.method, job.framing).bestRepresentation();
+    const QImage fitted = TileImageFitter::fit(source, job.tile, job.framing).bestRepresentation();
     return fitted.convertToFormat(fitted.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
-}
-
-// What a fitted picture was made from: the photo, the size it was fitted to, the method and
-// framing, and the decoded copy (its pixels' identity), so a changed file is never shown from an
-// old fit.
-QString fitKey(const TileLayout &tile, const UIImage &source, const PhotoFraming &framing)
-{
-    const qint64 pixels = tile.placeholder ? 0 : source.bestRepresentation().cacheKey();
-    const QString framed = framing.isNull() ? QString()
-                                            : QStringLiteral("%1,%2,%3").arg(framing.center().x()).arg(framing.center().y()).arg(framing.zoom());
-    return QStringLiteral("%1|%2x%3|%4|%5|%6")
-        .arg(tile.imagePath, QString::number(tile.imageSize.width(), 'f', 2), QString::number(tile.imageSize.height(), 'f', 2))
-        .arg(tile.imageAlignment)
-        .arg(pixels)
-        .arg(framed);
 }
 
 } // namespace
@@ -292,7 +276,7 @@ void TessaryView::applyLayout(CollageLayout layout)
         const qsizetype index = d->tiles.size();
         d->tiles.append(tile);
         d->unfilled.insert(index);
-        FitJob job{index, QString(), UIImage(), d->placeholder, tileLayout.imageSize, tileLayout.imageAlignment, PhotoFraming()};
+        FitJob job{index, QString(), UIImage(), d->placeholder, tileLayout, PhotoFraming()};
         if (!tileLayout.placeholder) {
             const std::optional<UIImage> cached = d->loader.imageForPath(tileLayout.imagePath);
             if (!cached && !d->loader.isLoading(tileLayout.imagePath)) {
@@ -312,12 +296,9 @@ void TessaryView::applyLayout(CollageLayout layout)
                 continue;
             }
             job.image = *cached;
-            TileLayout shown = tileLayout;
-            if (shown.needsSubject())
-                shown.subject = d->cache.subjectForPath(tileLayout.imagePath);
-            job.framing = shown.shownFraming();
+            job.framing = TileImageFitter::framingFor(tileLayout, d->cache);
         }
-        job.key = fitKey(tileLayout, job.image, job.framing);
+        job.key = TileImageFitter::fitKey(tileLayout, job.image, job.framing);
         const auto fitted = previousFits.constFind(job.key);
         if (fitted != previousFits.constEnd()) {
             tile->imageView()->setImage(*fitted);
@@ -364,11 +345,9 @@ void TessaryView::photoReady(const QString &path)
     }
     const quint64 generation = d->generation;
     for (const qsizetype index : indexes) {
-        TileLayout tile = d->layout.tiles.at(size_t(index));
-        if (tile.needsSubject())
-            tile.subject = d->cache.subjectForPath(path);
-        const PhotoFraming framing = tile.shownFraming();
-        const FitJob job{index, fitKey(tile, *image, framing), *image, d->placeholder, tile.imageSize, tile.imageAlignment, framing};
+        const TileLayout &tile = d->layout.tiles.at(size_t(index));
+        const PhotoFraming framing = TileImageFitter::framingFor(tile, d->cache);
+        const FitJob job{index, TileImageFitter::fitKey(tile, *image, framing), *image, d->placeholder, tile, framing};
         auto *watcher = new QFutureWatcher<QImage>(this);
         connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, job, generation] {
             watcher->deleteLater();
@@ -459,7 +438,7 @@ bool TessaryView::beginFraming(TessaryDataView *tile)
     const qsizetype index = d->tiles.indexOf(tile);
     if (index < 0 || d->jumble.isJumbled())
         return false;
-    TileLayout layout = d->layout.tiles.at(size_t(index));
+    const TileLayout &layout = d->layout.tiles.at(size_t(index));
     if (layout.placeholder)
         return false;
     const std::optional<UIImage> cached = d->cache.cachedImageForPath(layout.imagePath);
@@ -471,17 +450,7 @@ bool TessaryView::beginFraming(TessaryDataView *tile)
     framing.source = cached->bestRepresentation();
     framing.fitSize = layout.imageSize;
     const QSizeF photo(framing.source.size());
-    if (layout.needsSubject())
-        layout.subject = d->cache.subjectForPath(layout.imagePath);
-    PhotoFraming start = layout.shownFraming();
-    if (start.isNull()) {
-        // The gesture starts from what the alignment shows; the whole-photo fit starts filled.
-        const int method = layout.imageAlignment == ResizeGeometry::ResizeScale ? ResizeGeometry::ResizeCrop : layout.imageAlignment;
-        const ResizeGeometry::Plan plan = ResizeGeometry::plan(photo, QRectF(QPointF(0, 0), framing.fitSize), method);
-        const QRectF fromTop(plan.source.x(), photo.height() - plan.source.bottom(), plan.source.width(), plan.source.height());
-        start = PhotoFraming::fromCropRect(photo, framing.fitSize, fromTop);
-    }
-    framing.start = framing.current = start.clamped(photo, framing.fitSize);
+    framing.start = framing.current = TileImageFitter::gestureStart(photo, layout, TileImageFitter::framingFor(layout, d->cache));
     d->framing = framing;
     tile->imageView()->setFramingPreview(framing.source, framing.current.cropRect(photo, framing.fitSize), framing.fitSize);
     return true;
