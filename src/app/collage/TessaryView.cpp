@@ -17,7 +17,7 @@
 #include "app/collage/TessaryDocumentView.h"
 
 #include <QFileInfo>
-#include <QFutureWatcher>
+#include <QFuture>
 #include <QHash>
 #include <QLabel>
 #include <QPointer>
@@ -25,33 +25,28 @@
 #include <QSet>
 #include <QThreadPool>
 #include <QTimer>
-#include <QtConcurrent/QtConcurrentMap>
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <optional>
 
-namespace {
-
 // One picture to fit to its tile off the main thread. The placeholder picture is read on a
 // worker too, once, and shared by its tiles.
-struct FitJob {
+struct TessaryView::FitJob {
     qsizetype index = 0;
     QString key;
     UIImage image;
     QFuture<UIImage> placeholder;
     TileLayout tile;
     PhotoFraming framing;
+
+    QImage fitted() const
+    {
+        const UIImage source = image.isValid() ? image : placeholder.result();
+        // In the screen's own format, so painting never converts it again.
+        const QImage picture = TileImageFitter::fit(source, tile, framing).bestRepresentation();
+        return picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    }
 };
-
-QImage fit(const FitJob &job)
-{
-    const UIImage source = job.image.isValid() ? job.image : job.placeholder.result();
-    // In the screen's own format, so painting never converts it again.
-    const QImage fitted = TileImageFitter::fit(source, job.tile, job.framing).bestRepresentation();
-    return fitted.convertToFormat(fitted.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
-}
-
-} // namespace
 
 struct TessaryView::Private {
     Private(UserDefaults &defaults, ImageBrowserController &delegate, AlertPresenter &alerts, const QString &resourcesFolder)
@@ -96,7 +91,8 @@ struct TessaryView::Private {
     // alone (a new selection, a swap, a photo added at the end) shows them again at once.
     QHash<QString, QImage> fitted;
     quint64 generation = 0;
-    QPointer<QFutureWatcher<QImage>> fitWatcher;
+    // Set when the fits asked for the current layout are no longer wanted (a new layout).
+    std::shared_ptr<std::atomic_bool> fitsDropped = std::make_shared<std::atomic_bool>(false);
 
     int coordinateTransform = 0;
     int spacingType = 0;
@@ -143,10 +139,8 @@ TessaryView::TessaryView(UserDefaults &defaults, ImageBrowserController &delegat
 
 TessaryView::~TessaryView()
 {
-    if (d->fitWatcher) {
-        d->fitWatcher->cancel();
-        d->fitWatcher->waitForFinished();
-    }
+    *d->fitsDropped = true;
+    d->photoWork.waitForDone();
     d->placeholder.waitForFinished();
 }
 
@@ -234,10 +228,8 @@ void TessaryView::applyLayout(CollageLayout layout)
     // A framing gesture belongs to a tile of the layout going away.
     d->framingRest.stop();
     d->framing.reset();
-    if (d->fitWatcher) {
-        d->fitWatcher->disconnect(this);
-        d->fitWatcher->cancel();
-    }
+    *d->fitsDropped = true;
+    d->fitsDropped = std::make_shared<std::atomic_bool>(false);
     d->cache.removeUnlistedEntries();
 
     // The pictures on screen stand in for the same photos until their new fits arrive.
@@ -314,18 +306,8 @@ void TessaryView::applyLayout(CollageLayout layout)
     updateToolTips();
     d->document->setUpdatesEnabled(true);
 
-    if (!jobs.isEmpty()) {
-        auto *watcher = new QFutureWatcher<QImage>(this);
-        d->fitWatcher = watcher;
-        const quint64 generation = d->generation;
-        connect(watcher, &QFutureWatcherBase::resultReadyAt, this, [this, watcher, jobs, generation](int i) {
-            if (generation != d->generation || watcher->isCanceled())
-                return;
-            showFitted(jobs.at(i).index, jobs.at(i).key, watcher->resultAt(i));
-        });
-        connect(watcher, &QFutureWatcherBase::finished, watcher, &QObject::deleteLater);
-        watcher->setFuture(QtConcurrent::mapped(&d->photoWork, jobs, fit));
-    }
+    for (const FitJob &job : std::as_const(jobs))
+        startFit(job);
     emit layoutChanged();
     if (d->unfilled.isEmpty())
         emit tilesFilled();
@@ -343,19 +325,23 @@ void TessaryView::photoReady(const QString &path)
         d->loader.imageForPath(path);
         return;
     }
-    const quint64 generation = d->generation;
     for (const qsizetype index : indexes) {
         const TileLayout &tile = d->layout.tiles.at(size_t(index));
         const PhotoFraming framing = TileImageFitter::framingFor(tile, d->cache);
-        const FitJob job{index, TileImageFitter::fitKey(tile, *image, framing), *image, d->placeholder, tile, framing};
-        auto *watcher = new QFutureWatcher<QImage>(this);
-        connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, job, generation] {
-            watcher->deleteLater();
-            if (generation == d->generation)
-                showFitted(job.index, job.key, watcher->result());
-        });
-        watcher->setFuture(QtConcurrent::run(&d->photoWork, fit, job));
+        startFit({index, TileImageFitter::fitKey(tile, *image, framing), *image, d->placeholder, tile, framing});
     }
+}
+
+void TessaryView::startFit(const FitJob &job)
+{
+    // On the view's pool; the picture comes back on this thread, for the layout it was asked
+    // for only, and not at all once the view is gone.
+    const quint64 generation = d->generation;
+    QtConcurrent::run(&d->photoWork, [job, dropped = d->fitsDropped] { return *dropped ? QImage() : job.fitted(); })
+        .then(this, [this, job, generation](const QImage &image) {
+            if (generation == d->generation)
+                showFitted(job.index, job.key, image);
+        });
 }
 
 void TessaryView::photoChanged(const QString &path)

@@ -6,7 +6,7 @@
 #include "photos/ImageCacheLoader.h"
 
 #include <QFileInfo>
-#include <QFutureWatcher>
+#include <QFuture>
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
@@ -150,13 +150,13 @@ void ImageBrowserModel::decodeThumbnail(const QString &path)
     m_scaling.insert(path);
     auto dropped = std::make_shared<std::atomic_bool>(false);
     m_fromFile.insert(path, dropped);
-    auto *watcher = new QFutureWatcher<QImage>(this);
-    connect(watcher, &QFutureWatcher<QImage>::finished, this, [this, watcher, path, dropped] {
-        watcher->deleteLater();
+    // The result comes back on this thread, and not at all once the model is gone.
+    QtConcurrent::run(m_loader.pool(), [path, dropped] {
+        return *dropped ? QImage() : UIImage::loadFileWithin(path, kThumbnailSide).image.bestRepresentation();
+    }).then(this, [this, path, dropped](const QImage &thumbnail) {
         if (*dropped)
             return;
         m_fromFile.remove(path);
-        const QImage thumbnail = watcher->result();
         if (!thumbnail.isNull()) {
             thumbnailScaled(path, thumbnail);
             return;
@@ -168,9 +168,6 @@ void ImageBrowserModel::decodeThumbnail(const QString &path)
         else
             m_waiting.insert(path);
     });
-    watcher->setFuture(QtConcurrent::run(m_loader.pool(), [path, dropped] {
-        return *dropped ? QImage() : UIImage::loadFileWithin(path, kThumbnailSide).image.bestRepresentation();
-    }));
 }
 
 void ImageBrowserModel::requestWanted()
@@ -197,12 +194,10 @@ void ImageBrowserModel::requestWanted()
 void ImageBrowserModel::scale(const QString &path, const QImage &image) const
 {
     m_scaling.insert(path);
-    auto *watcher = new QFutureWatcher<QImage>(const_cast<ImageBrowserModel *>(this));
-    connect(watcher, &QFutureWatcher<QImage>::finished, this, [this, watcher, path] {
-        watcher->deleteLater();
-        const_cast<ImageBrowserModel *>(this)->thumbnailScaled(path, watcher->result());
+    auto *self = const_cast<ImageBrowserModel *>(this);
+    QtConcurrent::run(&scaledThumbnail, image).then(self, [self, path](const QImage &thumbnail) {
+        self->thumbnailScaled(path, thumbnail);
     });
-    watcher->setFuture(QtConcurrent::run(&scaledThumbnail, image));
 }
 
 void ImageBrowserModel::thumbnailScaled(const QString &path, const QImage &thumbnail)
