@@ -4,13 +4,13 @@
 #include "PrintingAlertPresenter.h"
 #include "RenderPhotoList.h"
 
-#include "foundation/AtomicFileWriter.h"
 #include "foundation/Paths.h"
 #include "foundation/PlistValue.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "photos/ImageBookmarks.h"
 #include "output/PagePreset.h"
+#include "output/ResultEncoder.h"
 #include "output/ResultFormat.h"
 #include "model/CollageDocument.h"
 #include "model/CollageRenderer.h"
@@ -18,18 +18,14 @@
 #include "model/LayoutEngine.h"
 #include "output/PageRenderer.h"
 #include "model/PhotoSharpness.h"
-#include "output/ParallelPngWriter.h"
 #include "model/RenderScale.h"
 #include "model/TileJumble.h"
 #include "templates/TemplateStore.h"
 #include "templates/TemplateTables.h"
 #include "templates/TemplatesFile.h"
 
-#include <QBuffer>
 #include <QDir>
 #include <QFileInfo>
-#include <QImageWriter>
-#include <QPainter>
 
 #include <optional>
 
@@ -661,43 +657,22 @@ private:
         return result.warnings.isEmpty() ? 0 : 3;
     }
 
-    // Writes the picture atomically: a failed write leaves any earlier file in place.
-    QString write(QImage image)
+    // Writes the picture through the result encoder, atomically: a failed write leaves any
+    // earlier file in place. PNG goes on every core (or --threads), at a fast level unless a
+    // quality asks otherwise; a page's picture carries the page's resolution.
+    QString write(const QImage &image)
     {
-        const QByteArray format = ResultFormat::formatForSuffix(QFileInfo(m_request.output).suffix());
-        if (format == "jpeg" && image.hasAlphaChannel()) {
-            // JPEG has no transparency: what is clear becomes white, as on a page.
-            QImage flat(image.size(), QImage::Format_RGB32);
-            flat.fill(Qt::white);
-            QPainter p(&flat);
-            p.drawImage(0, 0, image);
-            p.end();
-            image = std::move(flat);
+        ResultEncoder::Settings settings;
+        settings.format = ResultFormat::formatForSuffix(QFileInfo(m_request.output).suffix());
+        if (m_request.quality >= 0) {
+            settings.quality = m_request.quality;
+            settings.pngLevel = ResultEncoder::pngLevel(m_request.quality);
         }
-        if (format == "png") {
-            // PNG on every core, at a fast zlib level by default: a single-threaded encoder
-            // would take longer than rendering the collage. Quality 100 stores, 0 compresses most.
-            ParallelPngWriter::Options png;
-            png.level = m_request.quality >= 0 ? (100 - m_request.quality) * 9 / 100 : 1;
-            png.threads = m_request.threads;
-            if (m_request.page)
-                png.dotsPerMeter = image.dotsPerMeterX();
-            QString error;
-            if (!ParallelPngWriter::writeFile(image, m_request.output, png, &error))
-                return QStringLiteral("cannot write '%1': %2").arg(m_request.output, error);
-            return QString();
-        }
-        // Encoded in memory, then written atomically with the system's reason on failure.
-        QByteArray encoded;
-        QBuffer buffer(&encoded);
-        buffer.open(QIODevice::WriteOnly);
-        QImageWriter writer(&buffer, format);
-        if (format == "jpeg" || format == "webp")
-            writer.setQuality(m_request.quality >= 0 ? m_request.quality : 90);
-        if (!writer.write(image))
-            return QStringLiteral("cannot write '%1': %2").arg(m_request.output, writer.errorString());
+        settings.threads = m_request.threads;
+        if (m_request.page)
+            settings.dotsPerMeter = image.dotsPerMeterX();
         QString error;
-        if (!AtomicFileWriter::write(m_request.output, encoded, &error))
+        if (!ResultEncoder::writeFile(image, m_request.output, settings, &error))
             return QStringLiteral("cannot write '%1': %2").arg(m_request.output, error);
         return QString();
     }
