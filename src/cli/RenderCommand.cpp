@@ -479,14 +479,9 @@ private:
                          PlistValue::floatValue(doc.templateData.value(Preferences::ContentSizeHeight)));
         CollageLayout layout = engine.layoutTemplate(doc.templateData, m_request.size.value_or(own), &photos);
         CoordinateTransform::applyCoordinateTransform(layout);
-        if (doc.jumbled && qsizetype(layout.tiles.size()) == doc.jumbledFrames.size()) {
-            const QSizeF size = layout.contentSize;
-            for (size_t k = 0; k < layout.tiles.size(); ++k) {
-                const QRectF &f = doc.jumbledFrames[qsizetype(k)];
-                layout.tiles[k].frame = QRectF(f.x() * size.width(), f.y() * size.height(), f.width() * size.width(),
-                                               f.height() * size.height());
-            }
-        }
+        const QList<QRectF> jumbled = doc.jumbledFramesAt(layout.contentSize, qsizetype(layout.tiles.size()));
+        for (qsizetype k = 0; k < jumbled.size(); ++k)
+            layout.tiles[size_t(k)].frame = jumbled[k];
         if (m_request.layoutOnly)
             return printLayout(layout);
         if (layout.tiles.empty() || layout.contentSize.isEmpty())
@@ -529,11 +524,10 @@ private:
                 return QStringLiteral("the user defaults store '%1' holds no collage yet; choose one with --template "
                                       "FILE or --builtin N")
                     .arg(defaults.filePath());
-            templateData = QVariantMap{{Preferences::ModuleSizeInPoints, prefs.moduleSizeInPoints()},
-                                       {Preferences::BorderWidth, prefs.borderWidth()},
-                                       {Preferences::ContentSizeWidth, double(prefs.contentSizeWidth())},
-                                       {Preferences::ContentSizeHeight, double(prefs.contentSizeHeight())},
-                                       {Preferences::SavedTessaryDataModules, prefs.savedTessaryDataModules()}};
+            // The current collage's template, as a collage document takes it from the store.
+            CollageDocument current;
+            current.setTemplateFromDefaults(defaults);
+            templateData = current.templateData;
             return QString();
         }
         if (index >= templates.size())
