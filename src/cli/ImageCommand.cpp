@@ -1,17 +1,15 @@
 #include "ImageCommand.h"
 
 
-#include "foundation/AtomicFileWriter.h"
 #include "images/ImageFileReader.h"
+#include "output/ResultEncoder.h"
 #include "output/ResultFormat.h"
 #include "images/PhotoFraming.h"
 #include "images/UIImage.h"
 #include "model/CollageRenderer.h"
 #include "model/TileLayout.h"
 
-#include <QBuffer>
 #include <QFileInfo>
-#include <QImageWriter>
 
 namespace {
 
@@ -78,16 +76,11 @@ int fit(const QStringList &args, CliContext &context)
     if (!fitted.isValid())
         return context.fail(QStringLiteral("image fit: cannot make a %1 x %2 picture").arg(width).arg(height));
 
-    // Encoded in memory, then written to a temporary file renamed into place: a failed write
-    // leaves no half file, and says the system's reason, which an image writer does not know.
-    QByteArray encoded;
-    QBuffer buffer(&encoded);
-    buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, format);
-    if (!writer.write(fitted.bestRepresentation()))
-        return context.fail(QStringLiteral("cannot write '%1': %2").arg(out, writer.errorString()));
+    // Through the result encoder: a failed write leaves no half file, and says the system's reason.
+    ResultEncoder::Settings settings;
+    settings.format = format;
     QString error;
-    if (!AtomicFileWriter::write(out, encoded, &error))
+    if (!ResultEncoder::writeFile(fitted.bestRepresentation(), out, settings, &error))
         return context.fail(QStringLiteral("cannot write '%1': %2").arg(out, error));
     return 0;
 }

@@ -4,13 +4,13 @@
 #include "PrintingAlertPresenter.h"
 #include "RenderPhotoList.h"
 
-#include "foundation/AtomicFileWriter.h"
 #include "foundation/Paths.h"
 #include "foundation/PlistValue.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "photos/ImageBookmarks.h"
 #include "output/PagePreset.h"
+#include "output/ResultEncoder.h"
 #include "output/ResultFormat.h"
 #include "model/CollageDocument.h"
 #include "model/CollageRenderer.h"
@@ -18,18 +18,14 @@
 #include "model/LayoutEngine.h"
 #include "output/PageRenderer.h"
 #include "model/PhotoSharpness.h"
-#include "output/ParallelPngWriter.h"
 #include "model/RenderScale.h"
 #include "model/TileJumble.h"
 #include "templates/TemplateStore.h"
 #include "templates/TemplateTables.h"
 #include "templates/TemplatesFile.h"
 
-#include <QBuffer>
 #include <QDir>
 #include <QFileInfo>
-#include <QImageWriter>
-#include <QPainter>
 
 #include <optional>
 
@@ -483,14 +479,9 @@ private:
                          PlistValue::floatValue(doc.templateData.value(Preferences::ContentSizeHeight)));
         CollageLayout layout = engine.layoutTemplate(doc.templateData, m_request.size.value_or(own), &photos);
         CoordinateTransform::applyCoordinateTransform(layout);
-        if (doc.jumbled && qsizetype(layout.tiles.size()) == doc.jumbledFrames.size()) {
-            const QSizeF size = layout.contentSize;
-            for (size_t k = 0; k < layout.tiles.size(); ++k) {
-                const QRectF &f = doc.jumbledFrames[qsizetype(k)];
-                layout.tiles[k].frame = QRectF(f.x() * size.width(), f.y() * size.height(), f.width() * size.width(),
-                                               f.height() * size.height());
-            }
-        }
+        const QList<QRectF> jumbled = doc.jumbledFramesAt(layout.contentSize, qsizetype(layout.tiles.size()));
+        for (qsizetype k = 0; k < jumbled.size(); ++k)
+            layout.tiles[size_t(k)].frame = jumbled[k];
         if (m_request.layoutOnly)
             return printLayout(layout);
         if (layout.tiles.empty() || layout.contentSize.isEmpty())
@@ -533,11 +524,10 @@ private:
                 return QStringLiteral("the user defaults store '%1' holds no collage yet; choose one with --template "
                                       "FILE or --builtin N")
                     .arg(defaults.filePath());
-            templateData = QVariantMap{{Preferences::ModuleSizeInPoints, prefs.moduleSizeInPoints()},
-                                       {Preferences::BorderWidth, prefs.borderWidth()},
-                                       {Preferences::ContentSizeWidth, double(prefs.contentSizeWidth())},
-                                       {Preferences::ContentSizeHeight, double(prefs.contentSizeHeight())},
-                                       {Preferences::SavedTessaryDataModules, prefs.savedTessaryDataModules()}};
+            // The current collage's template, as a collage document takes it from the store.
+            CollageDocument current;
+            current.setTemplateFromDefaults(defaults);
+            templateData = current.templateData;
             return QString();
         }
         if (index >= templates.size())
@@ -661,43 +651,22 @@ private:
         return result.warnings.isEmpty() ? 0 : 3;
     }
 
-    // Writes the picture atomically: a failed write leaves any earlier file in place.
-    QString write(QImage image)
+    // Writes the picture through the result encoder, atomically: a failed write leaves any
+    // earlier file in place. PNG goes on every core (or --threads), at a fast level unless a
+    // quality asks otherwise; a page's picture carries the page's resolution.
+    QString write(const QImage &image)
     {
-        const QByteArray format = ResultFormat::formatForSuffix(QFileInfo(m_request.output).suffix());
-        if (format == "jpeg" && image.hasAlphaChannel()) {
-            // JPEG has no transparency: what is clear becomes white, as on a page.
-            QImage flat(image.size(), QImage::Format_RGB32);
-            flat.fill(Qt::white);
-            QPainter p(&flat);
-            p.drawImage(0, 0, image);
-            p.end();
-            image = std::move(flat);
+        ResultEncoder::Settings settings;
+        settings.format = ResultFormat::formatForSuffix(QFileInfo(m_request.output).suffix());
+        if (m_request.quality >= 0) {
+            settings.quality = m_request.quality;
+            settings.pngLevel = ResultEncoder::pngLevel(m_request.quality);
         }
-        if (format == "png") {
-            // PNG on every core, at a fast zlib level by default: a single-threaded encoder
-            // would take longer than rendering the collage. Quality 100 stores, 0 compresses most.
-            ParallelPngWriter::Options png;
-            png.level = m_request.quality >= 0 ? (100 - m_request.quality) * 9 / 100 : 1;
-            png.threads = m_request.threads;
-            if (m_request.page)
-                png.dotsPerMeter = image.dotsPerMeterX();
-            QString error;
-            if (!ParallelPngWriter::writeFile(image, m_request.output, png, &error))
-                return QStringLiteral("cannot write '%1': %2").arg(m_request.output, error);
-            return QString();
-        }
-        // Encoded in memory, then written atomically with the system's reason on failure.
-        QByteArray encoded;
-        QBuffer buffer(&encoded);
-        buffer.open(QIODevice::WriteOnly);
-        QImageWriter writer(&buffer, format);
-        if (format == "jpeg" || format == "webp")
-            writer.setQuality(m_request.quality >= 0 ? m_request.quality : 90);
-        if (!writer.write(image))
-            return QStringLiteral("cannot write '%1': %2").arg(m_request.output, writer.errorString());
+        settings.threads = m_request.threads;
+        if (m_request.page)
+            settings.dotsPerMeter = image.dotsPerMeterX();
         QString error;
-        if (!AtomicFileWriter::write(m_request.output, encoded, &error))
+        if (!ResultEncoder::writeFile(image, m_request.output, settings, &error))
             return QStringLiteral("cannot write '%1': %2").arg(m_request.output, error);
         return QString();
     }

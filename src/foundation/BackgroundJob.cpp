@@ -1,40 +1,54 @@
 #include "BackgroundJob.h"
 
 #include <QDeadlineTimer>
+#include <QMutex>
 #include <QThread>
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <cmath>
+
+// The job as the work sees it: a pointer cleared (under the lock) when the job goes, so that the
+// work never posts to a job that is gone. A call posted before that is discarded with the job.
+struct BackgroundJob::Link {
+    QMutex mutex;
+    BackgroundJob *job = nullptr;
+};
 
 void BackgroundJob::Control::setProgress(double fraction)
 {
     if (std::abs(fraction - m_lastFraction) < 0.001 && fraction < 1.0)
         return;
     m_lastFraction = fraction;
-    m_job->deliver(m_generation, [job = m_job, fraction] { emit job->progressChanged(fraction); });
+    deliver(m_link, m_generation, [fraction](BackgroundJob &job) { emit job.progressChanged(fraction); });
 }
 
 void BackgroundJob::Control::setMessage(const QString &message)
 {
-    m_job->deliver(m_generation, [job = m_job, message] { emit job->messageChanged(message); });
+    deliver(m_link, m_generation, [message](BackgroundJob &job) { emit job.messageChanged(message); });
 }
 
 void BackgroundJob::Control::post(const QVariant &partial)
 {
-    m_job->deliver(m_generation, [job = m_job, partial] { emit job->partialResult(partial); });
+    deliver(m_link, m_generation, [partial](BackgroundJob &job) { emit job.partialResult(partial); });
 }
 
-BackgroundJob::BackgroundJob(QObject *parent, Threads threads)
+BackgroundJob::BackgroundJob(QObject *parent, Threads threads, Ending ending)
     : QObject(parent)
-    , m_threads(threads)
+    , m_threads(ending == Ending::Drop ? Threads::SharedPool : threads)
+    , m_ending(ending)
+    , m_link(std::make_shared<Link>())
 {
+    m_link->job = this;
     m_pool.setMaxThreadCount(1);
 }
 
 BackgroundJob::~BackgroundJob()
 {
     cancel();
-    waitForDone();
+    if (m_ending == Ending::Wait)
+        waitForDone();
+    const QMutexLocker lock(&m_link->mutex);
+    m_link->job = nullptr;
 }
 
 bool BackgroundJob::waitForDone(int msecs)
@@ -59,12 +73,12 @@ void BackgroundJob::start(Work work)
     m_canceled = canceled;
     m_running = true;
     // The future is not kept: the reports and the result come back by queued calls.
-    auto run = [this, generation, canceled, work = std::move(work)] {
-        Control control(this, generation, canceled);
+    auto run = [link = m_link, generation, canceled, work = std::move(work)] {
+        Control control(link, generation, canceled);
         const QVariant result = work(control);
-        deliver(generation, [this, result, canceled] {
-            m_running = false;
-            emit finished(result, canceled->load());
+        deliver(link, generation, [result, canceled](BackgroundJob &job) {
+            job.m_running = false;
+            emit job.finished(result, canceled->load());
         });
     };
     if (m_threads == Threads::Own) {
@@ -84,12 +98,17 @@ void BackgroundJob::cancel()
         m_canceled->store(true);
 }
 
-void BackgroundJob::deliver(quint64 generation, std::function<void()> report)
+void BackgroundJob::deliver(const std::shared_ptr<Link> &link, quint64 generation,
+                            std::function<void(BackgroundJob &job)> report)
 {
-    // Queued to the owner's thread; dropped there when newer work has started. Calls still
-    // queued when the job is destroyed are discarded with it.
-    QMetaObject::invokeMethod(this, [this, generation, report = std::move(report)] {
-        if (generation == m_generation)
-            report();
+    // Queued to the job's thread and dropped there when newer work has started. Calls still
+    // queued when the job is destroyed are discarded with it; none is queued after.
+    const QMutexLocker lock(&link->mutex);
+    BackgroundJob *job = link->job;
+    if (!job)
+        return;
+    QMetaObject::invokeMethod(job, [job, generation, report = std::move(report)] {
+        if (generation == job->m_generation)
+            report(*job);
     }, Qt::QueuedConnection);
 }

@@ -17,8 +17,12 @@
 // cancel() asks the running work to stop; the work sees it at its next check and returns, and
 // finished() still comes, with `canceled` set. A new start() while work runs cancels that work
 // and drops its later reports, so a window never hears from work it gave up; the new work begins
-// once the old has returned. The destructor cancels and waits, so quitting never leaves work
-// behind. By default the job's thread is its own, never one of the global pool's: Qt's image
+// once the old has returned. The destructor cancels and, by default, waits, so quitting never
+// leaves work behind (Ending::Wait). A window that may close while work it cannot stop runs (a
+// decode) uses Ending::Drop instead: the destructor cancels and returns at once, the work ends on
+// its thread and whatever it reports later goes nowhere. Such work runs on the global pool, which
+// the application waits for as it ends, since a thread of the job's own would go with the job.
+// By default the job's thread is its own, never one of the global pool's: Qt's image
 // operations split their work over that pool and wait for it, so the work goes faster. The
 // window's own painting waits on that pool too, behind all of those pieces: work that paints or
 // scales a large picture while the window is up runs on a thread of the global pool instead
@@ -27,6 +31,8 @@
 class BackgroundJob : public QObject
 {
     Q_OBJECT
+    struct Link;
+
 public:
     class Control
     {
@@ -41,11 +47,11 @@ public:
 
     private:
         friend class BackgroundJob;
-        Control(BackgroundJob *job, quint64 generation, std::shared_ptr<std::atomic<bool>> canceled)
-            : m_job(job), m_generation(generation), m_canceled(std::move(canceled))
+        Control(std::shared_ptr<Link> link, quint64 generation, std::shared_ptr<std::atomic<bool>> canceled)
+            : m_link(std::move(link)), m_generation(generation), m_canceled(std::move(canceled))
         {
         }
-        BackgroundJob *m_job;
+        std::shared_ptr<Link> m_link;
         quint64 m_generation;
         std::shared_ptr<std::atomic<bool>> m_canceled;
         double m_lastFraction = -1.0;
@@ -53,8 +59,11 @@ public:
     using Work = std::function<QVariant(Control &control)>;
 
     enum class Threads { Own, SharedPool };
+    // What the destructor does with work still running: wait for it, or leave it to end alone.
+    enum class Ending { Wait, Drop };
 
-    explicit BackgroundJob(QObject *parent = nullptr, Threads threads = Threads::Own);
+    // With Ending::Drop the work runs on the global pool, whatever `threads` says.
+    explicit BackgroundJob(QObject *parent = nullptr, Threads threads = Threads::Own, Ending ending = Ending::Wait);
     ~BackgroundJob() override;
 
     void start(Work work);
@@ -71,11 +80,14 @@ signals:
     void finished(const QVariant &result, bool canceled);
 
 private:
-    // Runs `report` on the owner's thread, unless newer work has started since.
-    void deliver(quint64 generation, std::function<void()> report);
+    // Runs `report` on the job's thread, unless the job is gone or newer work has started since.
+    static void deliver(const std::shared_ptr<Link> &link, quint64 generation, std::function<void(BackgroundJob &job)> report);
 
     QThreadPool m_pool;
     Threads m_threads;
+    Ending m_ending;
+    // What the running work reaches the job through; it outlives the job while work runs.
+    std::shared_ptr<Link> m_link;
     // The work started on the global pool, not yet returned.
     std::shared_ptr<std::atomic<int>> m_sharedRunning = std::make_shared<std::atomic<int>>(0);
     quint64 m_generation = 0;

@@ -94,6 +94,16 @@ void CollageDocument::setTemplateFromDefaults(UserDefaults &defaults)
     heightIncrement = prefs.collageHeightIncrement();
 }
 
+QList<QRectF> CollageDocument::jumbledFramesAt(const QSizeF &size, qsizetype tileCount) const
+{
+    QList<QRectF> frames;
+    if (!jumbled || jumbledFrames.size() != tileCount)
+        return frames;
+    for (const QRectF &f : jumbledFrames)
+        frames.append(QRectF(f.x() * size.width(), f.y() * size.height(), f.width() * size.width(), f.height() * size.height()));
+    return frames;
+}
+
 void CollageDocument::setPhotos(const QStringList &paths, const QList<int> &alignments, const QList<PhotoFraming> &framings)
 {
     photos.clear();

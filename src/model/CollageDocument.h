@@ -66,6 +66,9 @@ public:
     // current collage: the template's layout values present there (with "nbrModules" counted from
     // the modules) and the spacing across and down.
     void setTemplateFromDefaults(UserDefaults &defaults);
+    // The jumbled tiles' frames for a collage of `size` with `tileCount` tiles; none when the
+    // document is not jumbled or its frames are for another number of tiles.
+    QList<QRectF> jumbledFramesAt(const QSizeF &size, qsizetype tileCount) const;
     // A document of photos given by path (each found where it is).
     void setPhotos(const QStringList &paths, const QList<int> &alignments, const QList<PhotoFraming> &framings = {});
     // The paths to lay out, in order; a missing photo is an empty path.

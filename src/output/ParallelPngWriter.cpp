@@ -4,7 +4,6 @@
 
 #include <QBuffer>
 #include <QMutex>
-#include <QSaveFile>
 #include <QThread>
 #include <QThreadPool>
 #include <QtConcurrent/QtConcurrentMap>
@@ -170,26 +169,6 @@ bool ParallelPngWriter::write(const QImage &image, QIODevice &device, const Opti
     appendChunk(chunk, "IEND", QByteArray());
     if (!AtomicFileWriter::writeAll(device, chunk, &writeError))
         return fail(writeError);
-    return true;
-}
-
-bool ParallelPngWriter::writeFile(const QImage &image, const QString &path, const Options &options, QString *error)
-{
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly)) {
-        if (error)
-            *error = file.errorString();
-        return false;
-    }
-    if (!write(image, file, options, error)) {
-        file.cancelWriting();
-        return false;
-    }
-    if (!file.commit()) {
-        if (error)
-            *error = file.errorString();
-        return false;
-    }
     return true;
 }
 

@@ -35,8 +35,6 @@ public:
     // The PNG file's bytes, written to `device`; false with `error` set when the picture is null
     // or the device refuses the data.
     static bool write(const QImage &image, QIODevice &device, const Options &options, QString *error = nullptr);
-    // The same into a file, atomically: a failed write leaves any earlier file in place.
-    static bool writeFile(const QImage &image, const QString &path, const Options &options, QString *error = nullptr);
     // The whole PNG in memory (for tests and small pictures).
     static QByteArray encode(const QImage &image, const Options &options);
 };

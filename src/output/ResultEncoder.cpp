@@ -29,9 +29,10 @@ bool isCanceled(const Canceled &canceled)
 }
 
 // libtiff (on the standard error stream, of its own accord) and Qt's JPEG writer (in its
-// logging category) tell of every failed write. A write refused because the work was given up
-// is no error worth a line on the terminal: while this thread's encoder is being stopped, their
-// complaints are dropped; all others still go where they went.
+// logging category) tell of every failed write. A write refused because the work was given up,
+// or cut short by the device (the write then fails with the system's reason), is no error worth
+// a line on the terminal: while this thread's encoder is being stopped, their complaints are
+// dropped; all others still go where they went.
 thread_local bool tGivingUp = false;
 TIFFErrorHandler gTiffErrors = nullptr;
 QtMessageHandler gQtMessages = nullptr;
@@ -76,6 +77,8 @@ public:
     bool isSequential() const override { return m_target.isSequential(); }
     qint64 size() const override { return m_target.size(); }
     bool canceled() const { return m_wasCanceled; }
+    // The device took fewer bytes than it was given, once or more (as on a full disk).
+    bool cutShort() const { return m_cutShort; }
 
 protected:
     qint64 readData(char *data, qint64 maxSize) override
@@ -94,7 +97,12 @@ protected:
         }
         if (!follow())
             return -1;
-        return m_target.write(data, size);
+        const qint64 written = m_target.write(data, size);
+        if (written < size) {
+            m_cutShort = true;
+            tGivingUp = true; // the failure is told with the system's reason
+        }
+        return written;
     }
 
 private:
@@ -107,6 +115,7 @@ private:
     QIODevice &m_target;
     const Canceled &m_canceled;
     bool m_wasCanceled = false;
+    bool m_cutShort = false;
 };
 
 // WebP through libwebp itself rather than Qt's plug-in, the same way (lossless at quality 100,
@@ -184,10 +193,14 @@ bool writeWithQt(const QImage &image, QIODevice &device, const ResultEncoder::Se
         writer.setQuality(std::clamp(settings.quality, 0, 100));
     if (ResultFormat::hasCompression(settings.format))
         writer.setCompression(settings.tiffCompression);
-    if (writer.write(image))
+    // Qt's TIFF writer does not hear of a write libtiff could not finish as it closes.
+    if (writer.write(image) && !guarded.cutShort())
         return true;
-    if (error)
-        *error = guarded.canceled() ? ResultEncoder::canceledReason() : writer.errorString();
+    if (error) {
+        *error = guarded.canceled() ? ResultEncoder::canceledReason()
+                 : guarded.cutShort() ? QStringLiteral("not all of the picture could be written")
+                                      : writer.errorString();
+    }
     return false;
 }
 
@@ -224,6 +237,8 @@ bool writeTo(const QImage &image, QIODevice &device, const ResultEncoder::Settin
     if (settings.format == "png") {
         ParallelPngWriter::Options options;
         options.dotsPerMeter = settings.dotsPerMeter;
+        options.level = settings.pngLevel;
+        options.threads = settings.threads;
         if (progress)
             options.progress = [&progress](int done, int total) { progress(2 + 8 * done / total, 10); };
         options.canceled = canceled;

@@ -5,6 +5,7 @@
 #include <QSize>
 #include <QString>
 
+#include <algorithm>
 #include <functional>
 
 // Turns a result picture into file bytes: in the format and with the options chosen in the save
@@ -24,7 +25,11 @@ public:
         int tiffCompression = 1;   // TIFF: 0 none, 1 LZW
         QSize pixelSize;           // resample to this size first; empty keeps the picture's
         int dotsPerMeter = 0;      // resolution written into the file; 0 leaves the picture's
+        int pngLevel = 1;          // PNG: zlib level 0-9, fast by default
+        int threads = 0;           // PNG: compressing threads; 0 one per core
     };
+    // The PNG level a quality of 0-100 asks for: 100 stores, lower values compress harder.
+    static int pngLevel(int quality) { return (100 - std::clamp(quality, 0, 100)) * 9 / 100; }
 
     // Called as the work advances (from the calling or a worker thread, one call at a time).
     using Progress = std::function<void(int done, int total)>;

@@ -95,4 +95,32 @@ TEST(BackgroundJob, ReportsCancelsAndReplacesWork)
     }
 }
 
+// A job that drops its work returns from its destructor while the work still runs: the work sees
+// the cancel, goes on reporting, and none of its reports reaches the job that is gone.
+TEST(BackgroundJob, DropLeavesWorkToEndAlone)
+{
+    std::atomic<bool> started{false}, sawCancel{false}, released{false}, returned{false};
+    bool returnedBeforeJobWent = true;
+    {
+        BackgroundJob dropping(nullptr, BackgroundJob::Threads::Own, BackgroundJob::Ending::Drop);
+        dropping.start([&](BackgroundJob::Control &control) {
+            started = true;
+            for (int i = 0; i < 5000 && !released; ++i)
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            sawCancel = control.isCanceled();
+            control.setMessage(QStringLiteral("late"));
+            control.setProgress(1.0);
+            returned = true;
+            return QVariant(QStringLiteral("late"));
+        });
+        ASSERT_TRUE(QTest::qWaitFor([&] { return started.load(); }, 5000));
+        QObject::connect(&dropping, &QObject::destroyed, [&] { returnedBeforeJobWent = returned; });
+    }
+    EXPECT_FALSE(returnedBeforeJobWent);
+    released = true;
+    ASSERT_TRUE(QTest::qWaitFor([&] { return returned.load(); }, 5000));
+    QTest::qWait(20); // anything it queued would be delivered now
+    EXPECT_TRUE(sawCancel);
+}
+
 } // namespace

@@ -78,6 +78,9 @@ TEST(CollageDocument, EveryFieldSurvivesWritingAndReading)
     EXPECT_EQ(back.backgroundColor, doc.backgroundColor);
     EXPECT_TRUE(back.jumbled);
     EXPECT_EQ(back.jumbledFrames, doc.jumbledFrames);
+    // Replayed at a collage size, for the same number of tiles only.
+    EXPECT_EQ(back.jumbledFramesAt(QSizeF(2, 10), 2), (QList<QRectF>{QRectF(3, 20, 60, 400), QRectF(-8, 82.5, 100, 600)}));
+    EXPECT_TRUE(back.jumbledFramesAt(QSizeF(2, 10), 3).isEmpty());
     EXPECT_EQ(back.otherKeys, doc.otherKeys);
     EXPECT_TRUE(read.missingPhotos.isEmpty());
 

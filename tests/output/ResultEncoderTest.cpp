@@ -114,6 +114,12 @@ TEST(ResultEncoder, LzwTiffAndCompressionChoice)
     EXPECT_EQ(QImage::fromData(lzw, "tiff").size(), QSize(64, 48));
     EXPECT_EQ(tiffTag(ResultEncoder::encode(image, settingsOf("tiff", {}, 0, 90, 0)), 259), 1); // none
     EXPECT_TRUE(ResultEncoder::png(image).startsWith("\x89PNG"));
+    // PNG's level: a quality of 100 stores, 0 compresses most.
+    ResultEncoder::Settings stored, smallest;
+    stored.pngLevel = ResultEncoder::pngLevel(100);
+    smallest.pngLevel = ResultEncoder::pngLevel(0);
+    smallest.threads = 1;
+    EXPECT_GT(ResultEncoder::encode(image, stored).size(), 2 * ResultEncoder::encode(image, smallest).size());
 }
 
 // Noise: a picture that compresses badly, so its file is far larger than 64 KiB.

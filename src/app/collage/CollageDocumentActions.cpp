@@ -187,13 +187,8 @@ void CollageDocumentActions::apply(const CollageDocument &doc)
     m_browser.reloadData();
     view.reloadData();
     const CollageLayout &layout = view.currentLayout();
-    if (doc.jumbled && qsizetype(layout.tiles.size()) == doc.jumbledFrames.size()) {
-        const QSizeF size = layout.contentSize;
-        QList<QRectF> frames;
-        for (const QRectF &f : doc.jumbledFrames)
-            frames.append(QRectF(f.x() * size.width(), f.y() * size.height(), f.width() * size.width(), f.height() * size.height()));
+    if (const QList<QRectF> frames = doc.jumbledFramesAt(layout.contentSize, qsizetype(layout.tiles.size())); !frames.isEmpty())
         view.jumbleTo(frames);
-    }
     m_applying = false;
 }
 

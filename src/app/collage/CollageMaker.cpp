@@ -8,9 +8,7 @@
 #include "app/collage/TessaryView.h"
 
 #include <QCoreApplication>
-#include <QPromise>
 #include <QTimer>
-#include <QtConcurrent/QtConcurrentRun>
 
 CollageMaker::CollageMaker(TessaryView &view, UserDefaults &defaults, PleaseWaitWindow &pleaseWait, QObject *parent)
     : QObject(parent)
@@ -21,14 +19,16 @@ CollageMaker::CollageMaker(TessaryView &view, UserDefaults &defaults, PleaseWait
         return CollageRenderer::renderScaled(layout, scale, options);
     })
 {
-    m_pool.setMaxThreadCount(1);
     // Quitting gives a render up at once, rather than when the maker goes.
     if (QCoreApplication *app = QCoreApplication::instance())
         connect(app, &QCoreApplication::aboutToQuit, this, [canceled = m_canceled] { canceled->store(true); });
-    connect(&m_watcher, &QFutureWatcher<Rendered>::progressValueChanged, this,
-            [this](int done) { m_pleaseWait.setProgress(done, m_watcher.progressMaximum()); });
-    connect(&m_watcher, &QFutureWatcher<Rendered>::finished, this, [this] {
-        const Rendered rendered = m_watcher.future().resultCount() > 0 ? m_watcher.result() : Rendered();
+    // The tiles drawn so far, out of how many.
+    connect(&m_job, &BackgroundJob::partialResult, this, [this](const QVariant &tiles) {
+        const QVariantList doneOfTotal = tiles.toList();
+        m_pleaseWait.setProgress(doneOfTotal.value(0).toInt(), doneOfTotal.value(1).toInt());
+    });
+    connect(&m_job, &BackgroundJob::finished, this, [this](const QVariant &result) {
+        const Rendered rendered = result.value<Rendered>();
         m_pleaseWait.hidePleaseWaitWindow();
         m_busy = false;
         emit finished();
@@ -44,8 +44,8 @@ CollageMaker::CollageMaker(TessaryView &view, UserDefaults &defaults, PleaseWait
 
 CollageMaker::~CollageMaker()
 {
+    // The job waits for the render as it goes, which skips its remaining tiles.
     m_canceled->store(true);
-    m_watcher.waitForFinished();
 }
 
 void CollageMaker::imageCollage()
@@ -73,20 +73,15 @@ void CollageMaker::render()
     m_renderingOptions = options;
     qCInfo(lcTessary, "Rendering the collage: %d tiles", int(layout.tiles.size()));
 
-    m_watcher.setFuture(QtConcurrent::run(&m_pool, [layout, options, renderer, canceled](QPromise<Rendered> &promise) mutable {
+    m_job.start([layout, options, renderer, canceled](BackgroundJob::Control &control) mutable {
         const qint64 scale = RenderScale::scaleFactor(RenderScale::freeMemoryMB(), layout.contentSize,
                                                       RenderScale::largestScaleFactor(layout));
-        promise.setProgressRange(0, int(layout.tiles.size()));
-        options.progress = [&promise](int done, int total) {
-            promise.setProgressRange(0, total);
-            promise.setProgressValue(done);
-        };
+        options.progress = [&control](int done, int total) { control.post(QVariantList{done, total}); };
         const CollageRenderer::Result result = renderer(layout, scale, options);
         if (canceled->load()) {
             // The program is quitting: the picture is not whole, and nobody waits for it.
             qCInfo(lcTessary, "The render was stopped before it was done");
-            promise.addResult(Rendered());
-            return;
+            return QVariant::fromValue(Rendered());
         }
         for (const QString &warning : result.warnings)
             qCInfo(lcTessary, "%s", qUtf8Printable(warning));
@@ -97,6 +92,6 @@ void CollageMaker::render()
         rendered.unreadable = result.unreadable;
         if (!rendered.image.isNull())
             rendered.sharpest = PhotoSharpness::sharpest(layout, scale);
-        promise.addResult(rendered);
-    }));
+        return QVariant::fromValue(rendered);
+    });
 }

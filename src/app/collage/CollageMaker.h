@@ -1,13 +1,12 @@
 #pragma once
 
+#include "foundation/BackgroundJob.h"
 #include "model/CollageLayout.h"
 #include "images/UnreadablePhotos.h"
 #include "model/CollageRenderer.h"
 
-#include <QFutureWatcher>
 #include <QImage>
 #include <QObject>
-#include <QThreadPool>
 
 #include <atomic>
 #include <functional>
@@ -74,11 +73,10 @@ private:
     Renderer m_renderer;
     int m_delayMs = 1000;
     bool m_busy = false;
-    // The render's own thread, never one of the global pool's: Qt's image scaling and conversion
-    // split their work over the global pool and wait for it, so a render holding a global thread
-    // while another job holds the other could wait for ever on a small machine.
-    QThreadPool m_pool;
-    QFutureWatcher<Rendered> m_watcher;
+    // The render runs on the job's own thread, never one of the global pool's: Qt's image scaling
+    // and conversion split their work over the global pool and wait for it, so a render holding a
+    // global thread while another job holds the other could wait for ever on a small machine.
+    BackgroundJob m_job;
     CollageLayout m_rendering, m_madeLayout;
     CollageRenderer::Options m_renderingOptions, m_madeOptions;
     // Set when the maker goes (the program quits): a running render skips its remaining tiles.

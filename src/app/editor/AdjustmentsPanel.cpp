@@ -10,7 +10,6 @@
 #include <QPushButton>
 #include <QSlider>
 #include <QVBoxLayout>
-#include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
 #include <cmath>
@@ -151,14 +150,8 @@ AdjustmentsPanel::AdjustmentsPanel(QWidget *parent)
     layout->addSpacing(4);
     layout->addWidget(buttons);
 
-    connect(&m_watcher, &QFutureWatcher<QImage>::finished, this, &AdjustmentsPanel::previewFinished);
+    connect(&m_previewJob, &BackgroundJob::finished, this, &AdjustmentsPanel::previewFinished);
     updateButtons();
-}
-
-AdjustmentsPanel::~AdjustmentsPanel()
-{
-    // A preview still running finishes on its own copies and is dropped.
-    m_watcher.disconnect(this);
 }
 
 void AdjustmentsPanel::setPreviewSource(const QImage &proxy)
@@ -236,7 +229,7 @@ void AdjustmentsPanel::requestPreview()
     }
     if (m_source.isNull())
         return;
-    if (m_watcher.isRunning()) {
+    if (m_previewJob.isRunning()) {
         m_pending = true;
         return;
     }
@@ -250,15 +243,15 @@ void AdjustmentsPanel::startPreview()
     m_runningEpoch = m_epoch;
     const QImage source = m_source;
     const PhotoAdjustments adjustments = m_adjustments;
-    m_watcher.setFuture(QtConcurrent::run([source, adjustments] { return adjustments.applyTo(source); }));
+    m_previewJob.start([source, adjustments](BackgroundJob::Control &) { return QVariant(adjustments.applyTo(source)); });
 }
 
-void AdjustmentsPanel::previewFinished()
+void AdjustmentsPanel::previewFinished(const QVariant &preview)
 {
     if (m_runningEpoch == m_epoch) {
-        const QImage preview = m_watcher.result();
-        if (!preview.isNull()) // null only when memory ran out: the last preview stays
-            emit previewReady(preview, m_running);
+        const QImage image = preview.value<QImage>();
+        if (!image.isNull()) // null only when memory ran out: the last preview stays
+            emit previewReady(image, m_running);
     }
     if (m_pending && m_running != m_adjustments && !m_adjustments.isNeutral())
         startPreview();

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "editor/PhotoAdjustments.h"
+#include "foundation/BackgroundJob.h"
 
 #include <QDialog>
-#include <QFutureWatcher>
 #include <QImage>
 
 #include <vector>
@@ -26,7 +26,6 @@ class AdjustmentsPanel : public QDialog
     Q_OBJECT
 public:
     explicit AdjustmentsPanel(QWidget *parent = nullptr);
-    ~AdjustmentsPanel() override;
 
     // The picture the live preview is computed on: a screen-sized copy of the edited photo.
     // Setting it resets the sliders.
@@ -39,7 +38,7 @@ public:
     // While the editor applies at full size: the controls are disabled and a busy bar shows.
     void setApplying(bool applying);
     // True while a preview is being computed on a worker.
-    bool isPreviewing() const { return m_watcher.isRunning(); }
+    bool isPreviewing() const { return m_previewJob.isRunning(); }
 
     void reject() override;
 
@@ -54,7 +53,7 @@ private:
     void sliderChanged(int index, int value);
     void requestPreview();
     void startPreview();
-    void previewFinished();
+    void previewFinished(const QVariant &preview);
     void updateButtons();
 
     QImage m_source;
@@ -67,8 +66,9 @@ private:
     bool m_applying = false;
 
     // The worker's preview: the adjustments it computes and the source generation it is for;
-    // a result for an older source (or overtaken by a neutral preview) is not shown.
-    QFutureWatcher<QImage> m_watcher;
+    // a result for an older source (or overtaken by a neutral preview) is not shown. One still
+    // running when the panel goes finishes on its own copies and is dropped.
+    BackgroundJob m_previewJob{nullptr, BackgroundJob::Threads::SharedPool, BackgroundJob::Ending::Drop};
     PhotoAdjustments m_running;
     quint64 m_runningEpoch = 0;
     quint64 m_epoch = 0;

@@ -2,6 +2,7 @@
 
 #include "app/editor/EditorSavePanel.h"
 
+#include "foundation/BackgroundJob.h"
 #include "foundation/Log.h"
 #include "foundation/Preferences.h"
 #include "editor/EditDocument.h"
@@ -24,7 +25,6 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QFrame>
-#include <QFutureWatcher>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMessageBox>
@@ -35,22 +35,22 @@
 #include <QToolButton>
 #include <QUndoStack>
 #include <QVBoxLayout>
-#include <QtConcurrent>
 
 namespace {
 
 // Runs `work` on a worker thread and hands its result to `done` on the main thread, unless
-// `context` is gone by then.
+// `context` is gone by then: the work then ends on its own and its result is dropped.
 template <typename Work, typename Done>
-void runInBackground(QObject *context, Work work, Done done)
+BackgroundJob *runInBackground(QObject *context, Work work, Done done)
 {
     using Result = decltype(work());
-    auto *watcher = new QFutureWatcher<Result>(context);
-    QObject::connect(watcher, &QFutureWatcher<Result>::finished, context, [watcher, done] {
-        watcher->deleteLater();
-        done(watcher->result());
+    auto *job = new BackgroundJob(context, BackgroundJob::Threads::SharedPool, BackgroundJob::Ending::Drop);
+    QObject::connect(job, &BackgroundJob::finished, context, [job, done](const QVariant &result) {
+        job->deleteLater();
+        done(result.value<Result>());
     });
-    watcher->setFuture(QtConcurrent::run(work));
+    job->start([work](BackgroundJob::Control &) { return QVariant::fromValue(work()); });
+    return job;
 }
 
 } // namespace
@@ -360,10 +360,15 @@ void ImageEditorWindow::refreshPanelSource()
 {
     if (!m_editPanel || !m_canEdit)
         return;
-    // A screen-sized copy, made on a worker: the preview is computed on it.
+    // A screen-sized copy, made on a worker: the preview is computed on it. A copy still being
+    // made of an older picture is dropped.
     const QImage image = m_document->image();
     const QSize screenSize = screen() ? screen()->availableGeometry().size() : QSize(1600, 1000);
-    runInBackground(m_editPanel, [image, screenSize] {
+    if (m_proxyJob) {
+        m_proxyJob->disconnect();
+        m_proxyJob->deleteLater();
+    }
+    m_proxyJob = runInBackground(m_editPanel, [image, screenSize] {
         return image.width() > screenSize.width() || image.height() > screenSize.height()
                    ? image.scaled(screenSize, Qt::KeepAspectRatio, Qt::SmoothTransformation)
                    : image;

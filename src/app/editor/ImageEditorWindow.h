@@ -8,11 +8,13 @@
 #include <QByteArray>
 #include <QImage>
 #include <QMainWindow>
+#include <QPointer>
 #include <QSize>
 
 #include <functional>
 
 class AdjustmentsPanel;
+class BackgroundJob;
 class EditDocument;
 class EditorToolBar;
 class ImageBrowserController;
@@ -121,6 +123,8 @@ private:
     QUndoStack *m_undoStack;
     ImageEditorView *m_view;
     AdjustmentsPanel *m_editPanel = nullptr;
+    // The screen-sized copy of the picture being made for the panel.
+    QPointer<BackgroundJob> m_proxyJob;
     EditorSavePanel *m_savePanel = nullptr;
     ImageProperties m_properties;
     bool m_canEdit = false;

@@ -2,7 +2,6 @@
 
 #include <QPainter>
 #include <QScrollBar>
-#include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
 
@@ -22,32 +21,25 @@ ResultImageView::ResultImageView(QWidget *parent)
     setFrameShape(QFrame::NoFrame);
     setMinimumSize(200, 150);
     viewport()->setAutoFillBackground(false);
-    m_pool.setMaxThreadCount(1);
-    connect(&m_previewWatcher, &QFutureWatcher<QImage>::finished, this, [this] {
-        if (m_previewWatcher.property("generation").toULongLong() != m_generation)
+    connect(&m_previewJob, &BackgroundJob::finished, this, [this](const QVariant &preview, bool canceled) {
+        if (canceled)
             return;
-        m_preview = m_previewWatcher.result();
+        m_preview = preview.value<QImage>();
         viewport()->update();
         emit previewUpdated();
     });
-}
-
-ResultImageView::~ResultImageView()
-{
-    m_previewWatcher.waitForFinished();
 }
 
 void ResultImageView::setImage(const QImage &image)
 {
     m_image = image;
     m_preview = QImage();
-    ++m_generation;
     if (needsPreview()) {
-        m_previewWatcher.setProperty("generation", QVariant::fromValue(m_generation));
-        m_previewWatcher.setFuture(QtConcurrent::run(&m_pool, [image] {
-            return image.scaled(QSize(kPreviewSide, kPreviewSide), Qt::KeepAspectRatio, Qt::SmoothTransformation);
-        }));
+        m_previewJob.start([image](BackgroundJob::Control &) {
+            return QVariant(image.scaled(QSize(kPreviewSide, kPreviewSide), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+        });
     } else {
+        m_previewJob.cancel();
         emit previewUpdated();
     }
     updateScrollBars();

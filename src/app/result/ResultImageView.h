@@ -1,9 +1,9 @@
 #pragma once
 
+#include "foundation/BackgroundJob.h"
+
 #include <QAbstractScrollArea>
-#include <QFutureWatcher>
 #include <QImage>
-#include <QThreadPool>
 
 // The picture of the result window. Proportionally down (the zoom-to-fit rule) shrinks a picture
 // larger than the view to fit and shows a smaller one at its own size; None shows it at its own
@@ -19,7 +19,6 @@ public:
     enum class Scaling { ProportionallyDown, None };
 
     explicit ResultImageView(QWidget *parent = nullptr);
-    ~ResultImageView() override;
 
     void setImage(const QImage &image);
     QImage image() const { return m_image; }
@@ -45,8 +44,7 @@ private:
     QImage m_image;
     QImage m_preview;
     Scaling m_scaling = Scaling::ProportionallyDown;
-    // The reduced copy is made on a thread of its own, not one of the global pool's.
-    QThreadPool m_pool;
-    QFutureWatcher<QImage> m_previewWatcher;
-    quint64 m_generation = 0;
+    // The reduced copy is made on a thread of its own, not one of the global pool's; the copy of
+    // a picture no longer shown is dropped.
+    BackgroundJob m_previewJob;
 };

@@ -4,6 +4,7 @@
 #include "app/result/ResultSaveDialog.h"
 #include "app/result/ResultWindow.h"
 #include "foundation/AtomicFileWriter.h"
+#include "foundation/BackgroundJob.h"
 #include "foundation/ImagesFolder.h"
 #include "foundation/Log.h"
 #include "foundation/MimeHandlers.h"
@@ -17,13 +18,10 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QFutureWatcher>
 #include <QGuiApplication>
 #include <QMimeData>
 #include <QMimeDatabase>
-#include <QPromise>
 #include <QStatusBar>
-#include <QtConcurrent/QtConcurrentRun>
 
 ResultOutputs::ResultOutputs(ResultWindow &window, ImageBrowserController &browser, UserDefaults &defaults,
                              CompletionSound *sound, const QString &defaultImage, QObject *parent)
@@ -39,7 +37,6 @@ ResultOutputs::ResultOutputs(ResultWindow &window, ImageBrowserController &brows
         return MimeHandlers::hasHandler(type) && QDesktopServices::openUrl(url);
     })
 {
-    m_pool.setMaxThreadCount(2);
     m_alerts.setParentWindow(&m_window);
     connect(&m_window, &ResultWindow::workCanceled, this, &ResultOutputs::cancelRunning);
     // Quitting gives up the writes under way rather than waiting for them.
@@ -50,9 +47,9 @@ ResultOutputs::ResultOutputs(ResultWindow &window, ImageBrowserController &brows
 ResultOutputs::~ResultOutputs()
 {
     cancelAll();
-    // Writes under way stop (soon, leaving no file) before the objects they report to go.
-    for (auto *watcher : findChildren<QFutureWatcherBase *>())
-        watcher->waitForFinished();
+    // Writes under way stop (soon, leaving no file) before the objects they report to go: each
+    // job waits for its work as it goes.
+    qDeleteAll(findChildren<BackgroundJob *>(Qt::FindDirectChildrenOnly));
     for (const QString &path : std::as_const(m_temporaryFiles))
         QFile::remove(path);
 }
@@ -69,29 +66,29 @@ ResultOutputs::Job ResultOutputs::writeJob(const QImage &image, const QString &p
 
 void ResultOutputs::run(const QString &text, Job job, std::function<void(const Outcome &)> done)
 {
-    auto *watcher = new QFutureWatcher<Outcome>(this);
+    // A job of its own for each: outputs asked for one after another all run and all answer.
+    auto *work = new BackgroundJob(this);
     const bool shown = !text.isEmpty();
     if (shown) {
         ++m_running;
         m_window.beginWork(text);
-        connect(watcher, &QFutureWatcher<Outcome>::progressValueChanged, this,
-                [this, watcher](int value) { m_window.setWorkProgress(value, watcher->progressMaximum()); });
+        connect(work, &BackgroundJob::progressChanged, this,
+                [this](double fraction) { m_window.setWorkProgress(int(fraction * 100), 100); });
     }
-    connect(watcher, &QFutureWatcher<Outcome>::finished, this, [this, watcher, shown, done, stopped = m_stopped] {
-        Outcome outcome = watcher->future().resultCount() > 0 ? watcher->result() : Outcome();
-        watcher->deleteLater();
+    connect(work, &BackgroundJob::finished, this, [this, work, shown, done, stopped = m_stopped](const QVariant &result) {
+        Outcome outcome = result.value<Outcome>();
+        work->deleteLater();
         // Stopped with the window's Stop: that is no failure, and nothing came of it.
         outcome.canceled = !outcome.ok && stopped->load();
         if (shown && --m_running == 0) // a failure is told in an alert by `done`
             m_window.endWork(outcome.canceled ? tr("Stopped; nothing was written.") : QString());
         done(outcome);
     });
-    watcher->setFuture(QtConcurrent::run(&m_pool, [job](QPromise<Outcome> &promise) {
-        promise.setProgressRange(0, 100);
-        promise.addResult(job([&promise](int value, int total) {
-            promise.setProgressValue(total > 0 ? value * 100 / total : 0);
+    work->start([job](BackgroundJob::Control &control) {
+        return QVariant::fromValue(job([&control](int value, int total) {
+            control.setProgress(total > 0 ? double(value) / total : 0.0);
         }));
-    }));
+    });
 }
 
 void ResultOutputs::cancelAll()

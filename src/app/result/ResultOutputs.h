@@ -9,7 +9,6 @@
 #include <QImage>
 #include <QObject>
 #include <QPointer>
-#include <QThreadPool>
 #include <QUrl>
 
 #include <atomic>
@@ -124,10 +123,9 @@ private:
     QPointer<QFileDialog> m_tiffDialog;
     MessageBoxAlertPresenter m_alerts;
     QStringList m_temporaryFiles;
+    // The encodes run on threads of their own (see BackgroundJob), apart from the global pool,
+    // which Qt's image conversions use and wait for.
     int m_running = 0;
-    // The encodes' own threads, apart from the global pool, which Qt's image conversions use
-    // and wait for.
-    QThreadPool m_pool;
     std::shared_ptr<std::atomic<bool>> m_canceled = std::make_shared<std::atomic<bool>>(false);
     // Set by cancelRunning for the work started before it; work started after gets a new one.
     std::shared_ptr<std::atomic<bool>> m_stopped = std::make_shared<std::atomic<bool>>(false);

@@ -1,12 +1,11 @@
 #include "app/templates/TemplateListModel.h"
 
+#include "foundation/BackgroundJob.h"
 #include "foundation/CountedNoun.h"
 #include "foundation/PlistValue.h"
 #include "templates/TemplateTables.h"
 
-#include <QFuture>
 #include <QSize>
-#include <QtConcurrent/QtConcurrentRun>
 
 #include <cmath>
 
@@ -91,16 +90,19 @@ void TemplateListModel::requestThumbnail(int row) const
     const TemplateStore::Template t = templateAt(row);
     const quint64 generation = m_generation;
     auto *self = const_cast<TemplateListModel *>(this);
-    QtConcurrent::run([t] { return TemplateTables::thumbnailImage(t); })
-        .then(self, [self, row, generation](const QImage &image) {
-            if (generation != self->m_generation)
-                return;
-            self->m_pending.remove(row);
-            self->m_thumbnails.insert(row, image);
-            const QModelIndex changed = self->index(row);
-            emit self->dataChanged(changed, changed, {Qt::DecorationRole});
-            emit self->thumbnailReady(row);
-        });
+    // A job of the model's own: when the model goes first, the decode ends alone, unheard.
+    auto *job = new BackgroundJob(self, BackgroundJob::Threads::SharedPool, BackgroundJob::Ending::Drop);
+    connect(job, &BackgroundJob::finished, self, [self, job, row, generation](const QVariant &image) {
+        job->deleteLater();
+        if (generation != self->m_generation)
+            return;
+        self->m_pending.remove(row);
+        self->m_thumbnails.insert(row, image.value<QImage>());
+        const QModelIndex changed = self->index(row);
+        emit self->dataChanged(changed, changed, {Qt::DecorationRole});
+        emit self->thumbnailReady(row);
+    });
+    job->start([t](BackgroundJob::Control &) { return QVariant(TemplateTables::thumbnailImage(t)); });
 }
 
 void TemplateListModel::setSliderPercent(double percent)
