@@ -133,7 +133,6 @@ TEST_F(PhotoTilerCut, InProgressUntilACutWithAPhotoEnds)
             EXPECT_EQ(written.last().at(1).toInt(), written.last().at(2).toInt());
         }
     }
-    EXPECT_EQ(PhotoTiler().pauseBeforeEachTile(), std::chrono::milliseconds(250));
 }
 
 } // namespace

@@ -118,13 +118,6 @@ TEST_F(ImageCommandTest, BadInputFailsWithAMessage)
     EXPECT_FALSE(QFile::exists(path(QStringLiteral("o.png"))));
 }
 
-TEST_F(ImageCommandTest, HelpGoesToStandardOutput)
-{
-    const CliRun r = CliRun::of({"image", "--help"});
-    EXPECT_EQ(r.code, 0);
-    EXPECT_TRUE(r.out.contains(QLatin1String("image fit IN WIDTH HEIGHT METHOD OUT")));
-}
-
 // A photo stored on its side with an EXIF orientation tag is measured and fitted upright; a
 // picture cut short is refused with its name.
 TEST_F(ImageCommandTest, PhotosAreUprightAndTruncatedOnesRefused)

@@ -1,5 +1,4 @@
-#include "cli/CliContext.h"
-#include "cli/CommandTable.h"
+#include "CliRunner.h"
 
 #include <QDir>
 #include <QFile>
@@ -31,13 +30,10 @@ protected:
     }
     int run(const QStringList &args)
     {
-        out.clear();
-        err.clear();
-        CliContext context(&out, &err);
-        const int code = CommandTable::dispatch(QStringList{QStringLiteral("photos")} + args, context);
-        context.out.flush();
-        context.err.flush();
-        return code;
+        const CliRun r = CliRun::of(QStringList{QStringLiteral("photos")} + args);
+        out = r.out;
+        err = r.err;
+        return r.code;
     }
     QString file(const QString &name)
     {

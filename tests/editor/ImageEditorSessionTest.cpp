@@ -28,7 +28,6 @@ protected:
         session = std::make_unique<ImageEditorSession>(*browser);
     }
 
-    RecordingAlerts alerts;
     std::unique_ptr<ImageBrowserController> browser;
     std::unique_ptr<ImageEditorSession> session;
 };

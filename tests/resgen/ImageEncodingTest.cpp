@@ -1,4 +1,3 @@
-#include "ContactSheet.h"
 #include "ImageEncoding.h"
 
 #include <QBuffer>
@@ -62,35 +61,6 @@ TEST(ImageEncoding, JpegIsOpaqueCloseAndRepeatable)
     EXPECT_NEAR(c.red(), 200, 4);
     EXPECT_NEAR(c.green(), 120, 4);
     EXPECT_NEAR(c.blue(), 40, 4);
-}
-
-TEST(ContactSheet, LaysOutOneCellPerPictureRowByRow)
-{
-    const struct { int count; int columns; int rows; } cases[] = {{0, 8, 1}, {1, 8, 1}, {8, 8, 1}, {9, 8, 2}, {69, 8, 9}, {5, 2, 3}};
-    for (const auto &c : cases) {
-        std::vector<ContactSheet::Entry> entries;
-        for (int i = 0; i < c.count; ++i) {
-            QImage picture(i % 2 ? 300 : 50, i % 2 ? 100 : 400, QImage::Format_RGB32);
-            picture.fill(Qt::red);
-            entries.emplace_back(QStringLiteral("p%1").arg(i), picture);
-        }
-        const int cell = 100;
-        const QImage sheet = ContactSheet::render(entries, cell, c.columns);
-        EXPECT_EQ(sheet.width(), c.columns * (cell + 10) + 10) << c.count;
-        EXPECT_EQ(sheet.height(), c.rows * (cell + 22 + 10) + 10) << c.count;
-        // The last picture's cell shows red in its middle.
-        if (c.count > 0) {
-            const int i = c.count - 1;
-            const QPoint middle(10 + (i % c.columns) * (cell + 10) + cell / 2, 10 + (i / c.columns) * (cell + 32) + cell / 2);
-            EXPECT_EQ(sheet.pixelColor(middle), QColor(Qt::red)) << c.count;
-        }
-    }
-}
-
-TEST(ContactSheet, SurvivesEmptyPictures)
-{
-    const QImage sheet = ContactSheet::render({{QStringLiteral("nothing"), QImage()}}, 50, 3);
-    EXPECT_FALSE(sheet.isNull());
 }
 
 } // namespace

@@ -6,10 +6,8 @@
 #include <QStringList>
 
 #include <utility>
-#include <vector>
 
-// A photo list for tests: fixed paths, alignments and framings, and a record of what the
-// collage asked.
+// A photo list for tests: fixed paths, alignments and framings.
 class FakePhotoList : public TessaryViewDelegate
 {
 public:
@@ -37,12 +35,10 @@ public:
     void selectIndex(qsizetype index) override { m_selected = index; }
     void exchangeItem(qsizetype a, qsizetype b) override
     {
-        exchanges.emplace_back(a, b);
         if (a >= 0 && b >= 0 && a < m_photos.size() && b < m_photos.size())
             m_photos.swapItemsAt(a, b);
     }
 
-    std::vector<std::pair<qsizetype, qsizetype>> exchanges;
     QList<PhotoFraming> framings;
 
 private:

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "foundation/AlertPresenter.h"
 #include "foundation/UserDefaults.h"
+#include "support/RecordingAlertPresenter.h"
 
 #include <QDir>
 #include <QFile>
@@ -10,31 +10,9 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 
-// Records every alert. With autoAnswer set, each alert is answered with its default button at
-// once; otherwise the completions wait in `pending` until a test answers them.
-class RecordingAlerts : public AlertPresenter
-{
-public:
-    void presentAlert(const Alert &alert, std::function<void(int)> completion) override
-    {
-        alerts.append(alert);
-        if (autoAnswer) {
-            if (completion)
-                completion(DefaultButton);
-        } else {
-            pending.append(std::move(completion));
-        }
-    }
-    void beep() override { ++beeps; }
-
-    bool autoAnswer = true;
-    QList<Alert> alerts;
-    QList<std::function<void(int)>> pending;
-    int beeps = 0;
-};
+using RecordingAlerts = RecordingAlertPresenter;
 
 // A temporary world for the photo list: a defaults store, a resources folder and a Documents
 // folder (so the images folder is private to the test).

@@ -11,16 +11,7 @@
 #include <QPainter>
 #include <QString>
 
-#include <ostream>
-
-// Readable values in test failure messages.
-inline void PrintTo(const QSizeF &s, std::ostream *os) { *os << s.width() << " x " << s.height(); }
-inline void PrintTo(const QSize &s, std::ostream *os) { *os << s.width() << " x " << s.height(); }
-inline void PrintTo(const QPointF &p, std::ostream *os) { *os << "(" << p.x() << ", " << p.y() << ")"; }
-inline void PrintTo(const QRectF &r, std::ostream *os)
-{
-    *os << "(" << r.x() << ", " << r.y() << ", " << r.width() << " x " << r.height() << ")";
-}
+#include "support/QtPrinters.h"
 
 namespace testimages {
 

@@ -1,23 +1,20 @@
 // Checks the built-in template library as the build ships it in the resources folder: loaded
-// the way the application loads it, it must offer every module count, greet the factory photos
-// with its first-start row, and every template must be complete and lay out cleanly.
+// the way the application loads it, it must greet the factory photos with its first-start row
+// and offer no layout twice. (The generator refuses a template the layout engine would place
+// otherwise; its own tests hold the counts, the keys and the thumbnails.)
 
 #include "foundation/Paths.h"
 #include "foundation/PlistValue.h"
-#include "model/LayoutEngine.h"
 #include "templates/TemplateStore.h"
 #include "templates/TemplateTables.h"
 #include "templates/TemplatesFile.h"
-#include "support/QtPrinters.h"
 
 #include <QDir>
-#include <QImage>
 #include <QSet>
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 
 namespace {
 
@@ -78,36 +75,6 @@ QVariantList *BuiltInLibrary::s_library = nullptr;
 
 } // namespace
 
-TEST_F(BuiltInLibrary, AllThreeResourcePlacesContributeTemplates)
-{
-    const QDir resources(Paths::resourcesFolder());
-    for (const QString &file : {QStringLiteral("templates.plist"), QStringLiteral("templates_additional.plist")}) {
-        const auto read = TemplatesFile::fromFile(resources.filePath(file));
-        EXPECT_TRUE(read.ok()) << read.error.toStdString();
-        EXPECT_FALSE(read.templates.isEmpty()) << file.toStdString();
-    }
-    const QDir folder(resources.filePath(QStringLiteral("Templates")));
-    const QStringList names = folder.entryList(QDir::Files);
-    EXPECT_GE(names.size(), 2);
-    for (const QString &name : names) {
-        const auto read = TemplatesFile::fromFile(folder.filePath(name));
-        EXPECT_TRUE(read.ok() && !read.templates.isEmpty()) << name.toStdString();
-    }
-}
-
-TEST_F(BuiltInLibrary, OffersEveryModuleCountUpToTheFactoryPhotos)
-{
-    ASSERT_GE(library().size(), 320);
-    std::map<qint64, int> perCount;
-    for (const QVariant &t : library())
-        perCount[integer(t.toMap(), "nbrModules")]++;
-    for (qint64 n = 1; n <= 49; ++n)
-        EXPECT_GE(perCount[n], 1) << "no template with " << n << " modules";
-    // The counts people use most get a real choice.
-    for (qint64 n = 2; n <= 12; ++n)
-        EXPECT_GE(perCount[n], 8) << n << " modules";
-}
-
 TEST_F(BuiltInLibrary, FirstStartRowIsASquareSevenBySevenGrid)
 {
     ASSERT_GT(library().size(), kFirstStartRow);
@@ -135,65 +102,6 @@ TEST_F(BuiltInLibrary, FirstStartRowDoesNotDependOnTheFolderListingOrder)
     const QVariantList reversed = loadLibraryWithReversedFolder();
     ASSERT_EQ(reversed.size(), library().size());
     EXPECT_EQ(reversed[kFirstStartRow].toMap(), library()[kFirstStartRow].toMap());
-}
-
-TEST_F(BuiltInLibrary, EveryTemplateCarriesItsKeysWithTheirTypes)
-{
-    struct Key {
-        const char *name;
-        QMetaType::Type type;
-    };
-    const Key keys[] = {
-        {"nbrModules", QMetaType::LongLong},          {"savedTessaryDataModules", QMetaType::QVariantList},
-        {"contentSizeWidth", QMetaType::Double},      {"contentSizeHeight", QMetaType::Double},
-        {"moduleSizeInPoints", QMetaType::LongLong},  {"borderWidth", QMetaType::LongLong},
-        {"thumbnail", QMetaType::QByteArray},
-    };
-    for (int row = 0; row < library().size(); ++row) {
-        const QVariantMap t = library()[row].toMap();
-        for (const Key &k : keys)
-            EXPECT_EQ(t.value(QLatin1String(k.name)).typeId(), int(k.type)) << "row " << row << " key " << k.name;
-        EXPECT_EQ(t.value(QStringLiteral("savedTessaryDataModules")).toList().size(), integer(t, "nbrModules"))
-            << "row " << row;
-        for (const QVariant &m : t.value(QStringLiteral("savedTessaryDataModules")).toList()) {
-            const QVariantMap module = m.toMap();
-            EXPECT_TRUE(module.value(QStringLiteral("imageFilename")).toString().endsWith(QLatin1String(".png")));
-            EXPECT_EQ(module.value(QStringLiteral("borderColor")).typeId(), int(QMetaType::QByteArray));
-        }
-    }
-}
-
-TEST_F(BuiltInLibrary, EveryThumbnailDecodesWithTheCollagesProportions)
-{
-    for (int row = 0; row < library().size(); ++row) {
-        const QVariantMap t = library()[row].toMap();
-        QImage thumbnail;
-        ASSERT_TRUE(thumbnail.loadFromData(t.value(QStringLiteral("thumbnail")).toByteArray())) << "row " << row;
-        EXPECT_EQ(std::max(thumbnail.width(), thumbnail.height()), 160) << "row " << row;
-        const double w = PlistValue::doubleValue(t.value(QStringLiteral("contentSizeWidth")));
-        const double h = PlistValue::doubleValue(t.value(QStringLiteral("contentSizeHeight")));
-        // Rounded to whole pixels on the short side.
-        EXPECT_NEAR(double(thumbnail.width()) / thumbnail.height(), w / h, 0.04 * w / h) << "row " << row;
-    }
-}
-
-TEST_F(BuiltInLibrary, EveryTemplateLaysOutWithoutSkipsHolesOrOverlap)
-{
-    LayoutEngine engine;
-    for (int row = 0; row < library().size(); ++row) {
-        const QVariantMap t = library()[row].toMap();
-        const QSizeF own(PlistValue::doubleValue(t.value(QStringLiteral("contentSizeWidth"))),
-                         PlistValue::doubleValue(t.value(QStringLiteral("contentSizeHeight"))));
-        const CollageLayout layout = engine.layoutTemplate(t, own);
-        EXPECT_TRUE(layout.skippedModules.empty()) << "row " << row;
-        ASSERT_EQ(qint64(layout.tiles.size()), integer(t, "nbrModules")) << "row " << row;
-        double area = 0;
-        for (const TileLayout &tile : layout.tiles)
-            area += tile.cellFrame.width() * tile.cellFrame.height();
-        // All tiles inside the collage, and their areas add up to it: no hole, no overlap.
-        EXPECT_EQ(layout.extent, own) << "row " << row;
-        EXPECT_DOUBLE_EQ(area, own.width() * own.height()) << "row " << row;
-    }
 }
 
 TEST_F(BuiltInLibrary, NoLayoutIsOfferedTwice)

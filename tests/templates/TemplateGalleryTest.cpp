@@ -27,12 +27,6 @@ TEST(TemplateGallery, OnlyTheLinkPathMakesADownload)
         EXPECT_EQ(TemplateGallery::isTemplateLink(QUrl(QString::fromLatin1(c.link))), c.download) << c.link;
 }
 
-TEST(TemplateGallery, ZoomScriptHasSixDecimals)
-{
-    EXPECT_EQ(TemplateGallery::zoomScript(1.5), QStringLiteral("document.documentElement.style.zoom = \"1.500000\""));
-    EXPECT_EQ(TemplateGallery::zoomScript(0.75), QStringLiteral("document.documentElement.style.zoom = \"0.750000\""));
-}
-
 TEST(TemplateGallery, PreferenceChoosesThePage)
 {
     QTemporaryDir dir;

@@ -103,7 +103,7 @@ TEST(SlotPatternTest, TurningAndMirroringKeepAnExactTiling)
     EXPECT_EQ(mirrored.blocks().front(), QRect(1, 0, 2, 2));
 }
 
-TEST(TemplateDesignTest, TilesAreInReadingOrderAndScaledToCells)
+TEST(TemplateDesignTest, TilesAreInReadingOrderAndScaledToCellsWithEveryKeyTyped)
 {
     // Blocks given bottom-up come out top-down, left to right, in cells.
     const SlotPattern p = pattern(2, 2, {QRect(0, 1, 2, 1), QRect(1, 0, 1, 1), QRect(0, 0, 1, 1)});
@@ -115,7 +115,20 @@ TEST(TemplateDesignTest, TilesAreInReadingOrderAndScaledToCells)
     const QVariantMap t = d.templateDictionary(QByteArray("png"));
     EXPECT_EQ(PlistValue::integerValue(t.value(QStringLiteral("nbrModules"))), 3);
     EXPECT_EQ(t.value(QStringLiteral("contentSizeWidth")).toDouble(), 16.0 * d.moduleSizeInPoints());
+    ASSERT_EQ(modulesOf(t).size(), 3);
     EXPECT_EQ(PlistValue::integerValue(modulesOf(t)[2].toMap().value(QStringLiteral("widthFactor"))), 16);
+    // Every key the store and the layout read, with the type it is read as.
+    const std::pair<const char *, QMetaType::Type> keys[] = {
+        {"nbrModules", QMetaType::LongLong},         {"savedTessaryDataModules", QMetaType::QVariantList},
+        {"contentSizeWidth", QMetaType::Double},     {"contentSizeHeight", QMetaType::Double},
+        {"moduleSizeInPoints", QMetaType::LongLong}, {"borderWidth", QMetaType::LongLong},
+        {"thumbnail", QMetaType::QByteArray}};
+    for (const auto &[key, type] : keys)
+        EXPECT_EQ(t.value(QLatin1String(key)).typeId(), int(type)) << key;
+    for (const QVariant &m : modulesOf(t)) {
+        EXPECT_TRUE(m.toMap().value(QStringLiteral("imageFilename")).toString().endsWith(QLatin1String(".png")));
+        EXPECT_EQ(m.toMap().value(QStringLiteral("borderColor")).typeId(), int(QMetaType::QByteArray));
+    }
     // The same design gives the same file: module names do not change between builds.
     EXPECT_EQ(t, d.templateDictionary(QByteArray("png")));
 }
@@ -186,7 +199,7 @@ TEST(LayoutProofTest, CatchesADesignWithAHole)
     EXPECT_TRUE(LayoutProof::checkDesign(d).contains(QLatin1String("not covered")));
 }
 
-TEST(DesignCatalogueTest, CountsBelowTheFirstStartTemplateFillExactlyItsRow)
+TEST(DesignCatalogueTest, EveryCountIsOfferedAndThoseBelowTheFirstStartTemplateFillExactlyItsRow)
 {
     int below = 0, total = 0;
     for (const auto &[n, count] : DesignCatalogue::quotas()) {
@@ -197,6 +210,11 @@ TEST(DesignCatalogueTest, CountsBelowTheFirstStartTemplateFillExactlyItsRow)
     }
     EXPECT_EQ(below, DesignCatalogue::kFirstStartRow);
     EXPECT_GE(total, 320);
+    // Every count up to the factory photos, and a real choice among those people use most.
+    for (int n = 1; n <= DesignCatalogue::kFirstStartModules; ++n) {
+        const auto quota = DesignCatalogue::quotas().find(n);
+        EXPECT_GE(quota == DesignCatalogue::quotas().end() ? 0 : quota->second, n >= 2 && n <= 12 ? 8 : 1) << n << " modules";
+    }
 }
 
 TEST(DesignCatalogueTest, BuildsTheQuotasInCountOrderWithTheFirstStartDesignFirst)

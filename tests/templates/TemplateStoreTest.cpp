@@ -1,13 +1,9 @@
 #include "templates/TemplateStore.h"
 
-#include "foundation/KeyedArchiveColor.h"
-#include "foundation/PlistUid.h"
 #include "foundation/Preferences.h"
 #include "foundation/UserDefaults.h"
 #include "model/LayoutEngine.h"
 #include "model/TessaryData.h"
-#include "support/RecordingAlertPresenter.h"
-#include "templates/TemplateEditor.h"
 #include "TemplateTestData.h"
 
 #include <QDir>
@@ -214,52 +210,6 @@ TEST_F(TemplateStoreTest, ApplyingByRowIgnoresMissingRows)
     EXPECT_FALSE(store.setUserDefaultsFromUserTemplateData(1));
     EXPECT_FALSE(store.setUserDefaultsFromBuiltInTemplateData(-1));
     EXPECT_EQ(Preferences(defaults).contentSizeWidth(), 50.0f);
-}
-
-// A colour archived as the phone application writes it: a UIColor root with RGBA components.
-QByteArray phoneColorArchive(double r, double g, double b, double a)
-{
-    const QVariantMap root{{QStringLiteral("UIRed"), r},
-                           {QStringLiteral("UIGreen"), g},
-                           {QStringLiteral("UIBlue"), b},
-                           {QStringLiteral("UIAlpha"), a},
-                           {QStringLiteral("$class"), QVariant::fromValue(PlistUid{2})}};
-    const QVariantMap cls{{QStringLiteral("$classname"), QStringLiteral("UIColor")},
-                          {QStringLiteral("$classes"), QVariantList{QStringLiteral("UIColor"), QStringLiteral("NSObject")}}};
-    const QVariantMap archive{{QStringLiteral("$archiver"), QStringLiteral("NSKeyedArchiver")},
-                              {QStringLiteral("$version"), qint64(100000)},
-                              {QStringLiteral("$top"), QVariantMap{{QStringLiteral("root"), QVariant::fromValue(PlistUid{1})}}},
-                              {QStringLiteral("$objects"), QVariantList{QStringLiteral("$null"), root, cls}}};
-    return PropertyList::toBinary(archive);
-}
-
-TEST_F(TemplateStoreTest, ImportsBinaryFileWithColourArchivesFromBothPlatforms)
-{
-    QVariantMap t = makeTemplate(3, 1);
-    QVariantList modules = t.value(QStringLiteral("savedTessaryDataModules")).toList();
-    QVariantMap m0 = modules[0].toMap(), m1 = modules[1].toMap(), m2 = modules[2].toMap();
-    m0.insert(QStringLiteral("borderColor"), KeyedArchiveColor::encode(QColor(255, 0, 0)));
-    m1.insert(QStringLiteral("borderColor"), phoneColorArchive(0, 0, 1, 1));
-    m2.insert(QStringLiteral("borderColor"), QByteArray("garbage"));
-    modules = {m0, m1, m2};
-    t.insert(QStringLiteral("savedTessaryDataModules"), modules);
-    const QString path = dir.filePath(QStringLiteral("phone.plist"));
-    ASSERT_TRUE(writePlist(path, file({t}), PropertyList::Format::Binary));
-
-    RecordingAlertPresenter alerts;
-    TemplateEditor editor(store, defaults, alerts);
-    ASSERT_TRUE(editor.importTemplateFiles({path}));
-    ASSERT_EQ(store.userTemplates().size(), 1);
-
-    // Choosing it gives modules with the archived colours; unreadable archives give white.
-    LayoutEngine engine;
-    ASSERT_TRUE(store.setUserDefaultsFromUserTemplateData(0, &engine));
-    ASSERT_EQ(engine.tessaryDataModules().size(), 3u);
-    EXPECT_EQ(engine.tessaryDataModules()[0]->borderColorOrWhite(), QColor(255, 0, 0));
-    EXPECT_EQ(engine.tessaryDataModules()[1]->borderColorOrWhite(), QColor(0, 0, 255));
-    EXPECT_EQ(engine.tessaryDataModules()[2]->borderColorOrWhite(), QColor(Qt::white));
-    // And the store kept the archives byte for byte.
-    EXPECT_EQ(*store.userTemplates()[0], t);
 }
 
 } // namespace

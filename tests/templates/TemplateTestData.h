@@ -1,9 +1,9 @@
 #pragma once
 
 #include "foundation/PropertyList.h"
+#include "support/TestImages.h"
 #include "templates/TemplateStore.h"
 
-#include <QBuffer>
 #include <QImage>
 #include <QString>
 #include <QVariantMap>
@@ -16,11 +16,7 @@ inline QByteArray pngThumbnail(int width = 8, int height = 6)
 {
     QImage image(width, height, QImage::Format_RGB32);
     image.fill(Qt::darkCyan);
-    QByteArray bytes;
-    QBuffer buffer(&bytes);
-    buffer.open(QIODevice::WriteOnly);
-    image.save(&buffer, "PNG");
-    return bytes;
+    return testimages::encode(image, "png");
 }
 
 inline QVariantMap makeTemplate(qint64 nbrModules, double id, bool withThumbnail = true)
