@@ -12,7 +12,6 @@
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "photos/ImageBrowserController.h"
-#include "output/ResultFormat.h"
 #include "app/collage/CollageControlBar.h"
 #include "widgets/ProgressSpinner.h"
 #include "app/result/ResultImageView.h"
@@ -20,7 +19,6 @@
 #include "app/collage/TessaryView.h"
 
 #include <QAction>
-#include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
 #include <QDoubleSpinBox>
@@ -32,7 +30,6 @@
 #include <QMimeData>
 #include <QProgressBar>
 #include <QSignalSpy>
-#include <QSpinBox>
 #include <QStatusBar>
 #include <QTest>
 #include <QThreadPool>
@@ -273,68 +270,6 @@ TEST_F(ResultWindowTest, OutputActionsAreTheWindowsOwn)
     QCoreApplication::processEvents();
     EXPECT_EQ(triggered.count(), 1);
     EXPECT_TRUE(QTest::qWaitFor([&] { return copied.count() == 1; }, 5000));
-}
-
-// Saving through the dialog: the format starts at the first photo's, the one chosen in the
-// pop-up is written under its suffix, a print size resamples and stores its resolution. (How
-// each format encodes is the encoder's own test.)
-TEST_F(ResultWindowTest, SaveTheChosenFormatAndPrintSize)
-{
-    const QImage image = picture(QSize(240, 160), QColor(30, 120, 200));
-    controller->displayResult(image, true);
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window(), 5000));
-    const QStringList photos = controller->imageBrowserController().images();
-    ASSERT_FALSE(photos.isEmpty());
-    const QByteArray firstFormat = ResultFormat::startingFormat(photos.first());
-
-    struct Case {
-        QByteArray format;
-        bool print;
-    };
-    int n = 0;
-    for (const Case &c : {Case{"tiff", false}, Case{"png", true}}) {
-        window().action(QStringLiteral("saveResult"))->trigger();
-        ResultSaveDialog *dialog = outputs().saveDialog();
-        ASSERT_NE(dialog, nullptr) << c.format.constData();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog, 5000));
-        SaveOptionsPanel &panel = dialog->options();
-        EXPECT_EQ(panel.format(), firstFormat);
-        panel.formatPopUp()->setCurrentIndex(panel.formatPopUp()->findData(c.format));
-        QSize expected = image.size();
-        int dotsPerMeter = 0;
-        if (c.print) {
-            // 2 x 1.5 inches at 100 dpi: 200 x 150 pixels, smaller than the picture, no warning.
-            panel.printGroup()->setChecked(true);
-            panel.unitPopUp()->setCurrentIndex(panel.unitPopUp()->findData(int(PrintSize::Unit::Inches)));
-            panel.resolutionBox()->setValue(100);
-            panel.keepProportionsBox()->setChecked(false);
-            panel.widthBox()->setValue(2.0);
-            panel.heightBox()->setValue(1.5);
-            EXPECT_TRUE(panel.warningLabel()->isHidden());
-            expected = QSize(200, 150);
-            dotsPerMeter = 3937;
-        }
-        auto *name = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
-        ASSERT_NE(name, nullptr);
-        const QString base = dir.filePath(QStringLiteral("saved-%1").arg(n++));
-        name->setText(base);
-        QSignalSpy saved(&outputs(), &ResultOutputs::saved);
-        QMetaObject::invokeMethod(dialog, "accept");
-        ASSERT_TRUE(QTest::qWaitFor([&] { return saved.count() == 1; }, 10000)) << c.format.constData();
-        EXPECT_TRUE(saved.at(0).at(1).toBool());
-        const QString path = saved.at(0).at(0).toString();
-        EXPECT_EQ(path, ResultFormat::withSuffix(base, c.format));
-        QImageReader reader(path);
-        reader.setDecideFormatFromContent(true);
-        EXPECT_EQ(reader.format(), c.format);
-        const QImage back = reader.read();
-        EXPECT_EQ(back.size(), expected) << c.format.constData();
-        if (dotsPerMeter) {
-            EXPECT_NEAR(back.dotsPerMeterX(), dotsPerMeter, 1) << c.format.constData();
-        }
-        EXPECT_TRUE(QTest::qWaitFor([&] { return outputs().saveDialog() == nullptr; }, 2000));
-    }
-    EXPECT_TRUE(openedUrls.isEmpty()); // "AutoOpenStitchedImageFile" is absent
 }
 
 // With "AutoOpenStitchedImageFile" YES a saved file opens in the default application; the print
