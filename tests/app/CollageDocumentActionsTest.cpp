@@ -15,14 +15,12 @@
 #include "ScreenshotFolder.h"
 
 #include <QAbstractButton>
-#include <QApplication>
 #include <QComboBox>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QPointer>
 #include <QSignalSpy>
 #include <QSpinBox>
 #include <QTest>
@@ -159,31 +157,6 @@ TEST_F(CollageDocumentWindowTest, SaveAndOpenRestoresEveryField)
     ASSERT_TRUE(QTest::qWaitFor([fileMenu] { return fileMenu->isVisible(); }, 2000));
     saveScreenshot(*fileMenu, "file-menu-collage-documents");
     fileMenu->hide();
-}
-
-// The folder of photos and document moved together, two photos gone: the one left is found by
-// its relative path, the missing ones are named in one message and left as blank modules.
-TEST_F(CollageDocumentWindowTest, MovedFolderIsFoundMissingPhotosReportedOnce)
-{
-    makeCollage();
-    ASSERT_TRUE(documents().saveCollage(QDir(album).filePath(QStringLiteral("c.tessary"))));
-    const QString moved = dir.filePath(QStringLiteral("moved album"));
-    ASSERT_TRUE(QDir().rename(album, moved));
-
-    changeCollage();
-    ASSERT_TRUE(QFile::remove(QDir(moved).filePath(QStringLiteral("photo 0.png"))));
-    ASSERT_TRUE(QFile::remove(QDir(moved).filePath(QStringLiteral("photo 2.png"))));
-    ASSERT_TRUE(documents().openCollage(QDir(moved).filePath(QStringLiteral("c.tessary"))));
-    const auto [message, informative] = Dialogs::answer();
-    EXPECT_EQ(message, QStringLiteral("2 photos of the collage were not found."));
-    EXPECT_TRUE(informative.contains(QStringLiteral("photo 0.png")) && informative.contains(QStringLiteral("photo 2.png")))
-        << informative.toStdString();
-    QTest::qWait(50);
-    EXPECT_TRUE(Dialogs::noneShown<QMessageBox>()) << "reported more than once";
-    ASSERT_EQ(browser().count(), 3);
-    EXPECT_EQ(browser().images()[0], browser().blankImage());
-    EXPECT_EQ(browser().images()[1], QDir(moved).filePath(QStringLiteral("photo 1.png")));
-    EXPECT_EQ(browser().images()[2], browser().blankImage());
 }
 
 // A file that is not a collage is refused in an alert naming it; the collage stays as it was.
