@@ -187,41 +187,4 @@ TEST_F(TemplateTabViewTest, SliderScalesRowHeights)
     }
 }
 
-// The user table follows "My Templates": new rows appear, the selection moves with its
-// template, and a template without a thumbnail gets a 16-point row.
-TEST_F(TemplateTabViewTest, UserTableFollowsTheStore)
-{
-    addUserTemplates({makeTemplate(2, 1), makeTemplate(3, 2, false)});
-    TemplateTabView &tabs = show();
-    tabs.setCurrentTable(TemplateTable::User);
-    QListView *list = tabs.tableView(TemplateTable::User);
-    EXPECT_EQ(list->model()->rowCount(), 2);
-    EXPECT_NEAR(list->visualRect(list->model()->index(1, 0)).height(), TemplateTables::kFallbackRowHeight, 1.0);
-
-    click(TemplateTable::User, 1);
-    ASSERT_EQ(tabs.selectedRow(TemplateTable::User), 1);
-    spy->clear();
-    // Two templates inserted before the selected one: the selection moves to row 3 and the
-    // moved row is stored and applied.
-    store->insertTemplatesFromDictionary(file({makeTemplate(5, 5), makeTemplate(6, 6)}), 0);
-    EXPECT_EQ(list->model()->rowCount(), 4);
-    EXPECT_EQ(tabs.selectedRow(TemplateTable::User), 3);
-    EXPECT_EQ(label(TemplateTable::User), QStringLiteral("4"));
-    EXPECT_EQ(defaults->integerForKey(Preferences::SelectedUserTemplateTableRow), 3);
-    ASSERT_EQ(spy->count(), 1);
-    EXPECT_EQ(lastChosen(), std::make_pair(TemplateTable::User, qsizetype(3)));
-
-    // Appending keeps the selection without applying anything again.
-    spy->clear();
-    addUserTemplates({makeTemplate(7, 7)});
-    EXPECT_EQ(tabs.selectedRow(TemplateTable::User), 3);
-    EXPECT_TRUE(spy->isEmpty());
-
-    // Clearing the store empties the table and its label.
-    store->clearUserTemplates();
-    EXPECT_EQ(list->model()->rowCount(), 0);
-    EXPECT_EQ(tabs.selectedRow(TemplateTable::User), -1);
-    EXPECT_EQ(label(TemplateTable::User), QStringLiteral(" "));
-}
-
 } // namespace
