@@ -289,7 +289,9 @@ TEST_F(CollageDocumentWindowTest, OpenWithSortsPhotosTemplatesAndCollages)
     EXPECT_EQ(browser().count(), photoCount + 2);
     EXPECT_EQ(browser().images().mid(photoCount), QStringList({photos[0], photos[2]}));
     EXPECT_GT(controller->mainWindow().tessaryView().templateStore().userTemplates().size(), userTemplates);
-    EXPECT_EQ(Dialogs::answer().first, QStringLiteral("A file to open was not found."));
+    const auto [missing, which] = Dialogs::answer();
+    EXPECT_EQ(missing, QStringLiteral("A file to open was not found."));
+    EXPECT_TRUE(which.contains(QStringLiteral("no such file.jpg"))) << which.toStdString();
 
     makeCollage();
     const QString file = QDir(album).filePath(QStringLiteral("opened.tessary"));
