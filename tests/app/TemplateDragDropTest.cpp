@@ -17,8 +17,6 @@
 #include <QDragEnterEvent>
 #include <QFileInfo>
 #include <QMimeData>
-#include <QRegularExpression>
-#include <QSet>
 #include <QTabBar>
 #include <QTabWidget>
 #include <QTest>
@@ -227,32 +225,6 @@ TEST_F(TemplateDragDropTest, DropRules)
     }
 }
 
-// A row dragged out carries the row for the tables and, for a file manager, a file of its own:
-// "Tessary-Template-<date>.plist" holding that one template, in a private folder that goes
-// when the window goes.
-TEST_F(TemplateDragDropTest, RowDraggedOutIsAOneTemplateFile)
-{
-    const QRegularExpression name(QStringLiteral("^Tessary-Template-\\d\\d-\\d\\d-\\d{4}-\\d\\d-\\d\\d-\\d\\d\\.plist$"));
-    QStringList folders;
-    for (const auto &[table, row] : {std::pair{TemplateTable::User, 2}, std::pair{TemplateTable::BuiltIn, 1}, std::pair{TemplateTable::User, 2}}) {
-        std::unique_ptr<QMimeData> data(rowData(table, row));
-        EXPECT_TRUE(data->hasFormat(TemplateTableView::kRowMimeType));
-        ASSERT_EQ(data->urls().size(), 1);
-        const QUrl url = data->urls().first();
-        ASSERT_TRUE(url.isLocalFile());
-        const QFileInfo written(url.toLocalFile());
-        EXPECT_TRUE(name.match(written.fileName()).hasMatch()) << written.fileName().toStdString();
-        const TemplateStore::Template t = table == TemplateTable::User ? store->userTemplateAt(row) : store->builtInTemplateAt(row);
-        EXPECT_EQ(PropertyList::fromFile(written.filePath()).value, QVariant(file({*t})));
-        EXPECT_FALSE(written.filePath().startsWith(dir.path())) << "written among the user's files";
-        folders << written.absolutePath();
-    }
-    EXPECT_EQ(QSet<QString>(folders.begin(), folders.end()).size(), folders.size()) << "two drags share a folder";
-    window.reset();
-    for (const QString &folder : std::as_const(folders))
-        EXPECT_FALSE(QFileInfo::exists(folder)) << folder.toStdString();
-}
-
 // A built-in row held over the "My Templates" tab title brings that tab up to be dropped on.
 TEST_F(TemplateDragDropTest, HoldingARowOverTheOtherTabShowsIt)
 {
@@ -267,9 +239,13 @@ TEST_F(TemplateDragDropTest, HoldingARowOverTheOtherTabShowsIt)
     EXPECT_TRUE(QTest::qWaitFor([&] { return tabs->currentTable() == TemplateTable::User; }, 3000));
 }
 
-// Pressing on a row and moving the mouse starts a drag of that row, which writes its file.
-TEST_F(TemplateDragDropTest, MouseDragStartsAtTheRow)
+// Pressing on a row and moving the mouse starts a drag of that row, which writes its file (named
+// and written by the template editor) into a folder of its own for a file manager; the folders
+// go when the window goes.
+TEST_F(TemplateDragDropTest, MouseDragStartsAtTheRowWithAFileThatGoesWithTheWindow)
 {
+    const QString dragFolder = view(TemplateTable::User).dragFolder();
+    EXPECT_FALSE(dragFolder.startsWith(dir.path())) << "written among the user's files";
     for (const TemplateTable table : {TemplateTable::User, TemplateTable::BuiltIn}) {
         tabs->setCurrentTable(table);
         TemplateTableView &v = view(table);
@@ -293,6 +269,8 @@ TEST_F(TemplateDragDropTest, MouseDragStartsAtTheRow)
         EXPECT_EQ(PropertyList::fromFile(drag.filePath(files.first())).value, QVariant(file({*t})));
         EXPECT_EQ(tabs->selectedRow(table), 1);
     }
+    window.reset();
+    EXPECT_FALSE(QFileInfo::exists(dragFolder));
 }
 
 } // namespace
