@@ -119,12 +119,10 @@ TEST_F(TemplateTabViewTest, SelectionChangesAreStoredAndApplied)
         Qt::MouseButton button;
     } steps[] = {
         {"built-in click", TemplateTable::BuiltIn, 5, Preferences::SelectedTemplateTableRow, 5, "6", 5, Qt::LeftButton},
-        {"another built-in row", TemplateTable::BuiltIn, 40, Preferences::SelectedTemplateTableRow, 40, "41", 40, Qt::LeftButton},
         // A right click is for the row's menu: it changes neither the selection nor the collage.
-        {"built-in right click", TemplateTable::BuiltIn, 9, Preferences::SelectedTemplateTableRow, 40, "41", -1, Qt::RightButton},
+        {"built-in right click", TemplateTable::BuiltIn, 9, Preferences::SelectedTemplateTableRow, 5, "6", -1, Qt::RightButton},
         {"built-in cleared", TemplateTable::BuiltIn, -1, Preferences::SelectedTemplateTableRow, -1, " ", -1, Qt::LeftButton},
         {"user click", TemplateTable::User, 2, Preferences::SelectedUserTemplateTableRow, 2, "3", 2, Qt::LeftButton},
-        {"user right click", TemplateTable::User, 0, Preferences::SelectedUserTemplateTableRow, 2, "3", -1, Qt::RightButton},
         {"user cleared", TemplateTable::User, -1, Preferences::SelectedUserTemplateTableRow, -1, " ", -1, Qt::LeftButton},
     };
     for (const Step &s : steps) {
