@@ -16,6 +16,7 @@
 #include "output/JpegQuality.h"
 #include "editor/StraightenGeometry.h"
 #include "images/UIImage.h"
+#include "support/Dialogs.h"
 #include "support/LogCapture.h"
 #include "support/RecordingAlertPresenter.h"
 #include "app/editor/AdjustmentsPanel.h"
@@ -96,34 +97,14 @@ protected:
     }
     ImageEditorView &view() const { return editor->editorImageView(); }
     QImage picture() const { return editor->document().image(); }
-    // The editor's open message box, answered with the button.
+    // The editor's open message box, window-modal, answered with the button; once it is gone.
     std::pair<QString, QString> answer(const QString &button)
     {
-        QMessageBox *box = nullptr;
-        if (!QTest::qWaitFor([&] { return (box = editor->findChild<QMessageBox *>()) && box->isVisible(); }, 5000)) {
-            ADD_FAILURE() << "no message box to answer " << button.toStdString();
-            return {};
-        }
-        const std::pair<QString, QString> texts{box->text(), box->informativeText()};
-        EXPECT_EQ(box->windowModality(), Qt::WindowModal);
-        QStringList titles;
-        QAbstractButton *chosen = nullptr;
-        for (QAbstractButton *b : box->buttons()) {
-            titles.append(b->text());
-            if (b->text() == button)
-                chosen = b;
-        }
-        EXPECT_NE(chosen, nullptr) << titles.join(QLatin1Char(',')).toStdString();
-        if (chosen)
-            chosen->click();
+        const QMessageBox *box = Dialogs::waitFor<QMessageBox>();
+        EXPECT_TRUE(box && box->windowModality() == Qt::WindowModal);
+        const std::pair<QString, QString> texts = Dialogs::answer(button);
         (void)QTest::qWaitFor([&] { return !editor->findChild<QMessageBox *>(); }, 5000);
         return texts;
-    }
-    bool messageBoxShown() const
-    {
-        QCoreApplication::processEvents();
-        const QMessageBox *box = editor->findChild<QMessageBox *>();
-        return box && box->isVisible();
     }
     QPoint viewportPoint(const QPointF &picturePoint) const { return view().mapFromScene(picturePoint); }
 
@@ -463,7 +444,7 @@ TEST_F(ImageEditorTest, ReplacePutsTheEditInPlaceOfThePhotoItCameFrom)
     browser->selection().select(1);
     editor->doEdit();
     EXPECT_FALSE(editor->isLoading());
-    EXPECT_FALSE(messageBoxShown());
+    EXPECT_TRUE(Dialogs::noneShown<QMessageBox>());
 }
 
 TEST_F(ImageEditorTest, ClosingWithUnsavedEditsAsksAndCloseNoSaveDoesNot)
@@ -485,7 +466,7 @@ TEST_F(ImageEditorTest, ClosingWithUnsavedEditsAsksAndCloseNoSaveDoesNot)
     ASSERT_TRUE(edit(0));
     editor->closeNoSave();
     EXPECT_FALSE(editor->isVisible());
-    EXPECT_FALSE(messageBoxShown());
+    EXPECT_TRUE(Dialogs::noneShown<QMessageBox>());
 }
 
 TEST_F(ImageEditorTest, AdjustmentsPreviewInTheViewAndApplyAsOneUndoableEdit)
