@@ -72,7 +72,7 @@ void ImageBookmarks::loadBookmarks()
     if (firstRun)
         loaded = factoryEntries();
     m_committed = loaded;
-    adopt(loaded);
+    adoptStored(loaded);
     QVariantMap asLoaded;
     storeEntries(loaded, asLoaded);
     // Written back only when loading changed it (dropped entries, factory photos), and then
@@ -94,7 +94,7 @@ void ImageBookmarks::loadBookmarks()
         });
         if (saved) {
             m_committed = result;
-            adopt(result);
+            adoptStored(result);
         } else {
             qCWarning(lcTessary, "The photo list could not be saved after loading: %s", qPrintable(m_defaults.errorString()));
         }
@@ -209,8 +209,16 @@ ImageBookmarks::Entries ImageBookmarks::currentEntries() const
     return entries;
 }
 
-void ImageBookmarks::adopt(const Entries &entries)
+bool ImageBookmarks::adopt(const Entries &entries)
 {
+    const bool same = entries.size() == count() && std::equal(entries.cbegin(), entries.cend(), m_urls.cbegin(),
+        [this](const Entry &entry, const UrlRef &url) {
+            const qsizetype i = &url - m_urls.constData();
+            return entry.url == url && entry.path == m_images.at(i) && entry.alignment == m_imageAlignments.at(i)
+                && entry.framing == m_framings.at(i) && entry.datum == m_datums.at(i);
+        });
+    if (same)
+        return false;
     const QSet<QString> before(m_images.cbegin(), m_images.cend());
     m_datums.clear();
     m_urls.clear();
@@ -233,6 +241,13 @@ void ImageBookmarks::adopt(const Entries &entries)
         if (!before.contains(path))
             startDispatchSource(path);
     }
+    return true;
+}
+
+void ImageBookmarks::adoptStored(const Entries &entries)
+{
+    if (adopt(entries))
+        emit listChanged(PhotoListChange{PhotoListChange::Reset});
 }
 
 qsizetype ImageBookmarks::indexIn(const Entries &entries, const UrlRef &url)
@@ -244,11 +259,14 @@ qsizetype ImageBookmarks::indexIn(const Entries &entries, const UrlRef &url)
     return -1;
 }
 
-void ImageBookmarks::edit(const Edit &change, bool save)
+void ImageBookmarks::edit(const Edit &change, const QList<PhotoListChange> &shown, bool save)
 {
     Entries entries = currentEntries();
     change(entries);
-    adopt(entries);
+    if (adopt(entries)) {
+        for (const PhotoListChange &row : shown)
+            emit listChanged(row);
+    }
     m_pendingEdits.append(change);
     if (save)
         saveSecurityBookmarks();
@@ -273,13 +291,13 @@ void ImageBookmarks::saveSecurityBookmarks()
     });
     if (m_lastSaveSucceeded) {
         m_committed = result;
-        adopt(result);
+        adoptStored(result);
         emit changed();
         return;
     }
     // Nothing was stored: the list shows what the store holds, and the user is told why.
     const QString reason = m_defaults.errorString();
-    adopt(m_committed);
+    adoptStored(m_committed);
     qCWarning(lcTessary, "The photo list could not be saved: %s", qPrintable(reason));
     AlertPresenter::Alert alert;
     alert.messageText = QStringLiteral("The photo list could not be saved.");
@@ -439,7 +457,7 @@ void ImageBookmarks::insertURL(const UrlRef &url, const QVariant &datum, int ali
     edit([entry, before](Entries &entries) {
         const qsizetype at = before ? indexIn(entries, before) : -1;
         entries.insert(at < 0 ? entries.size() : at, entry);
-    });
+    }, {{PhotoListChange::Insert, index, index}});
 }
 
 void ImageBookmarks::replaceURL(const UrlRef &url, const QVariant &datum, int alignment, qsizetype index)
@@ -452,7 +470,7 @@ void ImageBookmarks::replaceURL(const UrlRef &url, const QVariant &datum, int al
         const qsizetype at = indexIn(entries, old);
         if (at >= 0)
             entries[at] = entry;
-    });
+    }, {{PhotoListChange::Update, index, index}});
 }
 
 void ImageBookmarks::removeBookmarkAtIndex(qsizetype index)
@@ -464,12 +482,19 @@ void ImageBookmarks::removeBookmarkAtIndex(qsizetype index)
         const qsizetype at = indexIn(entries, gone);
         if (at >= 0)
             entries.removeAt(at);
-    });
+    }, {{PhotoListChange::Remove, index, index}});
 }
 
 void ImageBookmarks::removeBookmarksWithPath(const QString &path)
 {
-    edit([path](Entries &entries) { entries.removeIf([&path](const Entry &entry) { return entry.path == path; }); }, false);
+    // Highest row first, so each row is counted as the list stands at its removal.
+    QList<PhotoListChange> removed;
+    for (qsizetype i = count() - 1; i >= 0; --i) {
+        if (m_images.at(i) == path)
+            removed.append({PhotoListChange::Remove, i, i});
+    }
+    edit([path](Entries &entries) { entries.removeIf([&path](const Entry &entry) { return entry.path == path; }); },
+         removed, false);
 }
 
 void ImageBookmarks::moveBookmarkAtIndex(qsizetype from, qsizetype to)
@@ -487,7 +512,7 @@ void ImageBookmarks::moveBookmarkAtIndex(qsizetype from, qsizetype to)
         const Entry entry = entries.takeAt(at);
         const qsizetype target = before ? indexIn(entries, before) : -1;
         entries.insert(target < 0 ? entries.size() : target, entry);
-    });
+    }, {{PhotoListChange::Move, from, to}});
 }
 
 void ImageBookmarks::exchangeBookmarkAtIndex(qsizetype index, qsizetype withIndex)
@@ -501,7 +526,7 @@ void ImageBookmarks::exchangeBookmarkAtIndex(qsizetype index, qsizetype withInde
         const qsizetype j = indexIn(entries, b);
         if (i >= 0 && j >= 0)
             entries.swapItemsAt(i, j);
-    });
+    }, {{PhotoListChange::Update, index, index}, {PhotoListChange::Update, withIndex, withIndex}});
 }
 
 void ImageBookmarks::setAligment(int alignment, qsizetype index)
@@ -515,7 +540,7 @@ void ImageBookmarks::setAligment(int alignment, qsizetype index)
             entries[at].alignment = alignment;
             entries[at].framing = PhotoFraming();
         }
-    });
+    }, {{PhotoListChange::Update, index, index}});
 }
 
 void ImageBookmarks::setFraming(const PhotoFraming &framing, qsizetype index)
@@ -527,7 +552,7 @@ void ImageBookmarks::setFraming(const PhotoFraming &framing, qsizetype index)
         const qsizetype at = indexIn(entries, target);
         if (at >= 0)
             entries[at].framing = framing;
-    });
+    }, {{PhotoListChange::Update, index, index}});
 }
 
 void ImageBookmarks::setAllAlignments(int alignment)
@@ -539,7 +564,7 @@ void ImageBookmarks::setAllAlignments(int alignment)
             entry.alignment = alignment;
             entry.framing = PhotoFraming();
         }
-    });
+    }, {{PhotoListChange::Update, 0, count() - 1}});
 }
 
 void ImageBookmarks::setAligmentCenterAll()

@@ -8,6 +8,7 @@
 #include <QVariant>
 
 #include "images/PhotoFraming.h"
+#include "photos/PhotoListChange.h"
 
 #include <functional>
 #include <memory>
@@ -154,6 +155,8 @@ public:
 signals:
     // The list was written to the store after a change.
     void changed();
+    // The entries shown changed (at once, before the change is written).
+    void listChanged(const PhotoListChange &change);
 
 private:
     // One entry of the list, as the four arrays hold it.
@@ -172,12 +175,15 @@ private:
     void fileChanged(const QString &path, unsigned changes);
     void setAllAlignments(int alignment);
     static QString nameWithoutExtension(const QUrl &url);
-    // Applies the edit here at once and queues it for the next write (made now unless a batch
-    // holds it back, or save is false).
-    void edit(const Edit &change, bool save = true);
+    // Applies the edit here at once, tells what it changed in the rows shown, and queues it for
+    // the next write (made now unless a batch holds it back, or save is false).
+    void edit(const Edit &change, const QList<PhotoListChange> &shown, bool save = true);
     Entries currentEntries() const;
-    // Makes the entries the list, starting and ending watches for the paths that came and went.
-    void adopt(const Entries &entries);
+    // Makes the entries the list, starting and ending watches for the paths that came and went;
+    // false when they are what the list holds already.
+    bool adopt(const Entries &entries);
+    // Adopts a list that may differ from the one shown in any way (read from the store).
+    void adoptStored(const Entries &entries);
     // The entries of a stored list. Resolving (loading) drops what cannot be found and brings
     // factory photos back centred; otherwise every entry is kept as stored. An entry that was
     // in the list at the last write keeps its URL object.

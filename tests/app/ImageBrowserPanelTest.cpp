@@ -163,45 +163,6 @@ protected:
     int collageReloads = 0;
 };
 
-// The rows follow a list change with the smallest row signal that describes it.
-TEST(ImageBrowserModelChange, RowSignalsForEachKindOfChange)
-{
-    using C = ImageBrowserModel::Change;
-    const auto list = [](const char *s) {
-        QStringList l;
-        for (const char *p = s; *p; ++p)
-            l.append(QString(QChar(*p)));
-        return l;
-    };
-    const struct {
-        const char *before, *after;
-        C::Kind kind;
-        int first, last;
-    } cases[] = {
-        {"abcde", "abcde", C::None, 0, 0},
-        {"abcde", "abxcde", C::Insert, 2, 2},
-        {"", "abc", C::Insert, 0, 2},
-        {"abcde", "abcdexy", C::Insert, 5, 6},
-        {"abcde", "abde", C::Remove, 2, 2},
-        {"abcde", "", C::Remove, 0, 4},
-        {"abcde", "bcade", C::Move, 0, 3},   // a taken out, put before d
-        {"abcde", "eabcd", C::Move, 4, 0},   // e to the front
-        {"abcde", "bacde", C::Move, 0, 2},   // neighbours swapped: one move
-        {"abcde", "dbcae", C::Update, 0, 3}, // a swap of distant photos
-        {"abcde", "abxde", C::Update, 2, 2}, // one photo replaced
-        {"abcde", "axyz", C::Reset, 0, 0},
-        {"aa", "aaa", C::Insert, 2, 2},      // the same file twice
-    };
-    for (const auto &k : cases) {
-        const C change = ImageBrowserModel::changeBetween(list(k.before), list(k.after));
-        EXPECT_EQ(change.kind, k.kind) << k.before << " -> " << k.after;
-        if (k.kind != C::None && k.kind != C::Reset) {
-            EXPECT_EQ(change.first, k.first) << k.before << " -> " << k.after;
-            EXPECT_EQ(change.last, k.last) << k.before << " -> " << k.after;
-        }
-    }
-}
-
 // Files from a file manager land before an item (in reverse order when several), on an item
 // (replacing it, the last one wins), or at the end; the grid follows with its selection. A
 // photo dragged from another Tessary is such a file too: copied in, not moved.

@@ -1,5 +1,6 @@
 #include "photos/ImageCache.h"
 #include "photos/TessaryViewDelegate.h"
+#include "images/ResizeGeometry.h"
 #include "model/TileImageFitter.h"
 
 #include <QImage>
@@ -66,6 +67,33 @@ TEST(TileImageFitter, EveryTileGetsItsPictureAtItsSizeInOrder)
         EXPECT_EQ(fitted[i].size(), tiles[i].size);
         const QImage pixels = fitted[i].bestRepresentation();
         EXPECT_EQ(pixels.pixelColor(pixels.width() / 2, pixels.height() / 2).rgb(), expected[i].rgb());
+    }
+}
+
+// A hand gesture starts from what the tile shows: the alignment's crop (the whole-photo fit as
+// the centred crop), or the hand framing there is.
+TEST(TileImageFitter, AGestureStartsFromWhatTheTileShows)
+{
+    const QSizeF photo(400, 200);
+    TileLayout tile;
+    tile.imageSize = QSizeF(100, 100);
+    const struct {
+        int alignment;
+        PhotoFraming hand;
+        double left, right; // of the crop shown, in photo pixels
+    } cases[] = {
+        {ResizeGeometry::ResizeCrop, PhotoFraming(), 100, 300},
+        {ResizeGeometry::ResizeCropStart, PhotoFraming(), 0, 200},
+        {ResizeGeometry::ResizeCropEnd, PhotoFraming(), 200, 400},
+        {ResizeGeometry::ResizeScale, PhotoFraming(), 100, 300},
+        {ResizeGeometry::ResizeCrop, PhotoFraming(QPointF(0.9, 0.5), 2), 300, 400}, // kept within the photo
+    };
+    for (const auto &k : cases) {
+        SCOPED_TRACE(k.alignment);
+        tile.imageAlignment = k.alignment;
+        const QRectF crop = TileImageFitter::gestureStart(photo, tile, k.hand).cropRect(photo, tile.imageSize);
+        EXPECT_NEAR(crop.left(), k.left, 0.5);
+        EXPECT_NEAR(crop.right(), k.right, 0.5);
     }
 }
 

@@ -14,6 +14,9 @@
 #include <QTest>
 #include <QUuid>
 
+#include <functional>
+#include <optional>
+
 #include <string_view>
 
 #include <sys/stat.h>
@@ -306,6 +309,85 @@ TEST_F(ImageBrowserControllerTest, ReorderingDragsMoveOrSwap)
         EXPECT_EQ(c->selectedItem(), k.selected) << k.expected;
         c.reset();
         defaults->removeObject(Preferences::Bookmarks);
+    }
+}
+
+// A view that follows the list's changes row by row (as the browser's grid does) shows the list
+// after every kind of edit: the same photo twice, a move onto its own place, a swap, a new
+// alignment or framing, a vanished file, a failed write.
+TEST_F(ImageBrowserControllerTest, RowsFollowingTheToldChangesShowTheList)
+{
+    auto c = makeController(5);
+    ImageBookmarks &list = c->imageBookmarks();
+    const auto row = [&](qsizetype i) {
+        return QStringLiteral("%1:%2:%3").arg(QFileInfo(list.pathAtIndex(i)).completeBaseName())
+            .arg(list.alignmentIndexAtIndex(i)).arg(list.framingAtIndex(i).isNull() ? 0 : 1);
+    };
+    const auto shown = [&] {
+        QStringList rows;
+        for (qsizetype i = 0; i < list.count(); ++i)
+            rows.append(row(i));
+        return rows;
+    };
+    QStringList rows = shown();
+    QList<PhotoListChange> told;
+    QObject::connect(&list, &ImageBookmarks::listChanged, c.get(), [&](const PhotoListChange &change) {
+        told.append(change);
+        switch (change.kind) {
+        case PhotoListChange::Insert:
+            for (qsizetype i = change.first; i <= change.last; ++i)
+                rows.insert(i, row(i));
+            break;
+        case PhotoListChange::Remove:
+            rows.remove(change.first, change.last - change.first + 1);
+            break;
+        case PhotoListChange::Move:
+            rows.move(change.first, change.last > change.first ? change.last - 1 : change.last);
+            break;
+        case PhotoListChange::Update:
+            for (qsizetype i = change.first; i <= change.last; ++i)
+                rows[i] = row(i);
+            break;
+        case PhotoListChange::Reset:
+            rows = shown();
+            break;
+        }
+    });
+    const QString a = c->images().at(0);
+    const QString gone = c->images().at(3);
+    const struct {
+        const char *what;
+        std::function<void()> edit;
+        std::optional<PhotoListChange::Kind> kind; // of the first change told; none: nothing changed
+    } steps[] = {
+        {"insert", [&] { c->insertImage(makeFile(QStringLiteral("x.jpg")), 2); }, PhotoListChange::Insert},
+        {"the same file again", [&] { c->insertImage(a, 0); }, PhotoListChange::Insert},
+        {"drag forward", [&] { c->moveItemsAtIndexes({1}, 4, ImageBrowserController::DropBefore); }, PhotoListChange::Move},
+        {"drag back", [&] { c->moveItemsAtIndexes({5}, 0, ImageBrowserController::DropBefore); }, PhotoListChange::Move},
+        {"drag onto its own place", [&] { c->moveItemsAtIndexes({2}, 3, ImageBrowserController::DropBefore); }, std::nullopt},
+        {"drag on an item", [&] { c->moveItemsAtIndexes({0}, 6, ImageBrowserController::DropOn); }, PhotoListChange::Update},
+        {"replace", [&] { c->replaceImage(makeFile(QStringLiteral("y.jpg")), 1); }, PhotoListChange::Update},
+        {"alignment", [&] { c->selectIndex(4); c->imageAligmentDidChange(ImageBookmarks::ResizeScale); }, PhotoListChange::Update},
+        {"framing", [&] { c->setFramingAtIndex(2, PhotoFraming(QPointF(0.3, 0.3), 1.5)); }, PhotoListChange::Update},
+        {"fit all", [&] { c->imageAligmentFitAll(); }, PhotoListChange::Update},
+        {"remove several", [&] { c->removeItemsAtIndexes({0, 2, 3}); }, PhotoListChange::Remove},
+        {"a vanished file", [&] { list.removeBookmarksWithPath(gone); }, PhotoListChange::Remove},
+        {"another program's change meanwhile", [&] {
+             // The first photo is gone from the store; the next write keeps that.
+             for (const QString &key : {Preferences::Bookmarks, Preferences::Aligments}) {
+                 QVariantList stored = defaults->objectForKey(key).toList();
+                 stored.removeFirst();
+                 defaults->setObject(stored, key);
+             }
+             c->insertImage(a, 1);
+         }, PhotoListChange::Insert},
+        {"clear", [&] { c->clearImages(); }, PhotoListChange::Remove},
+    };
+    for (const auto &step : steps) {
+        told.clear();
+        step.edit();
+        EXPECT_EQ(rows, shown()) << step.what;
+        EXPECT_EQ(told.isEmpty() ? std::nullopt : std::optional(told.first().kind), step.kind) << step.what;
     }
 }
 

@@ -6,9 +6,9 @@
 #include "photos/ImageBrowserController.h"
 #include "photos/ImageCache.h"
 #include "photos/ImageCacheLoader.h"
-#include "images/ResizeGeometry.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
+#include "model/TileImageFitter.h"
 #include "model/TileJumble.h"
 #include "templates/TemplateSelection.h"
 #include "templates/TemplateStore.h"
@@ -17,7 +17,7 @@
 #include "app/collage/TessaryDocumentView.h"
 
 #include <QFileInfo>
-#include <QFutureWatcher>
+#include <QFuture>
 #include <QHash>
 #include <QLabel>
 #include <QPointer>
@@ -25,49 +25,28 @@
 #include <QSet>
 #include <QThreadPool>
 #include <QTimer>
-#include <QtConcurrent/QtConcurrentMap>
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <optional>
 
-namespace {
-
 // One picture to fit to its tile off the main thread. The placeholder picture is read on a
 // worker too, once, and shared by its tiles.
-struct FitJob {
+struct TessaryView::FitJob {
     qsizetype index = 0;
     QString key;
     UIImage image;
     QFuture<UIImage> placeholder;
-    QSizeF size;
-    int method = 0;
+    TileLayout tile;
     PhotoFraming framing;
+
+    QImage fitted() const
+    {
+        const UIImage source = image.isValid() ? image : placeholder.result();
+        // In the screen's own format, so painting never converts it again.
+        const QImage picture = TileImageFitter::fit(source, tile, framing).bestRepresentation();
+        return picture.convertToFormat(picture.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
+    }
 };
-
-QImage fit(const FitJob &job)
-{
-    const UIImage source = job.image.isValid() ? job.image : job.placeholder.result();
-    // In the screen's own format, so painting never converts it again.
-    const QImage fitted = source.imageToFitSize(job.size, job.method, job.framing).bestRepresentation();
-    return fitted.convertToFormat(fitted.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied : QImage::Format_RGB32);
-}
-
-// What a fitted picture was made from: the photo, the size it was fitted to, the method and
-// framing, and the decoded copy (its pixels' identity), so a changed file is never shown from an
-// old fit.
-QString fitKey(const TileLayout &tile, const UIImage &source, const PhotoFraming &framing)
-{
-    const qint64 pixels = tile.placeholder ? 0 : source.bestRepresentation().cacheKey();
-    const QString framed = framing.isNull() ? QString()
-                                            : QStringLiteral("%1,%2,%3").arg(framing.center().x()).arg(framing.center().y()).arg(framing.zoom());
-    return QStringLiteral("%1|%2x%3|%4|%5|%6")
-        .arg(tile.imagePath, QString::number(tile.imageSize.width(), 'f', 2), QString::number(tile.imageSize.height(), 'f', 2))
-        .arg(tile.imageAlignment)
-        .arg(pixels)
-        .arg(framed);
-}
-
-} // namespace
 
 struct TessaryView::Private {
     Private(UserDefaults &defaults, ImageBrowserController &delegate, AlertPresenter &alerts, const QString &resourcesFolder)
@@ -112,7 +91,8 @@ struct TessaryView::Private {
     // alone (a new selection, a swap, a photo added at the end) shows them again at once.
     QHash<QString, QImage> fitted;
     quint64 generation = 0;
-    QPointer<QFutureWatcher<QImage>> fitWatcher;
+    // Set when the fits asked for the current layout are no longer wanted (a new layout).
+    std::shared_ptr<std::atomic_bool> fitsDropped = std::make_shared<std::atomic_bool>(false);
 
     int coordinateTransform = 0;
     int spacingType = 0;
@@ -159,10 +139,8 @@ TessaryView::TessaryView(UserDefaults &defaults, ImageBrowserController &delegat
 
 TessaryView::~TessaryView()
 {
-    if (d->fitWatcher) {
-        d->fitWatcher->cancel();
-        d->fitWatcher->waitForFinished();
-    }
+    *d->fitsDropped = true;
+    d->photoWork.waitForDone();
     d->placeholder.waitForFinished();
 }
 
@@ -250,10 +228,8 @@ void TessaryView::applyLayout(CollageLayout layout)
     // A framing gesture belongs to a tile of the layout going away.
     d->framingRest.stop();
     d->framing.reset();
-    if (d->fitWatcher) {
-        d->fitWatcher->disconnect(this);
-        d->fitWatcher->cancel();
-    }
+    *d->fitsDropped = true;
+    d->fitsDropped = std::make_shared<std::atomic_bool>(false);
     d->cache.removeUnlistedEntries();
 
     // The pictures on screen stand in for the same photos until their new fits arrive.
@@ -292,7 +268,7 @@ void TessaryView::applyLayout(CollageLayout layout)
         const qsizetype index = d->tiles.size();
         d->tiles.append(tile);
         d->unfilled.insert(index);
-        FitJob job{index, QString(), UIImage(), d->placeholder, tileLayout.imageSize, tileLayout.imageAlignment, PhotoFraming()};
+        FitJob job{index, QString(), UIImage(), d->placeholder, tileLayout, PhotoFraming()};
         if (!tileLayout.placeholder) {
             const std::optional<UIImage> cached = d->loader.imageForPath(tileLayout.imagePath);
             if (!cached && !d->loader.isLoading(tileLayout.imagePath)) {
@@ -312,12 +288,9 @@ void TessaryView::applyLayout(CollageLayout layout)
                 continue;
             }
             job.image = *cached;
-            TileLayout shown = tileLayout;
-            if (shown.needsSubject())
-                shown.subject = d->cache.subjectForPath(tileLayout.imagePath);
-            job.framing = shown.shownFraming();
+            job.framing = TileImageFitter::framingFor(tileLayout, d->cache);
         }
-        job.key = fitKey(tileLayout, job.image, job.framing);
+        job.key = TileImageFitter::fitKey(tileLayout, job.image, job.framing);
         const auto fitted = previousFits.constFind(job.key);
         if (fitted != previousFits.constEnd()) {
             tile->imageView()->setImage(*fitted);
@@ -333,18 +306,8 @@ void TessaryView::applyLayout(CollageLayout layout)
     updateToolTips();
     d->document->setUpdatesEnabled(true);
 
-    if (!jobs.isEmpty()) {
-        auto *watcher = new QFutureWatcher<QImage>(this);
-        d->fitWatcher = watcher;
-        const quint64 generation = d->generation;
-        connect(watcher, &QFutureWatcherBase::resultReadyAt, this, [this, watcher, jobs, generation](int i) {
-            if (generation != d->generation || watcher->isCanceled())
-                return;
-            showFitted(jobs.at(i).index, jobs.at(i).key, watcher->resultAt(i));
-        });
-        connect(watcher, &QFutureWatcherBase::finished, watcher, &QObject::deleteLater);
-        watcher->setFuture(QtConcurrent::mapped(&d->photoWork, jobs, fit));
-    }
+    for (const FitJob &job : std::as_const(jobs))
+        startFit(job);
     emit layoutChanged();
     if (d->unfilled.isEmpty())
         emit tilesFilled();
@@ -362,21 +325,23 @@ void TessaryView::photoReady(const QString &path)
         d->loader.imageForPath(path);
         return;
     }
-    const quint64 generation = d->generation;
     for (const qsizetype index : indexes) {
-        TileLayout tile = d->layout.tiles.at(size_t(index));
-        if (tile.needsSubject())
-            tile.subject = d->cache.subjectForPath(path);
-        const PhotoFraming framing = tile.shownFraming();
-        const FitJob job{index, fitKey(tile, *image, framing), *image, d->placeholder, tile.imageSize, tile.imageAlignment, framing};
-        auto *watcher = new QFutureWatcher<QImage>(this);
-        connect(watcher, &QFutureWatcherBase::finished, this, [this, watcher, job, generation] {
-            watcher->deleteLater();
-            if (generation == d->generation)
-                showFitted(job.index, job.key, watcher->result());
-        });
-        watcher->setFuture(QtConcurrent::run(&d->photoWork, fit, job));
+        const TileLayout &tile = d->layout.tiles.at(size_t(index));
+        const PhotoFraming framing = TileImageFitter::framingFor(tile, d->cache);
+        startFit({index, TileImageFitter::fitKey(tile, *image, framing), *image, d->placeholder, tile, framing});
     }
+}
+
+void TessaryView::startFit(const FitJob &job)
+{
+    // On the view's pool; the picture comes back on this thread, for the layout it was asked
+    // for only, and not at all once the view is gone.
+    const quint64 generation = d->generation;
+    QtConcurrent::run(&d->photoWork, [job, dropped = d->fitsDropped] { return *dropped ? QImage() : job.fitted(); })
+        .then(this, [this, job, generation](const QImage &image) {
+            if (generation == d->generation)
+                showFitted(job.index, job.key, image);
+        });
 }
 
 void TessaryView::photoChanged(const QString &path)
@@ -459,7 +424,7 @@ bool TessaryView::beginFraming(TessaryDataView *tile)
     const qsizetype index = d->tiles.indexOf(tile);
     if (index < 0 || d->jumble.isJumbled())
         return false;
-    TileLayout layout = d->layout.tiles.at(size_t(index));
+    const TileLayout &layout = d->layout.tiles.at(size_t(index));
     if (layout.placeholder)
         return false;
     const std::optional<UIImage> cached = d->cache.cachedImageForPath(layout.imagePath);
@@ -471,17 +436,7 @@ bool TessaryView::beginFraming(TessaryDataView *tile)
     framing.source = cached->bestRepresentation();
     framing.fitSize = layout.imageSize;
     const QSizeF photo(framing.source.size());
-    if (layout.needsSubject())
-        layout.subject = d->cache.subjectForPath(layout.imagePath);
-    PhotoFraming start = layout.shownFraming();
-    if (start.isNull()) {
-        // The gesture starts from what the alignment shows; the whole-photo fit starts filled.
-        const int method = layout.imageAlignment == ResizeGeometry::ResizeScale ? ResizeGeometry::ResizeCrop : layout.imageAlignment;
-        const ResizeGeometry::Plan plan = ResizeGeometry::plan(photo, QRectF(QPointF(0, 0), framing.fitSize), method);
-        const QRectF fromTop(plan.source.x(), photo.height() - plan.source.bottom(), plan.source.width(), plan.source.height());
-        start = PhotoFraming::fromCropRect(photo, framing.fitSize, fromTop);
-    }
-    framing.start = framing.current = start.clamped(photo, framing.fitSize);
+    framing.start = framing.current = TileImageFitter::gestureStart(photo, layout, TileImageFitter::framingFor(layout, d->cache));
     d->framing = framing;
     tile->imageView()->setFramingPreview(framing.source, framing.current.cropRect(photo, framing.fitSize), framing.fitSize);
     return true;

@@ -142,6 +142,9 @@ private:
     void applyLayout(CollageLayout layout);
     void startFitting();
     void photoReady(const QString &path);
+    // One tile's picture fitted on the view's pool and shown when it comes.
+    struct FitJob;
+    void startFit(const FitJob &job);
     void photoFailed(const QString &path);
     // The photo's file changed on disk: its tiles show it afresh, or that it cannot be read,
     // without a new layout (which a jumbled collage would refuse).

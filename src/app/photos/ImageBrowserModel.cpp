@@ -6,7 +6,7 @@
 #include "photos/ImageCacheLoader.h"
 
 #include <QFileInfo>
-#include <QFutureWatcher>
+#include <QFuture>
 #include <QtConcurrent/QtConcurrentRun>
 
 #include <algorithm>
@@ -25,39 +25,6 @@ QImage scaledThumbnail(const QImage &image)
 
 } // namespace
 
-ImageBrowserModel::Change ImageBrowserModel::changeBetween(const QStringList &before, const QStringList &after)
-{
-    const int n = int(before.size());
-    const int m = int(after.size());
-    int prefix = 0;
-    while (prefix < n && prefix < m && before[prefix] == after[prefix])
-        ++prefix;
-    int suffix = 0;
-    while (suffix < n - prefix && suffix < m - prefix && before[n - 1 - suffix] == after[m - 1 - suffix])
-        ++suffix;
-    const int removed = n - prefix - suffix; // rows of `before` that differ
-    const int added = m - prefix - suffix;   // rows of `after` that differ
-    if (removed == 0 && added == 0)
-        return {};
-    if (removed == 0)
-        return {Change::Insert, prefix, prefix + added - 1};
-    if (added == 0)
-        return {Change::Remove, prefix, prefix + removed - 1};
-    if (removed != added)
-        return {Change::Reset};
-    const int last = prefix + removed - 1;
-    if (removed >= 2) {
-        // One row taken out and put back elsewhere: the rest keep their order, shifted by one.
-        const auto b = before.begin(), a = after.begin();
-        if (after[last] == before[prefix] && std::equal(b + prefix + 1, b + last + 1, a + prefix))
-            return {Change::Move, prefix, last + 1};
-        if (after[prefix] == before[last] && std::equal(b + prefix, b + last, a + prefix + 1))
-            return {Change::Move, last, prefix};
-    }
-    // Same number of rows, other photos in some of them (a swap, a replacement).
-    return {Change::Update, prefix, last};
-}
-
 ImageBrowserModel::ImageBrowserModel(ImageBrowserController &controller, ImageCacheLoader &loader, QObject *parent)
     : QAbstractListModel(parent)
     , m_controller(controller)
@@ -71,6 +38,7 @@ ImageBrowserModel::ImageBrowserModel(ImageBrowserController &controller, ImageCa
     connect(&m_loader, &ImageCacheLoader::imageReady, this, &ImageBrowserModel::imageArrived);
     connect(&m_loader, &ImageCacheLoader::imageFailed, this, &ImageBrowserModel::imageFailed);
     connect(&m_controller, &ImageBrowserController::photoChanged, this, &ImageBrowserModel::photoChanged);
+    connect(&m_controller.imageBookmarks(), &ImageBookmarks::listChanged, this, &ImageBrowserModel::follow);
 }
 
 ImageBrowserModel::~ImageBrowserModel()
@@ -182,13 +150,13 @@ void ImageBrowserModel::decodeThumbnail(const QString &path)
     m_scaling.insert(path);
     auto dropped = std::make_shared<std::atomic_bool>(false);
     m_fromFile.insert(path, dropped);
-    auto *watcher = new QFutureWatcher<QImage>(this);
-    connect(watcher, &QFutureWatcher<QImage>::finished, this, [this, watcher, path, dropped] {
-        watcher->deleteLater();
+    // The result comes back on this thread, and not at all once the model is gone.
+    QtConcurrent::run(m_loader.pool(), [path, dropped] {
+        return *dropped ? QImage() : UIImage::loadFileWithin(path, kThumbnailSide).image.bestRepresentation();
+    }).then(this, [this, path, dropped](const QImage &thumbnail) {
         if (*dropped)
             return;
         m_fromFile.remove(path);
-        const QImage thumbnail = watcher->result();
         if (!thumbnail.isNull()) {
             thumbnailScaled(path, thumbnail);
             return;
@@ -200,9 +168,6 @@ void ImageBrowserModel::decodeThumbnail(const QString &path)
         else
             m_waiting.insert(path);
     });
-    watcher->setFuture(QtConcurrent::run(m_loader.pool(), [path, dropped] {
-        return *dropped ? QImage() : UIImage::loadFileWithin(path, kThumbnailSide).image.bestRepresentation();
-    }));
 }
 
 void ImageBrowserModel::requestWanted()
@@ -229,12 +194,10 @@ void ImageBrowserModel::requestWanted()
 void ImageBrowserModel::scale(const QString &path, const QImage &image) const
 {
     m_scaling.insert(path);
-    auto *watcher = new QFutureWatcher<QImage>(const_cast<ImageBrowserModel *>(this));
-    connect(watcher, &QFutureWatcher<QImage>::finished, this, [this, watcher, path] {
-        watcher->deleteLater();
-        const_cast<ImageBrowserModel *>(this)->thumbnailScaled(path, watcher->result());
+    auto *self = const_cast<ImageBrowserModel *>(this);
+    QtConcurrent::run(&scaledThumbnail, image).then(self, [self, path](const QImage &thumbnail) {
+        self->thumbnailScaled(path, thumbnail);
     });
-    watcher->setFuture(QtConcurrent::run(&scaledThumbnail, image));
 }
 
 void ImageBrowserModel::thumbnailScaled(const QString &path, const QImage &thumbnail)
@@ -275,44 +238,48 @@ void ImageBrowserModel::rowsOfPathChanged(const QString &path)
     }
 }
 
-void ImageBrowserModel::sync()
+void ImageBrowserModel::follow(const PhotoListChange &change)
 {
-    const QStringList next = m_controller.images();
-    const Change change = changeBetween(m_paths, next);
-    switch (change.kind) {
-    case Change::None:
-        // The same photos; a framing may have come or gone.
-        if (!m_paths.isEmpty())
-            emit dataChanged(index(0), index(int(m_paths.size()) - 1), {FramedRole});
-        return;
-    case Change::Insert:
-        beginInsertRows({}, change.first, change.last);
+    const QStringList &next = m_controller.images();
+    const int first = int(change.first);
+    const int last = int(change.last);
+    m_following = true;
+    PhotoListChange::Kind kind = change.kind;
+    // A move the rows cannot make (onto its own place, out of range) is followed as a reset.
+    if (kind == PhotoListChange::Move && !beginMoveRows({}, first, first, {}, last))
+        kind = PhotoListChange::Reset;
+    switch (kind) {
+    case PhotoListChange::Insert:
+        beginInsertRows({}, first, last);
         m_paths = next;
         endInsertRows();
         break;
-    case Change::Remove:
-        beginRemoveRows({}, change.first, change.last);
+    case PhotoListChange::Remove:
+        beginRemoveRows({}, first, last);
         m_paths = next;
         endRemoveRows();
         break;
-    case Change::Move:
-        beginMoveRows({}, change.first, change.first, {}, change.last);
+    case PhotoListChange::Move:
         m_paths = next;
         endMoveRows();
         break;
-    case Change::Update:
+    case PhotoListChange::Update:
         m_paths = next;
-        emit dataChanged(index(change.first), index(change.last));
+        emit dataChanged(index(first), index(last));
+        m_following = false;
         return;
-    case Change::Reset:
+    case PhotoListChange::Reset:
         emit aboutToReset();
         beginResetModel();
         m_paths = next;
         endResetModel();
+        m_following = false;
         emit didReset();
         return;
     }
-    // The numbers of the rows after the change are new.
-    if (!m_paths.isEmpty())
-        emit dataChanged(index(0), index(int(m_paths.size()) - 1), {Qt::DisplayRole});
+    m_following = false;
+    // The rows after the change show new numbers.
+    const int from = std::min(first, last);
+    if (from < m_paths.size())
+        emit dataChanged(index(from), index(int(m_paths.size()) - 1), {Qt::DisplayRole});
 }

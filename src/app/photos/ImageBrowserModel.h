@@ -1,5 +1,7 @@
 #pragma once
 
+#include "photos/PhotoListChange.h"
+
 #include <QAbstractListModel>
 #include <QCache>
 #include <QHash>
@@ -16,9 +18,8 @@ class ImageBrowserController;
 class ImageCacheLoader;
 
 // The photo list as rows for the browser's grid: row i is photo i, with its number, its file
-// name and its thumbnail. The rows follow the controller: after each reload the new list is
-// compared with the rows shown and the difference is announced as row signals (insert, remove,
-// move, changed rows), a reset only when the change is none of those.
+// name and its thumbnail. The rows follow the photo list change by change, as it tells them
+// (insert, remove, move, changed rows; a reset when it was read again from the store).
 //
 // Thumbnails come from the image cache's copies when it holds them decoded, asked for only when
 // a row is painted; otherwise the file itself is decoded at thumbnail size (a JPEG at its
@@ -44,14 +45,6 @@ public:
     // Thumbnails are made this large (the longer side) and drawn smaller at lower zoom.
     static constexpr int kThumbnailSide = 256;
 
-    // How the rows change from one list to the next.
-    struct Change {
-        enum Kind { None, Insert, Remove, Move, Update, Reset } kind = None;
-        int first = 0; // Insert, Remove, Update: the first row; Move: the row that moves
-        int last = 0;  // Insert, Remove, Update: the last row; Move: the destination (before)
-    };
-    static Change changeBetween(const QStringList &before, const QStringList &after);
-
     ImageBrowserModel(ImageBrowserController &controller, ImageCacheLoader &loader, QObject *parent = nullptr);
     ~ImageBrowserModel() override;
 
@@ -62,8 +55,8 @@ public:
     // The thumbnail of the row, or a null pixmap while it is on its way; asks for it.
     QPixmap thumbnail(int row) const;
     QString pathAtRow(int row) const { return m_paths.value(row); }
-    // Rows are in step with the controller's list again (after its reload).
-    void sync();
+    // While the rows follow a change of the list (the view's selection moves with them).
+    bool isFollowing() const { return m_following; }
     // Thumbnails being scaled (for tests and benchmarks).
     int pendingThumbnails() const { return int(m_scaling.size()); }
     // Tells which rows are on screen when the decodings are asked for; without it, all are.
@@ -77,6 +70,7 @@ signals:
     void didReset();
 
 private:
+    void follow(const PhotoListChange &change);
     void imageArrived(const QString &path);
     void imageFailed(const QString &path);
     void scale(const QString &path, const QImage &image) const;
@@ -93,6 +87,7 @@ private:
     ImageBrowserController &m_controller;
     ImageCacheLoader &m_loader;
     QStringList m_paths;
+    bool m_following = false;
     // Thumbnails by path, at most about 128 MB of them; the least recently used go first and
     // are scaled again from the cache's copy when they are shown again.
     mutable QCache<QString, QPixmap> m_thumbnails;

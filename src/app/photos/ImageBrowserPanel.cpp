@@ -251,11 +251,7 @@ QMenu &ImageBrowserPanel::contextMenu() const { return *d->menu; }
 
 void ImageBrowserPanel::browserReloaded()
 {
-    // The controller selects afterwards; until then the grid shows the selection it has, which
-    // row signals may have moved or dropped.
-    d->following = true;
-    d->model->sync();
-    d->following = false;
+    // The rows followed the list as it changed; the grid shows the controller's selection now.
     showSelection(d->controller.selection().selectedIndex(), false);
 }
 
@@ -285,7 +281,8 @@ void ImageBrowserPanel::enableSelectionControls()
 
 void ImageBrowserPanel::viewSelectionChanged()
 {
-    if (d->following)
+    // The rows moving with the list move the grid's selection too: that is not the user's.
+    if (d->following || d->model->isFollowing())
         return;
     const QModelIndexList selected = d->grid->selectionModel()->selectedIndexes();
     if (!selected.isEmpty())
