@@ -144,12 +144,10 @@ protected:
     TemplateActions *actions = nullptr;
 };
 
-// Which items a right click enables: the user table's by the core's rule (a held template for
-// paste, a non-empty store for the whole-store items, a row under the click for the rest);
-// the built-in table's single-template items by a row under the click.
+// A right click sets its table's items as the selection's menu rule says for the clicked row
+// (the rule's cases are the selection's own test): one row per table.
 TEST_F(TemplateActionsTest, MenuItemsFollowTheClick)
 {
-    const QStringList rowItems{"deleteTemplate", "exportTemplate", "copyTemplateIcon", "saveTemplateIcon", "saveTemplateAndIcon"};
     struct Case {
         const char *name;
         TemplateTable table;
@@ -158,21 +156,11 @@ TEST_F(TemplateActionsTest, MenuItemsFollowTheClick)
         int row;
         QStringList enabled;
     } cases[] = {
-        {"user row", TemplateTable::User, 2, false, 1,
-         {"cutTemplate", "copyTemplate", "deleteAllTemplates", "sortUserTemplates", "exportAllTemplates", "deleteTemplate",
-          "exportTemplate", "copyTemplateIcon", "saveTemplateIcon", "saveTemplateAndIcon"}},
-        {"user empty space", TemplateTable::User, 2, false, -1,
-         {"cutTemplate", "copyTemplate", "deleteAllTemplates", "sortUserTemplates", "exportAllTemplates"}},
-        {"user row, a template held", TemplateTable::User, 2, true, 0,
-         {"cutTemplate", "copyTemplate", "pasteTemplate", "deleteAllTemplates", "sortUserTemplates", "exportAllTemplates",
-          "deleteTemplate", "exportTemplate", "copyTemplateIcon", "saveTemplateIcon", "saveTemplateAndIcon"}},
-        {"empty user store, a template held", TemplateTable::User, 0, true, -1,
-         {"cutTemplate", "copyTemplate", "pasteTemplate", "sortUserTemplates"}},
-        {"empty user store", TemplateTable::User, 0, false, -1, {"cutTemplate", "copyTemplate", "sortUserTemplates"}},
+        {"user empty space, a template held", TemplateTable::User, 2, true, -1,
+         {"cutTemplate", "copyTemplate", "pasteTemplate", "deleteAllTemplates", "sortUserTemplates", "exportAllTemplates"}},
         {"built-in row", TemplateTable::BuiltIn, 0, false, 1,
          {"cutTemplate", "copyTemplate", "exportAllTemplates", "exportTemplate", "copyTemplateIcon", "saveTemplateIcon",
           "saveTemplateAndIcon"}},
-        {"built-in empty space", TemplateTable::BuiltIn, 2, true, -1, {"cutTemplate", "copyTemplate", "exportAllTemplates"}},
     };
     for (const Case &c : cases) {
         store->clearUserTemplates();
