@@ -8,10 +8,10 @@
 #include "photos/ImageBrowserController.h"
 #include "templates/TemplateStore.h"
 #include "app/collage/CollageControlBar.h"
-#include "app/templates/TemplateActions.h"
 #include "app/collage/TessaryView.h"
 #include "AppFixture.h"
 #include "support/Dialogs.h"
+#include "FileDialogs.h"
 #include "ScreenshotFolder.h"
 
 #include <QAbstractButton>
@@ -168,9 +168,7 @@ TEST_F(CollageDocumentWindowTest, TheMenuItemsUseTheFileDialogs)
     ASSERT_NE(save, nullptr);
     EXPECT_TRUE(save->testOption(QFileDialog::DontUseNativeDialog));
     EXPECT_EQ(save->windowModality(), Qt::WindowModal);
-    save->setDirectory(album);
-    save->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(QStringLiteral("typed"));
-    QTest::keyClick(save, Qt::Key_Return);
+    FileDialogs::choose(album, {QStringLiteral("typed")});
     const QString file = QDir(album).filePath(QStringLiteral("typed.tessary"));
     ASSERT_TRUE(QTest::qWaitFor([&] { return QFileInfo::exists(file); }, 5000));
     EXPECT_EQ(documents().documentPath(), file);
@@ -178,11 +176,7 @@ TEST_F(CollageDocumentWindowTest, TheMenuItemsUseTheFileDialogs)
     changeCollage();
     window.action(QStringLiteral("openCollage"))->trigger();
     Dialogs::answer(QStringLiteral("Don't Save")); // the changes come first
-    QFileDialog *open = Dialogs::waitFor<QFileDialog>();
-    ASSERT_NE(open, nullptr);
-    open->setDirectory(album);
-    open->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->setText(QStringLiteral("typed.tessary"));
-    QTest::keyClick(open, Qt::Key_Return);
+    FileDialogs::choose(album, {QStringLiteral("typed.tessary")});
     ASSERT_TRUE(QTest::qWaitFor([&] { return browser().images() == photos; }, 5000));
     EXPECT_TRUE(view().isJumbled());
 }

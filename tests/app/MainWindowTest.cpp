@@ -17,7 +17,6 @@
 #include <QButtonGroup>
 #include <QComboBox>
 #include <QListView>
-#include <QScreen>
 #include <QSpinBox>
 #include <QLabel>
 #include <QTest>
@@ -47,6 +46,7 @@ TEST_F(MainWindowTest, MenuActionsHaveTheirKeys)
         {"unjumble", QKeySequence(QStringLiteral("Ctrl+Shift+J"))},
         {"preferences", QKeySequence(QStringLiteral("Ctrl+,"))},
         {"help", QKeySequence(QStringLiteral("F1"))},
+        {"importTemplates", QKeySequence(QStringLiteral("Ctrl+I"))},
     };
     for (const auto &c : cases) {
         QAction *action = controller.mainWindow().action(QString::fromLatin1(c.action));

@@ -11,12 +11,12 @@
 #include "templates/TemplateTestData.h"
 #include "app/templates/TemplateActions.h"
 #include "app/templates/TemplateContextMenu.h"
-#include "app/templates/TemplateListModel.h"
 #include "app/templates/TemplateTabView.h"
 #include "app/templates/TemplateTablePane.h"
 #include "app/collage/TessaryView.h"
 #include "AppFixture.h"
 #include "support/Dialogs.h"
+#include "FileDialogs.h"
 #include "support/UrlRecorder.h"
 
 #include <QAction>
@@ -48,27 +48,6 @@ public:
 };
 
 using Dialogs::answer;
-
-// Answers the open file dialog as a person typing the names into it; returns the dialog's title.
-QString chooseInFileDialog(const QString &folder, const QStringList &names)
-{
-    QFileDialog *dialog = Dialogs::waitFor<QFileDialog>();
-    if (!dialog) {
-        ADD_FAILURE() << "no file dialog";
-        return {};
-    }
-    const QString title = dialog->windowTitle();
-    dialog->setDirectory(folder);
-    QStringList quoted;
-    for (const QString &n : names)
-        quoted << (names.size() > 1 ? QStringLiteral("\"%1\"").arg(n) : n);
-    if (auto *edit = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit")))
-        edit->setText(quoted.join(QLatin1Char(' ')));
-    QMetaObject::invokeMethod(dialog, "accept"); // the Choose button
-    const QPointer<QFileDialog> open(dialog);
-    EXPECT_TRUE(QTest::qWaitFor([open] { return !open || !open->isVisible(); }, 2000));
-    return title;
-}
 
 class TemplateActionsTest : public AppFixture
 {
@@ -233,14 +212,14 @@ TEST_F(TemplateActionsTest, Exports)
 
     choose(TemplateTable::BuiltIn, -1, "exportAllTemplates");
     EXPECT_EQ(answer(QStringLiteral("Save One")).first, QStringLiteral("Save As One File Or Many?"));
-    chooseInFileDialog(folder(), {QStringLiteral("Templates Export.plist")});
+    FileDialogs::choose(folder(), {QStringLiteral("Templates Export.plist")});
     EXPECT_EQ(templatesIn(QDir(folder()).filePath(QStringLiteral("Templates Export.plist"))).size(), 3);
 
     const QString spring = QDir(folder()).filePath(QStringLiteral("Spring"));
     QDir().mkpath(spring);
     choose(TemplateTable::BuiltIn, -1, "exportAllTemplates");
     answer(QStringLiteral("Many Files"));
-    EXPECT_EQ(chooseInFileDialog(folder(), {QStringLiteral("Spring")}), QStringLiteral("Choose Destination:"));
+    EXPECT_EQ(FileDialogs::choose(folder(), {QStringLiteral("Spring")}), QStringLiteral("Choose Destination:"));
     EXPECT_EQ(QDir(spring).entryList(QDir::Files),
               (QStringList{"Tessary-Icon-Spring-1.png", "Tessary-Icon-Spring-3.png", "Tessary-Template-Spring-1.plist",
                            "Tessary-Template-Spring-3.plist", "Tessary-Templates-Spring.html"}));
@@ -251,7 +230,7 @@ TEST_F(TemplateActionsTest, Exports)
     QFileDialog *save = Dialogs::waitFor<QFileDialog>();
     ASSERT_NE(save, nullptr);
     EXPECT_TRUE(save->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"))->text().startsWith(QStringLiteral("Tessary-Template-")));
-    chooseInFileDialog(one, {QStringLiteral("third.plist")});
+    FileDialogs::choose(one, {QStringLiteral("third.plist")});
     const QVariantList third = templatesIn(QDir(one).filePath(QStringLiteral("third.plist")));
     ASSERT_EQ(third.size(), 1);
     EXPECT_EQ(third[0].toMap().value(QStringLiteral("contentSizeWidth")).toDouble(), 3.0);
@@ -260,13 +239,13 @@ TEST_F(TemplateActionsTest, Exports)
     EXPECT_EQ(QApplication::clipboard()->image().size(), QSize(8, 6));
 
     choose(TemplateTable::User, 0, "saveTemplateIcon");
-    chooseInFileDialog(one, {QStringLiteral("icon")});
+    FileDialogs::choose(one, {QStringLiteral("icon")});
     EXPECT_EQ(QImage(QDir(one).filePath(QStringLiteral("icon.png"))).size(), QSize(8, 6));
 
     const QString pair = QDir(folder()).filePath(QStringLiteral("pair"));
     QDir().mkpath(pair);
     choose(TemplateTable::User, 0, "saveTemplateAndIcon");
-    chooseInFileDialog(folder(), {QStringLiteral("pair")});
+    FileDialogs::choose(folder(), {QStringLiteral("pair")});
     const QStringList written = QDir(pair).entryList(QDir::Files);
     ASSERT_EQ(written.size(), 2) << written.join(' ').toStdString();
     EXPECT_TRUE(written[0].startsWith(QStringLiteral("Tessary-Icon-")) && written[0].endsWith(QStringLiteral(".png")));
@@ -304,7 +283,7 @@ TEST_F(TemplateActionsTest, Import)
     EXPECT_TRUE(dialog->nameFilters().first().contains(QStringLiteral("*.plist")));
     EXPECT_EQ(dialog->findChild<QLabel *>(QStringLiteral("chooseTemplateFileMessage"))->text(),
               QStringLiteral("Pick template file created in Tessary iOS."));
-    chooseInFileDialog(folder(), {QStringLiteral("b.plist"), QStringLiteral("a.plist")});
+    FileDialogs::choose(folder(), {QStringLiteral("b.plist"), QStringLiteral("a.plist")});
     EXPECT_EQ(userIds(), (std::vector<double>{3, 1, 2}));
     EXPECT_TRUE(Dialogs::noneShown<QMessageBox>());
 
@@ -314,13 +293,13 @@ TEST_F(TemplateActionsTest, Import)
     const auto question = answer(QStringLiteral("Append"));
     EXPECT_EQ(question.first, QStringLiteral("Append or Replace"));
     EXPECT_EQ(question.second, QStringLiteral("Do you want to append or replace the existing templates?"));
-    chooseInFileDialog(folder(), {QStringLiteral("b.plist")});
+    FileDialogs::choose(folder(), {QStringLiteral("b.plist")});
     EXPECT_EQ(userIds().size(), before + 1);
 
     // A file that holds no templates adds nothing and is named with the reason.
     const size_t count = userIds().size();
     actions->presentChooseFileTemplatesDialog(false);
-    chooseInFileDialog(folder(), {QStringLiteral("bad.plist")});
+    FileDialogs::choose(folder(), {QStringLiteral("bad.plist")});
     EXPECT_EQ(alerts.beeps, 1);
     EXPECT_EQ(userIds().size(), count);
     const auto texts = answer(QStringLiteral("OK"));
@@ -337,7 +316,6 @@ TEST_F(TemplateActionsTest, ControllerWiring)
     MainWindow &w = controller.mainWindow();
     w.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&w));
-    EXPECT_EQ(w.action(QStringLiteral("importTemplates"))->shortcut(), QKeySequence(QStringLiteral("Ctrl+I")));
 
     emit controller.loadFileWindow().chooseTemplateFile();
     QFileDialog *dialog = Dialogs::waitFor<QFileDialog>();
