@@ -18,8 +18,6 @@
 #include <QColorDialog>
 #include <QComboBox>
 #include <QFileInfo>
-#include <QMenu>
-#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -76,12 +74,22 @@ protected:
     std::unique_ptr<TileAndBlendActions> actions;
 };
 
-TEST_F(TileAndBlendActionsTest, TilingAddsEveryTileToThePhotoList)
+// The tile sheet: Cancel closes it and starts nothing; Tile cuts the selected photo into the
+// chosen rows and columns, whose tiles join the photo list. A cut asked for with nothing
+// selected never ends: the sheet only beeps from then on.
+TEST_F(TileAndBlendActionsTest, TileSheetCutsTheSelectedPhotoAndIsRefusedWhileACutRuns)
 {
     addPhotos(1, 60, 40);
     browser->selection().select(0);
-    actions->showTilePhotosWindow();
     TileSheet &sheet = actions->tilePhotosWindow();
+    actions->showTilePhotosWindow();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.isVisible(); }, 2000));
+    QTest::mouseClick(sheet.cancelButton(), Qt::LeftButton);
+    EXPECT_FALSE(sheet.isVisible());
+    EXPECT_FALSE(progress->isActive());
+    EXPECT_FALSE(actions->tilingInProgress());
+
+    actions->showTilePhotosWindow();
     ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.isVisible(); }, 2000));
     EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
     ASSERT_EQ(sheet.rowsPopUpButton()->count(), 10);
@@ -90,7 +98,6 @@ TEST_F(TileAndBlendActionsTest, TilingAddsEveryTileToThePhotoList)
     sheet.columnsPopUpButton()->setCurrentIndex(2);
     QTest::mouseClick(sheet.tilingButton(), Qt::LeftButton);
     EXPECT_FALSE(sheet.isVisible());
-
     ASSERT_TRUE(QTest::qWaitFor([&] { return !actions->tilingInProgress(); }, 10000));
     QCoreApplication::processEvents();
     EXPECT_FALSE(progress->isActive());
@@ -100,20 +107,6 @@ TEST_F(TileAndBlendActionsTest, TilingAddsEveryTileToThePhotoList)
     const QString imagesFolder = QFileInfo(ImagesFolder::path()).absoluteFilePath();
     const QStringList images = browser->images();
     EXPECT_EQ(std::count_if(images.begin(), images.end(), [&](const QString &p) { return QFileInfo(p).absolutePath() == imagesFolder; }), 6);
-}
-
-// A cut asked for with nothing selected never ends: the sheet only beeps from then on. Cancel
-// closes the sheet and leaves the bar hidden.
-TEST_F(TileAndBlendActionsTest, TileSheetRefusedWhileACutIsRunning)
-{
-    addPhotos(1);
-    actions->showTilePhotosWindow();
-    TileSheet &sheet = actions->tilePhotosWindow();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.isVisible(); }, 2000));
-    QTest::mouseClick(sheet.cancelButton(), Qt::LeftButton);
-    EXPECT_FALSE(sheet.isVisible());
-    EXPECT_FALSE(progress->isActive());
-    EXPECT_FALSE(actions->tilingInProgress());
 
     browser->selection().clear();
     actions->tilePhotoFiles();
