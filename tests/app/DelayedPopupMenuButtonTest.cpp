@@ -1,6 +1,5 @@
 #include "widgets/DelayedPopupMenuButton.h"
 
-#include <QMenu>
 #include <QSignalSpy>
 #include <QTest>
 

@@ -10,11 +10,8 @@
 #include "app/blend/TileSheet.h"
 #include "app/WelcomeSheet.h"
 #include "foundation/Paths.h"
-#include "photos/ImageBrowserController.h"
 
 #include <QAction>
-#include <QApplication>
-#include <QDir>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>

@@ -7,7 +7,6 @@
 #include "foundation/Preferences.h"
 #include "photos/ImageBookmarks.h"
 #include "photos/ImageBrowserController.h"
-#include "photos/ImageBrowserSelection.h"
 #include "photos/ImageCache.h"
 #include "photos/ImageCacheLoader.h"
 #include "app/photos/ImageBrowserDelegate.h"

@@ -11,7 +11,6 @@
 #include "support/FaultFolder.h"
 #include "app/result/SaveOptionsPanel.h"
 
-#include <QAction>
 #include <QComboBox>
 #include <QImageReader>
 #include <QLineEdit>

@@ -5,8 +5,6 @@
 #include "templates/TemplateStore.h"
 #include "templates/TemplateTestData.h"
 #include "app/templates/TemplateActions.h"
-#include "app/templates/TemplateDownloadDialog.h"
-#include "app/templates/TemplateListModel.h"
 #include "app/templates/TemplateTabView.h"
 #include "app/templates/TemplateTablePane.h"
 #include "app/templates/TemplateTableView.h"
@@ -18,7 +16,6 @@
 #include <QFileInfo>
 #include <QMimeData>
 #include <QTabBar>
-#include <QTabWidget>
 #include <QTest>
 #include <QVBoxLayout>
 

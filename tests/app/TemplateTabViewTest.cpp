@@ -12,8 +12,6 @@
 #include <QLabel>
 #include <QListView>
 #include <QSignalSpy>
-#include <QSlider>
-#include <QTabWidget>
 #include <QTest>
 
 using namespace TemplateTestData;

@@ -1,6 +1,5 @@
 #include "CollageFixture.h"
 
-#include "photos/ImageCacheLoader.h"
 #include "photos/ImageCache.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
@@ -9,7 +8,6 @@
 #include "templates/TemplateStore.h"
 
 #include <QButtonGroup>
-#include <QComboBox>
 #include <QSpinBox>
 #include <QFileInfo>
 #include <QLabel>
