@@ -1,5 +1,6 @@
 #include "AppFixture.h"
 #include "support/RecordingAlertPresenter.h"
+#include "support/TestImages.h"
 #include "support/UrlRecorder.h"
 
 #include "foundation/ImagesFolder.h"
@@ -17,7 +18,6 @@
 #include "app/photos/PhotoPreview.h"
 
 #include <QApplication>
-#include <QBuffer>
 #include <QClipboard>
 #include <QComboBox>
 #include <QDir>
@@ -175,10 +175,7 @@ TEST_F(ImageBrowserPanelTest, DropsByKindOfDataAndPlace)
     enum Where { Before, On, AfterLast, Below };
     QImage picture(20, 10, QImage::Format_RGB32);
     picture.fill(Qt::magenta);
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    picture.save(&buffer, "PNG");
+    const QByteArray png = testimages::encode(picture, "PNG");
     const struct {
         const char *name;
         Kind kind;
@@ -307,9 +304,9 @@ TEST_F(ImageBrowserPanelTest, PasteTakesTheClipboardOrBeeps)
     EXPECT_EQ(alerts.beeps, beeps + 1);
 }
 
-// The selection is one: clicking a photo selects it in the controller (empty space keeps it),
-// the controller's choice shows in the grid; a second later the preview, the label and the
-// pop-up follow.
+// The selection is one: clicking a photo or typing its number selects it in the controller
+// (empty space keeps it), the controller's choice shows in the grid; a second later the
+// preview, the label and the pop-up follow.
 TEST_F(ImageBrowserPanelTest, SelectionPreviewAndLabel)
 {
     makePanel(5);
@@ -327,6 +324,16 @@ TEST_F(ImageBrowserPanelTest, SelectionPreviewAndLabel)
 
     controller->selectIndex(4);
     expectGridInStep();
+    // Return in the number field hands the typed number to the controller (which numbers
+    // select is the controller's own test); the field takes digits only.
+    QLineEdit &field = panel->numberField();
+    QTest::keyClicks(&field, QStringLiteral("3"));
+    QTest::keyClick(&field, Qt::Key_Return);
+    EXPECT_EQ(controller->selectedItem(), 2);
+    expectGridInStep();
+    field.clear();
+    QTest::keyClicks(&field, QStringLiteral("2a"));
+    EXPECT_EQ(field.text(), QLatin1String("2"));
     // Emptying the list empties the preview and the label.
     controller->clearImages();
     ASSERT_TRUE(QTest::qWaitFor([&] { return panel->imageLabel().text() == QLatin1String(" "); }, 3000));
@@ -371,22 +378,6 @@ TEST_F(ImageBrowserPanelTest, AlignmentControls)
     EXPECT_EQ(collageReloads, 4);
     // Stored at once.
     EXPECT_EQ(defaults->arrayForKey(Preferences::Aligments).size(), 3);
-}
-
-// Return in the number field hands the typed number to the controller (which numbers select
-// is the controller's own test), and the field takes digits only.
-TEST_F(ImageBrowserPanelTest, NumberFieldSelects)
-{
-    makePanel(5);
-    controller->selectIndex(1);
-    QLineEdit &field = panel->numberField();
-    QTest::keyClicks(&field, QStringLiteral("3"));
-    QTest::keyClick(&field, Qt::Key_Return);
-    EXPECT_EQ(controller->selectedItem(), 2);
-    expectGridInStep();
-    field.clear();
-    QTest::keyClicks(&field, QStringLiteral("2a"));
-    EXPECT_EQ(field.text(), QLatin1String("2"));
 }
 
 // The zoom slider starts from "IconSize", sizes the thumbnails and writes the key back.
