@@ -50,7 +50,8 @@ protected:
     std::unique_ptr<HalvernDesktopController> controller;
 };
 
-// Ctrl+Q quits from every window of the program, and Escape closes Preferences and each sheet.
+// Ctrl+Q quits from every window of the program, and Escape closes each sheet (and Preferences,
+// in the preferences window's own test).
 TEST_F(HalvernDesktopControllerTest, CtrlQFromEveryWindowAndEscapeClosesSheets)
 {
     QAction *quit = controller->mainWindow().action(QStringLiteral("quit"));
@@ -77,10 +78,6 @@ TEST_F(HalvernDesktopControllerTest, CtrlQFromEveryWindowAndEscapeClosesSheets)
         QTest::keyClick(sheet->focusWidget() ? sheet->focusWidget() : sheet, Qt::Key_Escape);
         EXPECT_TRUE(QTest::qWaitFor([sheet] { return !sheet->isVisible(); }, 2000)) << sheet->objectName().toStdString();
     }
-    controller->showPreferences();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&controller->preferencesWindow()));
-    QTest::keyClick(&controller->preferencesWindow(), Qt::Key_Escape);
-    EXPECT_FALSE(controller->preferencesWindow().isVisible());
 }
 
 // What cannot be done is said on the window: a page when no program on the desktop opens pages,
