@@ -24,6 +24,8 @@
 
 #include <functional>
 
+#include <cstdio>
+
 namespace {
 
 // The program with its own store and folders, over three photos of the test's own, while
