@@ -397,7 +397,8 @@ TEST_F(ImageBrowserPanelTest, ZoomSliderUsesAndWritesIconSize)
 }
 
 // The menu actions: remove the selected photo, insert the blank image there, add photos through
-// Qt's own window-modal file dialog; Clear All Images asks first and only "Clear All" clears.
+// Qt's own window-modal file dialog, the context menu's items; Clear All Images asks first and
+// only "Clear All" clears.
 TEST_F(ImageBrowserPanelTest, MenuActions)
 {
     makePanel(3);
@@ -426,6 +427,25 @@ TEST_F(ImageBrowserPanelTest, MenuActions)
     EXPECT_EQ(controller->selectedItem(), 5);
     expectGridInStep();
 
+    // The context menu acts on the photo under the pointer: reveal its folder, open it,
+    // duplicate it.
+    UrlRecorder recorder({QStringLiteral("file")});
+    QContextMenuEvent menuEvent(QContextMenuEvent::Mouse, onItem(3), viewport()->mapToGlobal(onItem(3)));
+    QApplication::sendEvent(viewport(), &menuEvent);
+    EXPECT_EQ(controller->selectedItem(), 3);
+    QMenu &menu = panel->contextMenu();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return menu.isVisible(); }, 2000));
+    menu.close();
+    const QString c = controller->images().at(3);
+    menu.findChild<QAction *>(QStringLiteral("contextSelectInFinder"))->trigger();
+    menu.findChild<QAction *>(QStringLiteral("contextOpen"))->trigger();
+    EXPECT_EQ(recorder.urls, (QList<QUrl>{QUrl::fromLocalFile(photosFolder()), QUrl::fromLocalFile(c)}));
+    menu.findChild<QAction *>(QStringLiteral("contextDuplicate"))->trigger();
+    ASSERT_EQ(controller->count(), 7);
+    EXPECT_EQ(controller->images().at(4), c);
+    EXPECT_TRUE(controller->images().at(3).startsWith(QFileInfo(imagesFolder()).absoluteFilePath()));
+    expectGridInStep();
+
     alerts.responses = {AlertPresenter::DefaultButton, AlertPresenter::AlternateButton};
     panel->clearAllImages();
     ASSERT_EQ(alerts.alerts.size(), 1);
@@ -434,32 +454,9 @@ TEST_F(ImageBrowserPanelTest, MenuActions)
     EXPECT_EQ(alert.informativeText, QLatin1String("Are you sure you want to clear all the images in the image browser?"));
     EXPECT_EQ(alert.defaultButton, QLatin1String("Cancel"));
     EXPECT_EQ(alert.alternateButton, QLatin1String("Clear All"));
-    EXPECT_EQ(controller->count(), 6);
+    EXPECT_EQ(controller->count(), 7);
     panel->clearAllImages();
     EXPECT_EQ(controller->count(), 0);
-    expectGridInStep();
-}
-
-// The context menu acts on the photo under the pointer: reveal its folder, open it, duplicate it.
-TEST_F(ImageBrowserPanelTest, ContextMenuRevealOpenDuplicate)
-{
-    makePanel(3);
-    UrlRecorder recorder({QStringLiteral("file")});
-    QContextMenuEvent menuEvent(QContextMenuEvent::Mouse, onItem(2), viewport()->mapToGlobal(onItem(2)));
-    QApplication::sendEvent(viewport(), &menuEvent);
-    EXPECT_EQ(controller->selectedItem(), 2);
-    QMenu &menu = panel->contextMenu();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return menu.isVisible(); }, 2000));
-    menu.close();
-    const QString c = controller->images().at(2);
-    menu.findChild<QAction *>(QStringLiteral("contextSelectInFinder"))->trigger();
-    menu.findChild<QAction *>(QStringLiteral("contextOpen"))->trigger();
-    EXPECT_EQ(recorder.urls, (QList<QUrl>{QUrl::fromLocalFile(photosFolder()), QUrl::fromLocalFile(c)}));
-
-    menu.findChild<QAction *>(QStringLiteral("contextDuplicate"))->trigger();
-    ASSERT_EQ(controller->count(), 4);
-    EXPECT_EQ(controller->images().at(3), c);
-    EXPECT_TRUE(controller->images().at(2).startsWith(QFileInfo(imagesFolder()).absoluteFilePath()));
     expectGridInStep();
 }
 
