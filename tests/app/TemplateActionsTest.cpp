@@ -160,28 +160,23 @@ TEST_F(TemplateActionsTest, MenuItemsFollowTheClick)
     }
 }
 
-// Copy and paste reach the clicked rows (what they do to the store is the editor's own test).
-TEST_F(TemplateActionsTest, CopyPaste)
+// Copy and paste reach the clicked rows; the menu deletes the clicked row, the button the
+// selected one, after which the template sliding into its place is chosen and labelled;
+// deleting all and sorting ask too. (What each does to the store, and which answers keep what,
+// is the editor's own test.)
+TEST_F(TemplateActionsTest, CopyPasteDeleteDeleteAllAndSortAsk)
 {
-    addUserTemplates({makeTemplate(2, 1), makeTemplate(3, 2)});
+    addUserTemplates({makeTemplate(4, 1), makeTemplate(2, 2), makeTemplate(5, 4)});
     choose(TemplateTable::BuiltIn, 1, "copyTemplate");
-    choose(TemplateTable::User, 1, "pasteTemplate");
-    EXPECT_EQ(userIds(), (std::vector<double>{1, 102, 2}));
-}
-
-// The menu deletes the clicked row, the button the selected one, after which the template
-// sliding into its place is chosen and labelled; deleting all and sorting ask too. (Which
-// answers keep what is the editor's own test.)
-TEST_F(TemplateActionsTest, DeleteDeleteAllAndSortAsk)
-{
-    addUserTemplates({makeTemplate(4, 1), makeTemplate(2, 2), makeTemplate(3, 3), makeTemplate(5, 4)});
+    choose(TemplateTable::User, 2, "pasteTemplate");
+    ASSERT_EQ(userIds(), (std::vector<double>{1, 2, 102, 4}));
     QSignalSpy chosen(tabs, &TemplateTabView::templateChosen);
 
     choose(TemplateTable::User, 1, "deleteTemplate");
     const auto texts = answer(QStringLiteral("Delete"));
     EXPECT_EQ(texts.first, QStringLiteral("Delete Template"));
     EXPECT_EQ(texts.second, QStringLiteral("Are you sure you want to delete the selected template?"));
-    EXPECT_EQ(userIds(), (std::vector<double>{1, 3, 4}));
+    EXPECT_EQ(userIds(), (std::vector<double>{1, 102, 4}));
 
     tabs->pane(TemplateTable::User)->selectRow(1);
     chosen.clear();
