@@ -10,10 +10,10 @@
 #include "app/blend/TileSheet.h"
 #include "app/WelcomeSheet.h"
 #include "foundation/Paths.h"
+#include "support/Dialogs.h"
 
 #include <QAction>
 #include <QMessageBox>
-#include <QPointer>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -37,14 +37,9 @@ protected:
     // The alert on the main window: its two texts, after it is answered with OK.
     std::pair<QString, QString> alertTexts()
     {
-        QMessageBox *box = nullptr;
-        if (!QTest::qWaitFor([&] { return (box = controller->mainWindow().findChild<QMessageBox *>()) && box->isVisible(); }, 5000))
-            return {};
-        const std::pair<QString, QString> texts{box->text(), box->informativeText()};
-        box->defaultButton()->click();
-        const QPointer<QMessageBox> open(box);
-        (void)QTest::qWaitFor([open] { return !open; }, 2000);
-        return texts;
+        QMessageBox *box = Dialogs::waitFor<QMessageBox>();
+        EXPECT_TRUE(box && controller->mainWindow().findChildren<QMessageBox *>().contains(box)) << "not on the main window";
+        return Dialogs::answer(QStringLiteral("OK"));
     }
 
     std::unique_ptr<HalvernDesktopController> controller;
