@@ -44,9 +44,15 @@ std::optional<CollageLayout> TemplateSelection::doChooseTemplate(TemplateTable c
     return engine.reloadData(m_defaults, delegate);
 }
 
-TemplateSelection::MenuState TemplateSelection::menuNeedsUpdate(bool templateHeld, qsizetype clickedRow) const
+TemplateSelection::MenuState TemplateSelection::menuNeedsUpdate(TemplateTable table, bool templateHeld,
+                                                               qsizetype clickedRow) const
 {
     MenuState state;
+    if (table == TemplateTable::BuiltIn) {
+        state.exportAll = true;
+        state.exportOne = state.copyIcon = state.saveIcon = state.saveTemplateAndIcon = clickedRow >= 0;
+        return state;
+    }
     state.paste = templateHeld;
     if (!m_store.userTemplates().isEmpty()) {
         state.deleteAll = state.exportAll = true;

@@ -49,8 +49,10 @@ public:
     std::optional<CollageLayout> doChooseTemplate(TemplateTable currentTab, qsizetype row, LayoutEngine &engine,
                                                   const QSizeF &available, const TessaryViewDelegate *delegate);
 
-    // The user table's contextual menu for a click on clickedRow (-1: empty space).
-    MenuState menuNeedsUpdate(bool templateHeld, qsizetype clickedRow) const;
+    // A table's contextual menu for a click on clickedRow (-1: empty space). The built-in
+    // table's menu pastes and deletes nothing and always exports; the user table's follows the
+    // held template and its store.
+    MenuState menuNeedsUpdate(TemplateTable table, bool templateHeld, qsizetype clickedRow) const;
 
 private:
     TemplateStore &m_store;

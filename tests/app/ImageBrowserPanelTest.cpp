@@ -1,5 +1,6 @@
 #include "AppFixture.h"
 #include "support/RecordingAlertPresenter.h"
+#include "support/TestImages.h"
 #include "support/UrlRecorder.h"
 
 #include "foundation/ImagesFolder.h"
@@ -7,7 +8,6 @@
 #include "foundation/Preferences.h"
 #include "photos/ImageBookmarks.h"
 #include "photos/ImageBrowserController.h"
-#include "photos/ImageBrowserSelection.h"
 #include "photos/ImageCache.h"
 #include "photos/ImageCacheLoader.h"
 #include "app/photos/ImageBrowserDelegate.h"
@@ -18,7 +18,6 @@
 #include "app/photos/PhotoPreview.h"
 
 #include <QApplication>
-#include <QBuffer>
 #include <QClipboard>
 #include <QComboBox>
 #include <QDir>
@@ -163,45 +162,83 @@ protected:
     int collageReloads = 0;
 };
 
-// Files from a file manager land before an item (in reverse order when several), on an item
-// (replacing it, the last one wins), or at the end; the grid follows with its selection. A
-// photo dragged from another Tessary is such a file too: copied in, not moved.
-TEST_F(ImageBrowserPanelTest, FileDropsBeforeAndOnItems)
+// One drop per kind of drag data and place (what the list makes of each is the controller's
+// table): files from a file manager before an item (reversed when several), on one (the last
+// wins), after the last item or below everything; another Tessary's photo is such a file,
+// copied in; the grid's own photo moves between items, swaps on one and changes nothing on or
+// next to itself; a web browser's picture is kept in Documents/Images; words and a template
+// row are refused. While files hover, the grid shows where they would go; after the drop it
+// shows the list and its selection.
+TEST_F(ImageBrowserPanelTest, DropsByKindOfDataAndPlace)
 {
+    enum Kind { Files, OtherTessary, OwnPhoto, WebPicture, Words, TemplateRow };
     enum Where { Before, On, AfterLast, Below };
+    QImage picture(20, 10, QImage::Format_RGB32);
+    picture.fill(Qt::magenta);
+    const QByteArray png = testimages::encode(picture, "PNG");
     const struct {
         const char *name;
+        Kind kind;
+        int from;
         Where where;
         int row;
-        Drop shown;
-        const char *expected;
+        const char *expected; // null: a new photo of Documents/Images at the row
         qsizetype selected;
-        bool fromAnotherTessary = false;
     } cases[] = {
-        {"before item 2", Before, 2, Drop::DropBefore, "abyxcd", 2},
-        {"on item 1", On, 1, Drop::DropOn, "aycd", 1},
-        {"after the last one", AfterLast, 0, Drop::DropBefore, "abcdyx", 4},
-        {"below everything", Below, 0, Drop::DropBefore, "abcdyx", 4},
-        {"from another Tessary", Before, 0, Drop::DropBefore, "yxabcd", 0, true},
+        {"files before item 2", Files, 0, Before, 2, "abyxcd", 2},
+        {"files on item 1", Files, 0, On, 1, "aycd", 1},
+        {"files after the last one", Files, 0, AfterLast, 0, "abcdyx", 4},
+        {"files below everything", Files, 0, Below, 0, "abcdyx", 4},
+        {"from another Tessary", OtherTessary, 0, Before, 0, "yxabcd", 0},
+        {"own photo between items", OwnPhoto, 0, Before, 3, "bcad", 2},
+        {"own photo on another", OwnPhoto, 0, On, 3, "dbca", 3},
+        {"own photo on itself", OwnPhoto, 1, On, 1, "abcd", 0},
+        {"own photo next to itself", OwnPhoto, 1, Before, 2, "abcd", 0},
+        {"a web browser's picture", WebPicture, 0, Before, 1, nullptr, 1},
+        {"words", Words, 0, On, 0, "abcd", 0},
+        {"a template row", TemplateRow, 0, On, 0, "abcd", 0},
     };
     for (const auto &k : cases) {
         SCOPED_TRACE(k.name);
         makePanel(4);
-        const QString x = makePhoto(QStringLiteral("x.png")), y = makePhoto(QStringLiteral("y.png"));
-        const auto data = filesData({x, y});
-        if (k.fromAnotherTessary)
+        std::unique_ptr<QMimeData> data;
+        if (k.kind == Files || k.kind == OtherTessary)
+            data = filesData({makePhoto(QStringLiteral("x.png")), makePhoto(QStringLiteral("y.png"))});
+        else if (k.kind == OwnPhoto)
+            data.reset(panel->grid().dragData(k.from));
+        else
+            data = std::make_unique<QMimeData>();
+        if (k.kind == OtherTessary)
             data->setData(ImageBrowserListView::kItemMimeType, "1 0"); // process 1 is never us
-        const QPoint at = k.where == Before ? beforeItem(k.row)
-                        : k.where == On     ? onItem(k.row)
+        // What the grid itself puts into a drag of a photo: a file for other programs too.
+        if (k.kind == OwnPhoto)
+            EXPECT_EQ(data->urls(), QList<QUrl>{QUrl::fromLocalFile(controller->images().at(k.from))});
+        if (k.kind == WebPicture)
+            data->setData(QStringLiteral("image/png"), png);
+        if (k.kind == Words)
+            data->setText(QStringLiteral("just words"));
+        // A template row offers its templates file as a local file URL; it is not a photo.
+        if (k.kind == TemplateRow) {
+            data->setData(TemplateTableView::kRowMimeType, QByteArrayLiteral("1 0 3"));
+            data->setUrls({QUrl::fromLocalFile(imagesFolder() + QStringLiteral("/Tessary-Template-1.plist"))});
+        }
+        const QPoint at = k.where == Before    ? beforeItem(k.row)
+                        : k.where == On        ? onItem(k.row)
                         : k.where == AfterLast ? afterLastItem()
-                                                : belowEverything();
-        // While the drag hovers, the grid shows where the drop would go.
-        ASSERT_TRUE(dragAndDrop(*data, at, false));
-        ASSERT_TRUE(panel->grid().shownDropTarget().has_value());
-        EXPECT_EQ(panel->grid().shownDropTarget()->operation, k.shown);
-        ASSERT_TRUE(dragAndDrop(*data, at));
+                                               : belowEverything();
+        if (k.kind == Files || k.kind == OtherTessary) {
+            ASSERT_TRUE(dragAndDrop(*data, at, false));
+            ASSERT_TRUE(panel->grid().shownDropTarget().has_value());
+            EXPECT_EQ(panel->grid().shownDropTarget()->operation, k.where == On ? Drop::DropOn : Drop::DropBefore);
+        }
+        EXPECT_EQ(dragAndDrop(*data, at), k.kind != Words && k.kind != TemplateRow);
         EXPECT_FALSE(panel->grid().shownDropTarget().has_value());
-        ASSERT_TRUE(QTest::qWaitFor([&] { return names() == QLatin1String(k.expected); }, 5000)) << qPrintable(names());
+        if (k.expected) {
+            ASSERT_TRUE(QTest::qWaitFor([&] { return names() == QLatin1String(k.expected); }, 5000)) << qPrintable(names());
+        } else {
+            ASSERT_TRUE(waitForCount(5));
+            EXPECT_TRUE(ImagesFolder::isOwned(controller->images().at(k.row))) << qPrintable(controller->images().at(k.row));
+        }
         EXPECT_EQ(controller->selectedItem(), k.selected);
         expectGridInStep();
         dropPanel();
@@ -241,68 +278,6 @@ TEST_F(ImageBrowserPanelTest, DropFeedbackIsDrawn)
     EXPECT_FALSE(panel->grid().shownDropTarget().has_value());
 }
 
-// Dragging within the grid: between items moves the photo, on an item swaps the two; the
-// dragged photo stays selected. Dropping a photo on or next to itself changes nothing.
-TEST_F(ImageBrowserPanelTest, ReorderByDragWithinTheGrid)
-{
-    enum Where { Before, On };
-    const struct {
-        int from;
-        Where where;
-        int row;
-        const char *expected;
-        qsizetype selected;
-    } cases[] = {
-        {0, Before, 3, "bcade", 2},
-        {0, On, 3, "dbcae", 3},
-        {1, On, 1, "abcde", 0},     // on itself
-        {1, Before, 2, "abcde", 0}, // next to itself
-    };
-    for (const auto &k : cases) {
-        SCOPED_TRACE(k.expected);
-        makePanel(5);
-        // What the grid itself puts into a drag of the photo: a file for other programs too.
-        const std::unique_ptr<QMimeData> data(panel->grid().dragData(k.from));
-        EXPECT_EQ(data->urls(), QList<QUrl>{QUrl::fromLocalFile(controller->images().at(k.from))});
-        const QPoint at = k.where == Before ? beforeItem(k.row) : onItem(k.row);
-        ASSERT_TRUE(dragAndDrop(*data, at));
-        EXPECT_EQ(names(), QLatin1String(k.expected));
-        EXPECT_EQ(controller->selectedItem(), k.selected);
-        expectGridInStep();
-        dropPanel();
-    }
-}
-
-// A picture dragged out of a web browser arrives as data: it is kept as a UUID-named PNG in
-// Documents/Images and placed where it was dropped. Data that is no picture is refused.
-TEST_F(ImageBrowserPanelTest, ImageDataFromAWebBrowser)
-{
-    makePanel(3);
-    QImage picture(20, 10, QImage::Format_RGB32);
-    picture.fill(Qt::magenta);
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    picture.save(&buffer, "PNG");
-    QMimeData data;
-    data.setData(QStringLiteral("image/png"), png);
-    ASSERT_TRUE(dragAndDrop(data, beforeItem(1)));
-    ASSERT_TRUE(waitForCount(4));
-    EXPECT_TRUE(ImagesFolder::isOwned(controller->images().at(1))) << qPrintable(controller->images().at(1));
-    expectGridInStep();
-
-    QMimeData text;
-    text.setText(QStringLiteral("just words"));
-    EXPECT_FALSE(dragAndDrop(text, onItem(0)));
-    // A template row dragged from the template tables offers its templates file as a local
-    // file URL; it is not a photo.
-    QMimeData templateRow;
-    templateRow.setData(TemplateTableView::kRowMimeType, QByteArrayLiteral("1 0 3"));
-    templateRow.setUrls({QUrl::fromLocalFile(imagesFolder() + QStringLiteral("/Tessary-Template-1.plist"))});
-    EXPECT_FALSE(dragAndDrop(templateRow, onItem(0)));
-    EXPECT_EQ(controller->count(), 4);
-}
-
 // Paste hands the clipboard to the list (what it makes of images and file URLs is the
 // controller's own test): an image lands at the selected photo; nothing usable beeps.
 TEST_F(ImageBrowserPanelTest, PasteTakesTheClipboardOrBeeps)
@@ -329,9 +304,9 @@ TEST_F(ImageBrowserPanelTest, PasteTakesTheClipboardOrBeeps)
     EXPECT_EQ(alerts.beeps, beeps + 1);
 }
 
-// The selection is one: clicking a photo selects it in the controller (empty space keeps it),
-// the controller's choice shows in the grid; a second later the preview, the label and the
-// pop-up follow.
+// The selection is one: clicking a photo or typing its number selects it in the controller
+// (empty space keeps it), the controller's choice shows in the grid; a second later the
+// preview, the label and the pop-up follow.
 TEST_F(ImageBrowserPanelTest, SelectionPreviewAndLabel)
 {
     makePanel(5);
@@ -349,6 +324,16 @@ TEST_F(ImageBrowserPanelTest, SelectionPreviewAndLabel)
 
     controller->selectIndex(4);
     expectGridInStep();
+    // Return in the number field hands the typed number to the controller (which numbers
+    // select is the controller's own test); the field takes digits only.
+    QLineEdit &field = panel->numberField();
+    QTest::keyClicks(&field, QStringLiteral("3"));
+    QTest::keyClick(&field, Qt::Key_Return);
+    EXPECT_EQ(controller->selectedItem(), 2);
+    expectGridInStep();
+    field.clear();
+    QTest::keyClicks(&field, QStringLiteral("2a"));
+    EXPECT_EQ(field.text(), QLatin1String("2"));
     // Emptying the list empties the preview and the label.
     controller->clearImages();
     ASSERT_TRUE(QTest::qWaitFor([&] { return panel->imageLabel().text() == QLatin1String(" "); }, 3000));
@@ -395,22 +380,6 @@ TEST_F(ImageBrowserPanelTest, AlignmentControls)
     EXPECT_EQ(defaults->arrayForKey(Preferences::Aligments).size(), 3);
 }
 
-// Return in the number field hands the typed number to the controller (which numbers select
-// is the controller's own test), and the field takes digits only.
-TEST_F(ImageBrowserPanelTest, NumberFieldSelects)
-{
-    makePanel(5);
-    controller->selectIndex(1);
-    QLineEdit &field = panel->numberField();
-    QTest::keyClicks(&field, QStringLiteral("3"));
-    QTest::keyClick(&field, Qt::Key_Return);
-    EXPECT_EQ(controller->selectedItem(), 2);
-    expectGridInStep();
-    field.clear();
-    QTest::keyClicks(&field, QStringLiteral("2a"));
-    EXPECT_EQ(field.text(), QLatin1String("2"));
-}
-
 // The zoom slider starts from "IconSize", sizes the thumbnails and writes the key back.
 TEST_F(ImageBrowserPanelTest, ZoomSliderUsesAndWritesIconSize)
 {
@@ -428,7 +397,8 @@ TEST_F(ImageBrowserPanelTest, ZoomSliderUsesAndWritesIconSize)
 }
 
 // The menu actions: remove the selected photo, insert the blank image there, add photos through
-// Qt's own window-modal file dialog; Clear All Images asks first and only "Clear All" clears.
+// Qt's own window-modal file dialog, the context menu's items; Clear All Images asks first and
+// only "Clear All" clears.
 TEST_F(ImageBrowserPanelTest, MenuActions)
 {
     makePanel(3);
@@ -457,6 +427,25 @@ TEST_F(ImageBrowserPanelTest, MenuActions)
     EXPECT_EQ(controller->selectedItem(), 5);
     expectGridInStep();
 
+    // The context menu acts on the photo under the pointer: reveal its folder, open it,
+    // duplicate it.
+    UrlRecorder recorder({QStringLiteral("file")});
+    QContextMenuEvent menuEvent(QContextMenuEvent::Mouse, onItem(3), viewport()->mapToGlobal(onItem(3)));
+    QApplication::sendEvent(viewport(), &menuEvent);
+    EXPECT_EQ(controller->selectedItem(), 3);
+    QMenu &menu = panel->contextMenu();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return menu.isVisible(); }, 2000));
+    menu.close();
+    const QString c = controller->images().at(3);
+    menu.findChild<QAction *>(QStringLiteral("contextSelectInFinder"))->trigger();
+    menu.findChild<QAction *>(QStringLiteral("contextOpen"))->trigger();
+    EXPECT_EQ(recorder.urls, (QList<QUrl>{QUrl::fromLocalFile(photosFolder()), QUrl::fromLocalFile(c)}));
+    menu.findChild<QAction *>(QStringLiteral("contextDuplicate"))->trigger();
+    ASSERT_EQ(controller->count(), 7);
+    EXPECT_EQ(controller->images().at(4), c);
+    EXPECT_TRUE(controller->images().at(3).startsWith(QFileInfo(imagesFolder()).absoluteFilePath()));
+    expectGridInStep();
+
     alerts.responses = {AlertPresenter::DefaultButton, AlertPresenter::AlternateButton};
     panel->clearAllImages();
     ASSERT_EQ(alerts.alerts.size(), 1);
@@ -465,32 +454,9 @@ TEST_F(ImageBrowserPanelTest, MenuActions)
     EXPECT_EQ(alert.informativeText, QLatin1String("Are you sure you want to clear all the images in the image browser?"));
     EXPECT_EQ(alert.defaultButton, QLatin1String("Cancel"));
     EXPECT_EQ(alert.alternateButton, QLatin1String("Clear All"));
-    EXPECT_EQ(controller->count(), 6);
+    EXPECT_EQ(controller->count(), 7);
     panel->clearAllImages();
     EXPECT_EQ(controller->count(), 0);
-    expectGridInStep();
-}
-
-// The context menu acts on the photo under the pointer: reveal its folder, open it, duplicate it.
-TEST_F(ImageBrowserPanelTest, ContextMenuRevealOpenDuplicate)
-{
-    makePanel(3);
-    UrlRecorder recorder({QStringLiteral("file")});
-    QContextMenuEvent menuEvent(QContextMenuEvent::Mouse, onItem(2), viewport()->mapToGlobal(onItem(2)));
-    QApplication::sendEvent(viewport(), &menuEvent);
-    EXPECT_EQ(controller->selectedItem(), 2);
-    QMenu &menu = panel->contextMenu();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return menu.isVisible(); }, 2000));
-    menu.close();
-    const QString c = controller->images().at(2);
-    menu.findChild<QAction *>(QStringLiteral("contextSelectInFinder"))->trigger();
-    menu.findChild<QAction *>(QStringLiteral("contextOpen"))->trigger();
-    EXPECT_EQ(recorder.urls, (QList<QUrl>{QUrl::fromLocalFile(photosFolder()), QUrl::fromLocalFile(c)}));
-
-    menu.findChild<QAction *>(QStringLiteral("contextDuplicate"))->trigger();
-    ASSERT_EQ(controller->count(), 4);
-    EXPECT_EQ(controller->images().at(3), c);
-    EXPECT_TRUE(controller->images().at(2).startsWith(QFileInfo(imagesFolder()).absoluteFilePath()));
     expectGridInStep();
 }
 

@@ -16,13 +16,13 @@
 #include "output/JpegQuality.h"
 #include "editor/StraightenGeometry.h"
 #include "images/UIImage.h"
+#include "support/Dialogs.h"
 #include "support/LogCapture.h"
 #include "support/RecordingAlertPresenter.h"
 #include "app/editor/AdjustmentsPanel.h"
 #include "app/editor/EditorToolBar.h"
 #include "app/editor/AnnotateTool.h"
 #include "app/editor/AnnotationItem.h"
-#include "app/editor/CropTool.h"
 #include "app/editor/ImageEditorView.h"
 #include "app/photos/ImageBrowserPanel.h"
 #include "app/collage/TessaryView.h"
@@ -33,7 +33,6 @@
 #include <QAbstractButton>
 #include <QAction>
 #include <QApplication>
-#include <QButtonGroup>
 #include <QComboBox>
 #include <QDir>
 #include <QDoubleSpinBox>
@@ -98,34 +97,14 @@ protected:
     }
     ImageEditorView &view() const { return editor->editorImageView(); }
     QImage picture() const { return editor->document().image(); }
-    // The editor's open message box, answered with the button.
+    // The editor's open message box, window-modal, answered with the button; once it is gone.
     std::pair<QString, QString> answer(const QString &button)
     {
-        QMessageBox *box = nullptr;
-        if (!QTest::qWaitFor([&] { return (box = editor->findChild<QMessageBox *>()) && box->isVisible(); }, 5000)) {
-            ADD_FAILURE() << "no message box to answer " << button.toStdString();
-            return {};
-        }
-        const std::pair<QString, QString> texts{box->text(), box->informativeText()};
-        EXPECT_EQ(box->windowModality(), Qt::WindowModal);
-        QStringList titles;
-        QAbstractButton *chosen = nullptr;
-        for (QAbstractButton *b : box->buttons()) {
-            titles.append(b->text());
-            if (b->text() == button)
-                chosen = b;
-        }
-        EXPECT_NE(chosen, nullptr) << titles.join(QLatin1Char(',')).toStdString();
-        if (chosen)
-            chosen->click();
+        const QMessageBox *box = Dialogs::waitFor<QMessageBox>();
+        EXPECT_TRUE(box && box->windowModality() == Qt::WindowModal);
+        const std::pair<QString, QString> texts = Dialogs::answer(button);
         (void)QTest::qWaitFor([&] { return !editor->findChild<QMessageBox *>(); }, 5000);
         return texts;
-    }
-    bool messageBoxShown() const
-    {
-        QCoreApplication::processEvents();
-        const QMessageBox *box = editor->findChild<QMessageBox *>();
-        return box && box->isVisible();
     }
     QPoint viewportPoint(const QPointF &picturePoint) const { return view().mapFromScene(picturePoint); }
 
@@ -151,21 +130,6 @@ TEST_F(ImageEditorTest, OpensTheSelectedPhotoCentredTheFirstTimeWithItsNameAndFo
     ASSERT_TRUE(QTest::qWaitFor([&] {
         return std::abs(view().zoomFactor() - EditorZoom::fitFactor(QSizeF(160, 120), view().fitArea())) < 1e-9;
     }, 2000));
-}
-
-TEST_F(ImageEditorTest, NoSelectionOrTheSamePhotoAgainDoesNothing)
-{
-    browser->selection().clear();
-    editor->doEdit();
-    EXPECT_FALSE(editor->session().editingURL());
-    EXPECT_FALSE(editor->isLoading());
-    ASSERT_TRUE(edit(0));
-    editor->pushOperation(EditOperation::turn(EditOperation::TurnRight));
-    // The very entry again: no question, no reload, the edit stays.
-    editor->doEdit();
-    EXPECT_FALSE(editor->isLoading());
-    EXPECT_FALSE(messageBoxShown());
-    EXPECT_EQ(editor->document().count(), 1);
 }
 
 TEST_F(ImageEditorTest, AnotherPhotoAsksFirstAndOnlyOkReplaces)
@@ -236,31 +200,6 @@ TEST_F(ImageEditorTest, AFileThatCannotBeReadShowsTheFailurePictureSheetAndNote)
     EXPECT_FALSE(editor->cantEditImageTextField().isVisible());
 }
 
-TEST_F(ImageEditorTest, ToolAndZoomIndexesOutsideTheTablesAreIgnored)
-{
-    ASSERT_TRUE(edit(0));
-    for (int index : {2, 5, -1, 4, 1, 3, 0}) {
-        const ImageEditorView::ToolMode before = view().toolMode();
-        editor->switchToolMode(index);
-        const ImageEditorView::ToolMode expected = index >= 0 && index <= 4 ? ImageEditorView::ToolMode(index) : before;
-        EXPECT_EQ(view().toolMode(), expected) << index;
-        EXPECT_EQ(editor->toolBar().toolGroup().checkedId(), int(expected)) << index;
-    }
-    editor->doZoomEditor(3);
-    const double fitted = view().zoomFactor();
-    const struct {
-        QList<int> steps;
-        double expected;
-    } cases[] = {{{1, 0}, fitted}, {{0, 1}, fitted}, {{4}, fitted}, {{-1}, fitted}, {{2}, 1.0}, {{1, 1, 3}, fitted},
-                 {{2, 1}, 1.414214}};
-    for (const auto &c : cases) {
-        editor->doZoomEditor(3);
-        for (int step : c.steps)
-            editor->doZoomEditor(step);
-        EXPECT_NEAR(view().zoomFactor(), c.expected, 1e-6 * c.expected) << c.steps.size() << " steps, first " << c.steps.first() << " fitted " << fitted;
-    }
-}
-
 TEST_F(ImageEditorTest, KeysWheelAndResizeDriveToolsAndZoom)
 {
     ASSERT_TRUE(edit(0));
@@ -291,31 +230,6 @@ TEST_F(ImageEditorTest, KeysWheelAndResizeDriveToolsAndZoom)
     editor->resize(editor->width() + 200, editor->height() + 100);
     QCoreApplication::processEvents();
     EXPECT_NEAR(view().zoomFactor(), EditorZoom::fitFactor(QSizeF(picture().size()), view().fitArea()), 1e-9);
-}
-
-TEST_F(ImageEditorTest, CropBySquareAspectAndEnter)
-{
-    ASSERT_TRUE(edit(0));
-    editor->switchToolMode(ImageEditorView::Crop);
-    editor->toolBar().aspectPopUp().setCurrentIndex(CropGeometry::Square);
-    EXPECT_EQ(view().cropTool().cropPixels(), QRect(20, 0, 120, 120));
-    // Drag the top-left handle 30 picture pixels right and down: a smaller square.
-    const QRectF rect = view().cropTool().cropRect();
-    const QPoint from = viewportPoint(rect.topLeft());
-    const QPoint to = viewportPoint(rect.topLeft() + QPointF(30, 30));
-    QTest::mousePress(view().viewport(), Qt::LeftButton, {}, from);
-    QTest::mouseMove(view().viewport(), to);
-    QTest::mouseRelease(view().viewport(), Qt::LeftButton, {}, to);
-    const QRect kept = view().cropTool().cropPixels();
-    EXPECT_EQ(kept.width(), kept.height());
-    EXPECT_NEAR(kept.width(), 90, 2);
-    EXPECT_EQ(kept.bottomRight(), QPoint(139, 119));
-    const QImage source = picture();
-    QTest::keyClick(view().viewport(), Qt::Key_Return);
-    ASSERT_TRUE(settled());
-    EXPECT_EQ(picture(), source.copy(kept));
-    EXPECT_EQ(editor->undoStack().count(), 1);
-    EXPECT_EQ(editor->undoStack().undoText(), QStringLiteral("Crop"));
 }
 
 // Mouse drags of the select and rotate tools, from the picture's point of view.
@@ -530,7 +444,7 @@ TEST_F(ImageEditorTest, ReplacePutsTheEditInPlaceOfThePhotoItCameFrom)
     browser->selection().select(1);
     editor->doEdit();
     EXPECT_FALSE(editor->isLoading());
-    EXPECT_FALSE(messageBoxShown());
+    EXPECT_TRUE(Dialogs::noneShown<QMessageBox>());
 }
 
 TEST_F(ImageEditorTest, ClosingWithUnsavedEditsAsksAndCloseNoSaveDoesNot)
@@ -552,7 +466,7 @@ TEST_F(ImageEditorTest, ClosingWithUnsavedEditsAsksAndCloseNoSaveDoesNot)
     ASSERT_TRUE(edit(0));
     editor->closeNoSave();
     EXPECT_FALSE(editor->isVisible());
-    EXPECT_FALSE(messageBoxShown());
+    EXPECT_TRUE(Dialogs::noneShown<QMessageBox>());
 }
 
 TEST_F(ImageEditorTest, AdjustmentsPreviewInTheViewAndApplyAsOneUndoableEdit)

@@ -3,11 +3,9 @@
 #include "foundation/Paths.h"
 #include "AppFixture.h"
 
-#include "app/WelcomeSheet.h"
 #include "foundation/Preferences.h"
 #include "photos/ImageBrowserController.h"
 #include "photos/ImageCache.h"
-#include "photos/ImageCacheLoader.h"
 #include "templates/TemplateStore.h"
 #include "app/templates/TemplateTabView.h"
 #include "app/collage/TessaryView.h"
@@ -19,9 +17,7 @@
 #include <QButtonGroup>
 #include <QComboBox>
 #include <QListView>
-#include <QScreen>
 #include <QSpinBox>
-#include <QDir>
 #include <QLabel>
 #include <QTest>
 
@@ -50,31 +46,13 @@ TEST_F(MainWindowTest, MenuActionsHaveTheirKeys)
         {"unjumble", QKeySequence(QStringLiteral("Ctrl+Shift+J"))},
         {"preferences", QKeySequence(QStringLiteral("Ctrl+,"))},
         {"help", QKeySequence(QStringLiteral("F1"))},
+        {"importTemplates", QKeySequence(QStringLiteral("Ctrl+I"))},
     };
     for (const auto &c : cases) {
         QAction *action = controller.mainWindow().action(QString::fromLatin1(c.action));
         ASSERT_NE(action, nullptr) << c.action;
         EXPECT_EQ(action->shortcut(), c.keys) << c.action;
     }
-}
-
-// The very first start: the welcome sheet, the 7 x 7 template ("298"), the factory photos in
-// its tiles.
-TEST_F(MainWindowTest, FirstStart)
-{
-    HalvernDesktopController controller(*defaults, Paths::resourcesFolder());
-    controller.launch();
-    MainWindow &w = controller.mainWindow();
-    TessaryView &view = w.tessaryView();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !view.currentLayout().tiles.empty() && view.allTilesFilled(); }, 30000));
-    EXPECT_TRUE(controller.welcomeWindow().isVisible());
-    EXPECT_EQ(w.templateTabView().rowLabel(TemplateTable::BuiltIn)->text(), QStringLiteral("298"));
-    const CollageLayout &layout = view.currentLayout();
-    ASSERT_EQ(layout.tiles.size(), 49u);
-    for (const TileLayout &tile : layout.tiles)
-        EXPECT_EQ(QDir(tile.imagePath).dirName(), QStringLiteral("images-%1.jpg").arg(tile.tag)) << tile.tag;
-    for (const char *key : {"FirstRun", "FirstRunDisclosure", "AddTemplatesDisclosed"})
-        EXPECT_TRUE(defaults->hasObject(QString::fromLatin1(key))) << key;
 }
 
 // Quitting and starting again gives the same collage: the background colour, the selected

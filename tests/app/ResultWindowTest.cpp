@@ -12,7 +12,6 @@
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "photos/ImageBrowserController.h"
-#include "output/ResultFormat.h"
 #include "app/collage/CollageControlBar.h"
 #include "widgets/ProgressSpinner.h"
 #include "app/result/ResultImageView.h"
@@ -20,7 +19,6 @@
 #include "app/collage/TessaryView.h"
 
 #include <QAction>
-#include <QCheckBox>
 #include <QClipboard>
 #include <QComboBox>
 #include <QDoubleSpinBox>
@@ -32,7 +30,6 @@
 #include <QMimeData>
 #include <QProgressBar>
 #include <QSignalSpy>
-#include <QSpinBox>
 #include <QStatusBar>
 #include <QTest>
 #include <QThreadPool>
@@ -180,8 +177,8 @@ TEST_F(ResultWindowTest, NothingRenderedLeavesTheResultWindowUntouched)
     EXPECT_FALSE(defaults->hasObject(Preferences::FirstRunResult));
 }
 
-// "AlwaysZoomToFit" absent or YES fits a large picture into the window; stored NO shows it at
-// its own size, and a resize keeps it so.
+// "AlwaysZoomToFit" absent fits a large picture into the window; stored NO shows it at its own
+// size, and a resize keeps it so. (That a stored YES reads as absent is the preferences' test.)
 TEST_F(ResultWindowTest, ZoomToFitFollowsTheKey)
 {
     using Scaling = ResultImageView::Scaling;
@@ -192,7 +189,6 @@ TEST_F(ResultWindowTest, ZoomToFitFollowsTheKey)
     } cases[] = {
         {"absent", std::nullopt, Scaling::ProportionallyDown},
         {"storedNo", false, Scaling::None},
-        {"storedYes", true, Scaling::ProportionallyDown},
     };
     for (const auto &c : cases) {
         if (c.stored)
@@ -273,68 +269,6 @@ TEST_F(ResultWindowTest, OutputActionsAreTheWindowsOwn)
     QCoreApplication::processEvents();
     EXPECT_EQ(triggered.count(), 1);
     EXPECT_TRUE(QTest::qWaitFor([&] { return copied.count() == 1; }, 5000));
-}
-
-// Saving through the dialog: the format starts at the first photo's, the one chosen in the
-// pop-up is written under its suffix, a print size resamples and stores its resolution. (How
-// each format encodes is the encoder's own test.)
-TEST_F(ResultWindowTest, SaveTheChosenFormatAndPrintSize)
-{
-    const QImage image = picture(QSize(240, 160), QColor(30, 120, 200));
-    controller->displayResult(image, true);
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window(), 5000));
-    const QStringList photos = controller->imageBrowserController().images();
-    ASSERT_FALSE(photos.isEmpty());
-    const QByteArray firstFormat = ResultFormat::startingFormat(photos.first());
-
-    struct Case {
-        QByteArray format;
-        bool print;
-    };
-    int n = 0;
-    for (const Case &c : {Case{"tiff", false}, Case{"png", true}}) {
-        window().action(QStringLiteral("saveResult"))->trigger();
-        ResultSaveDialog *dialog = outputs().saveDialog();
-        ASSERT_NE(dialog, nullptr) << c.format.constData();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog, 5000));
-        SaveOptionsPanel &panel = dialog->options();
-        EXPECT_EQ(panel.format(), firstFormat);
-        panel.formatPopUp()->setCurrentIndex(panel.formatPopUp()->findData(c.format));
-        QSize expected = image.size();
-        int dotsPerMeter = 0;
-        if (c.print) {
-            // 2 x 1.5 inches at 100 dpi: 200 x 150 pixels, smaller than the picture, no warning.
-            panel.printGroup()->setChecked(true);
-            panel.unitPopUp()->setCurrentIndex(panel.unitPopUp()->findData(int(PrintSize::Unit::Inches)));
-            panel.resolutionBox()->setValue(100);
-            panel.keepProportionsBox()->setChecked(false);
-            panel.widthBox()->setValue(2.0);
-            panel.heightBox()->setValue(1.5);
-            EXPECT_TRUE(panel.warningLabel()->isHidden());
-            expected = QSize(200, 150);
-            dotsPerMeter = 3937;
-        }
-        auto *name = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
-        ASSERT_NE(name, nullptr);
-        const QString base = dir.filePath(QStringLiteral("saved-%1").arg(n++));
-        name->setText(base);
-        QSignalSpy saved(&outputs(), &ResultOutputs::saved);
-        QMetaObject::invokeMethod(dialog, "accept");
-        ASSERT_TRUE(QTest::qWaitFor([&] { return saved.count() == 1; }, 10000)) << c.format.constData();
-        EXPECT_TRUE(saved.at(0).at(1).toBool());
-        const QString path = saved.at(0).at(0).toString();
-        EXPECT_EQ(path, ResultFormat::withSuffix(base, c.format));
-        QImageReader reader(path);
-        reader.setDecideFormatFromContent(true);
-        EXPECT_EQ(reader.format(), c.format);
-        const QImage back = reader.read();
-        EXPECT_EQ(back.size(), expected) << c.format.constData();
-        if (dotsPerMeter) {
-            EXPECT_NEAR(back.dotsPerMeterX(), dotsPerMeter, 1) << c.format.constData();
-        }
-        EXPECT_TRUE(QTest::qWaitFor([&] { return outputs().saveDialog() == nullptr; }, 2000));
-    }
-    EXPECT_TRUE(openedUrls.isEmpty()); // "AutoOpenStitchedImageFile" is absent
 }
 
 // With "AutoOpenStitchedImageFile" YES a saved file opens in the default application; the print
@@ -460,11 +394,11 @@ TEST_F(ResultWindowTest, PendingOutputPathWritesOneLzwTiff)
     EXPECT_EQ(tiffTag(tiff, 259), 5); // LZW
 }
 
-// Stop beside the bar, or quitting, during Save…: the write under way is given up rather than
-// waited for, and the folder is left as it was, with neither the file nor a part of it (a write
-// that went on to the end would have left the file: quitting waits for the work it gives up to
-// return). A save stopped is no failure: no alert, a word in the status bar.
-TEST_F(ResultWindowTest, StoppingOrQuittingDuringASaveGivesItUp)
+// Stop beside the bar during Save…: the write under way is given up rather than waited for, and
+// the folder is left as it was, with neither the file nor a part of it. A save stopped is no
+// failure: no alert, a word in the status bar. (Quitting during a save is the program lifecycle
+// test's quit table.)
+TEST_F(ResultWindowTest, StoppingASaveGivesItUp)
 {
     QImage grain(6000, 4000, QImage::Format_RGB32);
     quint32 seed = 99;
@@ -478,30 +412,21 @@ TEST_F(ResultWindowTest, StoppingOrQuittingDuringASaveGivesItUp)
     ResultEncoder::Settings settings;
     settings.format = "tiff";
     settings.tiffCompression = 1;
-    for (const bool quit : {false, true}) {
-        SCOPED_TRACE(quit ? "quitting" : "Stop");
-        controller->displayResult(grain, true);
-        const QString folder = dir.filePath(quit ? QStringLiteral("quit") : QStringLiteral("stop"));
-        ASSERT_TRUE(QDir().mkpath(folder));
-        QSignalSpy saved(&outputs(), &ResultOutputs::saved);
-        outputs().saveImageToPath(QDir(folder).filePath(QStringLiteral("result.tif")), settings);
-        ASSERT_TRUE(window().stopWorkButton().isVisible());
-        QTest::qWait(150);
-        if (quit) {
-            controller->applicationWillTerminate(); // what quitting does, then the windows go
-            controller.reset();
-            EXPECT_EQ(saved.count(), 0);
-        } else {
-            QTest::mouseClick(&window().stopWorkButton(), Qt::LeftButton);
-            ASSERT_TRUE(QTest::qWaitFor([&] { return saved.count() == 1; }, 10000));
-            EXPECT_FALSE(saved.at(0).at(1).toBool());
-            EXPECT_EQ(window().findChild<QMessageBox *>(), nullptr);
-            EXPECT_FALSE(window().stopWorkButton().isVisible());
-            EXPECT_EQ(window().statusBar()->currentMessage(), QStringLiteral("Stopped; nothing was written."));
-            EXPECT_TRUE(window().action(QStringLiteral("saveResult"))->isEnabled());
-        }
-        EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden), QStringList());
-    }
+    controller->displayResult(grain, true);
+    const QString folder = dir.filePath(QStringLiteral("stop"));
+    ASSERT_TRUE(QDir().mkpath(folder));
+    QSignalSpy saved(&outputs(), &ResultOutputs::saved);
+    outputs().saveImageToPath(QDir(folder).filePath(QStringLiteral("result.tif")), settings);
+    ASSERT_TRUE(window().stopWorkButton().isVisible());
+    QTest::qWait(150);
+    QTest::mouseClick(&window().stopWorkButton(), Qt::LeftButton);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return saved.count() == 1; }, 10000));
+    EXPECT_FALSE(saved.at(0).at(1).toBool());
+    EXPECT_EQ(window().findChild<QMessageBox *>(), nullptr);
+    EXPECT_FALSE(window().stopWorkButton().isVisible());
+    EXPECT_EQ(window().statusBar()->currentMessage(), QStringLiteral("Stopped; nothing was written."));
+    EXPECT_TRUE(window().action(QStringLiteral("saveResult"))->isEnabled());
+    EXPECT_EQ(QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden), QStringList());
 }
 
 // The plain TIFF save of a given picture, through its own dialog starting at "Untitled".

@@ -11,7 +11,6 @@
 #include "support/FaultFolder.h"
 #include "app/result/SaveOptionsPanel.h"
 
-#include <QAction>
 #include <QComboBox>
 #include <QImageReader>
 #include <QLineEdit>
@@ -122,6 +121,9 @@ TEST_F(SaveFaultsTest, TheFileWrittenIsTheFileNamedAndAskedAbout)
         ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog, 5000));
         dialog->setDirectory(folder.path());
         SaveOptionsPanel &panel = dialog->options();
+        if (&c == cases) {
+            EXPECT_EQ(panel.format(), QByteArray("jpeg")) << "the first photo's format comes first";
+        }
         panel.formatPopUp()->setCurrentIndex(panel.formatPopUp()->findData(c.popUp));
         auto *name = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
         ASSERT_NE(name, nullptr);

@@ -1,7 +1,6 @@
 #include "app/SingleInstance.h"
 
 #include "app/HalvernDesktopController.h"
-#include "app/MainWindow.h"
 #include "foundation/Paths.h"
 #include "foundation/Preferences.h"
 #include "photos/ImageBrowserController.h"

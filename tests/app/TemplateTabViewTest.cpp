@@ -12,8 +12,6 @@
 #include <QLabel>
 #include <QListView>
 #include <QSignalSpy>
-#include <QSlider>
-#include <QTabWidget>
 #include <QTest>
 
 using namespace TemplateTestData;
@@ -119,12 +117,10 @@ TEST_F(TemplateTabViewTest, SelectionChangesAreStoredAndApplied)
         Qt::MouseButton button;
     } steps[] = {
         {"built-in click", TemplateTable::BuiltIn, 5, Preferences::SelectedTemplateTableRow, 5, "6", 5, Qt::LeftButton},
-        {"another built-in row", TemplateTable::BuiltIn, 40, Preferences::SelectedTemplateTableRow, 40, "41", 40, Qt::LeftButton},
         // A right click is for the row's menu: it changes neither the selection nor the collage.
-        {"built-in right click", TemplateTable::BuiltIn, 9, Preferences::SelectedTemplateTableRow, 40, "41", -1, Qt::RightButton},
+        {"built-in right click", TemplateTable::BuiltIn, 9, Preferences::SelectedTemplateTableRow, 5, "6", -1, Qt::RightButton},
         {"built-in cleared", TemplateTable::BuiltIn, -1, Preferences::SelectedTemplateTableRow, -1, " ", -1, Qt::LeftButton},
         {"user click", TemplateTable::User, 2, Preferences::SelectedUserTemplateTableRow, 2, "3", 2, Qt::LeftButton},
-        {"user right click", TemplateTable::User, 0, Preferences::SelectedUserTemplateTableRow, 2, "3", -1, Qt::RightButton},
         {"user cleared", TemplateTable::User, -1, Preferences::SelectedUserTemplateTableRow, -1, " ", -1, Qt::LeftButton},
     };
     for (const Step &s : steps) {
@@ -185,43 +181,6 @@ TEST_F(TemplateTabViewTest, SliderScalesRowHeights)
         }
         EXPECT_EQ(tabs.selectedRow(TemplateTable::BuiltIn), 297) << percent;
     }
-}
-
-// The user table follows "My Templates": new rows appear, the selection moves with its
-// template, and a template without a thumbnail gets a 16-point row.
-TEST_F(TemplateTabViewTest, UserTableFollowsTheStore)
-{
-    addUserTemplates({makeTemplate(2, 1), makeTemplate(3, 2, false)});
-    TemplateTabView &tabs = show();
-    tabs.setCurrentTable(TemplateTable::User);
-    QListView *list = tabs.tableView(TemplateTable::User);
-    EXPECT_EQ(list->model()->rowCount(), 2);
-    EXPECT_NEAR(list->visualRect(list->model()->index(1, 0)).height(), TemplateTables::kFallbackRowHeight, 1.0);
-
-    click(TemplateTable::User, 1);
-    ASSERT_EQ(tabs.selectedRow(TemplateTable::User), 1);
-    spy->clear();
-    // Two templates inserted before the selected one: the selection moves to row 3 and the
-    // moved row is stored and applied.
-    store->insertTemplatesFromDictionary(file({makeTemplate(5, 5), makeTemplate(6, 6)}), 0);
-    EXPECT_EQ(list->model()->rowCount(), 4);
-    EXPECT_EQ(tabs.selectedRow(TemplateTable::User), 3);
-    EXPECT_EQ(label(TemplateTable::User), QStringLiteral("4"));
-    EXPECT_EQ(defaults->integerForKey(Preferences::SelectedUserTemplateTableRow), 3);
-    ASSERT_EQ(spy->count(), 1);
-    EXPECT_EQ(lastChosen(), std::make_pair(TemplateTable::User, qsizetype(3)));
-
-    // Appending keeps the selection without applying anything again.
-    spy->clear();
-    addUserTemplates({makeTemplate(7, 7)});
-    EXPECT_EQ(tabs.selectedRow(TemplateTable::User), 3);
-    EXPECT_TRUE(spy->isEmpty());
-
-    // Clearing the store empties the table and its label.
-    store->clearUserTemplates();
-    EXPECT_EQ(list->model()->rowCount(), 0);
-    EXPECT_EQ(tabs.selectedRow(TemplateTable::User), -1);
-    EXPECT_EQ(label(TemplateTable::User), QStringLiteral(" "));
 }
 
 } // namespace

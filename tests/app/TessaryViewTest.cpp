@@ -1,6 +1,5 @@
 #include "CollageFixture.h"
 
-#include "photos/ImageCacheLoader.h"
 #include "photos/ImageCache.h"
 #include "model/CoordinateTransform.h"
 #include "model/LayoutEngine.h"
@@ -9,7 +8,6 @@
 #include "templates/TemplateStore.h"
 
 #include <QButtonGroup>
-#include <QComboBox>
 #include <QSpinBox>
 #include <QFileInfo>
 #include <QLabel>
@@ -81,63 +79,59 @@ TEST_F(TessaryViewTest, SelectedTileHasTheOutlineAndInsetPhoto)
 }
 
 // Dropping one tile on another exchanges the two photos, logs both 1-based numbers and
-// selects the dragged photo; a tile dropped on itself only selects. Placeholder tiles take
-// part in no drag, and data without the private type does nothing.
+// selects the dragged photo; a tile dropped on itself only selects. Placeholder tiles (past the
+// photo list, tool tip the placeholder picture's) take part in no drag, and data without the
+// private type does nothing. A photo tile is highlighted while a tile drag hovers over it.
 TEST_F(TessaryViewTest, DropSwapsPhotos)
-{
-    const struct {
-        const char *name;
-        qint64 source;
-        qint64 target;
-        bool swaps;
-    } cases[] = {
-        {"tile 2 onto tile 5", 1, 4, true},
-        {"onto itself", 3, 3, false},
-    };
-    for (const auto &c : cases) {
-        LogCapture log;
-        const QStringList before = browser->images();
-        TessaryDataView *target = view->tileWithTag(c.target);
-        ASSERT_NE(target, nullptr);
-        EXPECT_TRUE(dragAndDrop(target->imageView(), DragDropImageView::mimeDataForTag(c.source))) << c.name;
-        QStringList expected = before;
-        if (c.swaps)
-            expected.swapItemsAt(c.source, c.target);
-        EXPECT_EQ(browser->images(), expected) << c.name;
-        EXPECT_EQ(browser->selectedItem(), c.source) << c.name;
-        const QStringList lines = log.lines().filter(QStringLiteral("Item "));
-        if (c.swaps)
-            EXPECT_EQ(lines, (QStringList{QStringLiteral("Item 1 = %1").arg(c.target + 1),
-                                          QStringLiteral("Item 2 = %1").arg(c.source + 1)}))
-                << c.name;
-        else
-            EXPECT_TRUE(lines.isEmpty()) << c.name;
-        // The new layout shows the exchanged photos.
-        EXPECT_EQ(view->tileWithTag(c.target)->imagePath(), expected.at(c.target)) << c.name;
-    }
-
-    // Foreign data: accepted by no tile, changes nothing.
-    const QStringList before = browser->images();
-    auto *text = new QMimeData;
-    text->setText(QStringLiteral("3"));
-    EXPECT_FALSE(dragAndDrop(view->tileWithTag(0)->imageView(), text));
-    EXPECT_EQ(browser->images(), before);
-    delete text;
-}
-
-TEST_F(TessaryViewTest, PlaceholderTilesTakePartInNoDrag)
 {
     browser->clearImages();
     const QStringList factory = browser->imageBookmarks().builtInImages();
-    browser->addImagesWithPaths(factory.mid(0, 3));
-    ASSERT_EQ(browser->count(), 3);
+    browser->addImagesWithPaths(factory.mid(0, 6));
+    ASSERT_EQ(browser->count(), 6);
+    const struct {
+        const char *name;
+        qint64 source; // -1: plain text
+        qint64 target;
+        bool taken, swaps;
+    } cases[] = {
+        {"tile 2 onto tile 5", 1, 4, true, true},
+        {"onto itself", 3, 3, true, false},
+        {"onto a placeholder", 1, 10, false, false},
+        {"foreign data", -1, 0, false, false},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        LogCapture log;
+        const QStringList before = browser->images();
+        const qsizetype selected = browser->selectedItem();
+        TessaryDataView *target = view->tileWithTag(c.target);
+        ASSERT_NE(target, nullptr);
+        std::unique_ptr<QMimeData> data(c.source >= 0 ? DragDropImageView::mimeDataForTag(c.source) : new QMimeData);
+        if (c.source < 0)
+            data->setText(QStringLiteral("3"));
+        EXPECT_EQ(dragAndDrop(target->imageView(), data.get()), c.taken);
+        QStringList expected = before;
+        if (c.swaps)
+            expected.swapItemsAt(c.source, c.target);
+        EXPECT_EQ(browser->images(), expected);
+        EXPECT_EQ(browser->selectedItem(), c.taken ? c.source : selected);
+        const QStringList lines = log.lines().filter(QStringLiteral("Item "));
+        if (c.swaps)
+            EXPECT_EQ(lines, (QStringList{QStringLiteral("Item 1 = %1").arg(c.target + 1),
+                                          QStringLiteral("Item 2 = %1").arg(c.source + 1)}));
+        else
+            EXPECT_TRUE(lines.isEmpty());
+        // The new layout shows the exchanged photos.
+        if (c.taken)
+            EXPECT_EQ(view->tileWithTag(c.target)->imagePath(), expected.at(c.target));
+    }
     TessaryDataView *placeholder = view->tileWithTag(10);
-    ASSERT_NE(placeholder, nullptr);
     EXPECT_TRUE(placeholder->isPlaceholder());
     EXPECT_FALSE(placeholder->imageView()->canBeSourceOrDestination());
     EXPECT_TRUE(view->tileWithTag(2)->imageView()->canBeSourceOrDestination());
+    EXPECT_EQ(view->toolTipStrings().at(10), QStringLiteral("defaultImage.png"));
+    EXPECT_EQ(view->toolTipStrings().at(1), QFileInfo(browser->images().at(1)).fileName());
 
-    // A photo tile is highlighted while a tile drag hovers over it.
     std::unique_ptr<QMimeData> data(DragDropImageView::mimeDataForTag(1));
     DragDropImageView *photo = view->tileWithTag(2)->imageView();
     QDragEnterEvent enter(QPoint(5, 5), Qt::CopyAction, data.get(), Qt::LeftButton, Qt::NoModifier);
@@ -146,22 +140,15 @@ TEST_F(TessaryViewTest, PlaceholderTilesTakePartInNoDrag)
     QDragLeaveEvent leave;
     QApplication::sendEvent(photo, &leave);
     EXPECT_FALSE(photo->highlight());
-
-    const QStringList before = browser->images();
-    EXPECT_FALSE(dragAndDrop(view->tileWithTag(10)->imageView(), data.get()));
-    EXPECT_EQ(browser->images(), before);
-    // The tool tip of a tile beyond the photo list names the placeholder picture.
-    EXPECT_EQ(view->toolTipStrings().at(10), QStringLiteral("defaultImage.png"));
-    EXPECT_EQ(view->toolTipStrings().at(1), QFileInfo(factory.at(1)).fileName());
 }
 
-// The jumble buttons drive the collage: jumble scatters the tiles inside it, undo puts them
-// back (and out again) and keeps it jumbled, a relayout is refused with the alert, and unjumble lays the
-// template out again. (The undo swaps and the alert's words are the jumble's own tests.)
+// The jumble buttons reach the collage's jumble and the view shows it (the scatter, the undo
+// swaps and the alert coming once are the jumble's own tests): jumble scatters the tiles, undo
+// puts them back, a relayout of photos, spacing or size is refused with the alert, and unjumble
+// lays the template out again.
 TEST_F(TessaryViewTest, JumbleUndoUnjumble)
 {
     QSignalSpy jumbled(view, &TessaryView::jumbledChanged);
-    const CollageLayout laidOut = view->currentLayout();
     const auto frames = [this] {
         QList<QRect> r;
         for (TessaryDataView *tile : view->tiles())
@@ -176,19 +163,11 @@ TEST_F(TessaryViewTest, JumbleUndoUnjumble)
     EXPECT_TRUE(view->isJumbled());
     EXPECT_TRUE(bar->undoJumbleButton()->isEnabled());
     EXPECT_TRUE(bar->unjumbleButton()->isEnabled());
-    const QList<QRect> scattered = frames();
-    EXPECT_NE(scattered, original);
-    const QRect collage = view->documentView()->rect().adjusted(-1, -1, 1, 1);
-    for (const QRect &r : scattered)
-        EXPECT_TRUE(collage.contains(r)) << r.x() << "," << r.y();
-
+    EXPECT_NE(frames(), original);
     bar->undoJumbleButton()->click();
     EXPECT_EQ(frames(), original);
     EXPECT_TRUE(view->isJumbled());
-    bar->undoJumbleButton()->click();
-    EXPECT_EQ(frames(), scattered);
 
-    // Changes of photos, spacing or size are not shown; the user is told once.
     const quint64 generation = view->layoutGeneration();
     browser->insertBlankImage();
     bar->widthSpacing()->setValue(20);
@@ -202,14 +181,9 @@ TEST_F(TessaryViewTest, JumbleUndoUnjumble)
     EXPECT_FALSE(view->isJumbled());
     EXPECT_FALSE(bar->undoJumbleButton()->isEnabled());
     EXPECT_GT(view->layoutGeneration(), generation);
-    EXPECT_EQ(defaults->integerForKey(QStringLiteral("SelectedTemplateTableRow")), TemplateSelection::kDefaultBuiltInRow);
     for (TessaryDataView *tile : view->tiles())
         EXPECT_EQ(tile->geometry(), view->currentLayout().tileForModule(tile->tag())->frame.toRect());
     EXPECT_EQ(jumbled.size(), 2);
-    // Jumbling again after unjumbling: the view keeps its jumble, so no second alert this run.
-    bar->jumbleButton()->click();
-    browser->insertBlankImage();
-    EXPECT_EQ(alerts.alerts.size(), 1);
 }
 
 // A frame change with an unchanged size rebuilds nothing; a new size lays out anew.

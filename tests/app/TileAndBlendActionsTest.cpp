@@ -18,8 +18,6 @@
 #include <QColorDialog>
 #include <QComboBox>
 #include <QFileInfo>
-#include <QMenu>
-#include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -76,12 +74,22 @@ protected:
     std::unique_ptr<TileAndBlendActions> actions;
 };
 
-TEST_F(TileAndBlendActionsTest, TilingAddsEveryTileToThePhotoList)
+// The tile sheet: Cancel closes it and starts nothing; Tile cuts the selected photo into the
+// chosen rows and columns, whose tiles join the photo list. A cut asked for with nothing
+// selected never ends: the sheet only beeps from then on.
+TEST_F(TileAndBlendActionsTest, TileSheetCutsTheSelectedPhotoAndIsRefusedWhileACutRuns)
 {
     addPhotos(1, 60, 40);
     browser->selection().select(0);
-    actions->showTilePhotosWindow();
     TileSheet &sheet = actions->tilePhotosWindow();
+    actions->showTilePhotosWindow();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.isVisible(); }, 2000));
+    QTest::mouseClick(sheet.cancelButton(), Qt::LeftButton);
+    EXPECT_FALSE(sheet.isVisible());
+    EXPECT_FALSE(progress->isActive());
+    EXPECT_FALSE(actions->tilingInProgress());
+
+    actions->showTilePhotosWindow();
     ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.isVisible(); }, 2000));
     EXPECT_EQ(sheet.windowModality(), Qt::WindowModal);
     ASSERT_EQ(sheet.rowsPopUpButton()->count(), 10);
@@ -90,7 +98,6 @@ TEST_F(TileAndBlendActionsTest, TilingAddsEveryTileToThePhotoList)
     sheet.columnsPopUpButton()->setCurrentIndex(2);
     QTest::mouseClick(sheet.tilingButton(), Qt::LeftButton);
     EXPECT_FALSE(sheet.isVisible());
-
     ASSERT_TRUE(QTest::qWaitFor([&] { return !actions->tilingInProgress(); }, 10000));
     QCoreApplication::processEvents();
     EXPECT_FALSE(progress->isActive());
@@ -100,20 +107,6 @@ TEST_F(TileAndBlendActionsTest, TilingAddsEveryTileToThePhotoList)
     const QString imagesFolder = QFileInfo(ImagesFolder::path()).absoluteFilePath();
     const QStringList images = browser->images();
     EXPECT_EQ(std::count_if(images.begin(), images.end(), [&](const QString &p) { return QFileInfo(p).absolutePath() == imagesFolder; }), 6);
-}
-
-// A cut asked for with nothing selected never ends: the sheet only beeps from then on. Cancel
-// closes the sheet and leaves the bar hidden.
-TEST_F(TileAndBlendActionsTest, TileSheetRefusedWhileACutIsRunning)
-{
-    addPhotos(1);
-    actions->showTilePhotosWindow();
-    TileSheet &sheet = actions->tilePhotosWindow();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.isVisible(); }, 2000));
-    QTest::mouseClick(sheet.cancelButton(), Qt::LeftButton);
-    EXPECT_FALSE(sheet.isVisible());
-    EXPECT_FALSE(progress->isActive());
-    EXPECT_FALSE(actions->tilingInProgress());
 
     browser->selection().clear();
     actions->tilePhotoFiles();
@@ -124,7 +117,9 @@ TEST_F(TileAndBlendActionsTest, TileSheetRefusedWhileACutIsRunning)
     EXPECT_FALSE(sheet.isVisible());
 }
 
-TEST_F(TileAndBlendActionsTest, BlendCommandsCheckTheirPhotos)
+// Each command checks its photos first (a refusal is the blend refusal's rule: a beep, or the
+// alert), else shows the progress sheet and hands over the blend of its photos.
+TEST_F(TileAndBlendActionsTest, BlendCommandsCheckAndBlendTheirPhotos)
 {
     using Command = void (TileAndBlendActions::*)();
     const struct {
@@ -132,11 +127,14 @@ TEST_F(TileAndBlendActionsTest, BlendCommandsCheckTheirPhotos)
         int photos;
         Command command;
         int beeps, alerts;
+        qsizetype files;
+        QSize picture;
     } cases[] = {
-        {"left to right, none", 0, &TileAndBlendActions::stitchLeftToRight, 1, 0},
-        {"bottom to top, none", 0, &TileAndBlendActions::stitchBottomToTop, 1, 0},
-        {"square, none", 0, &TileAndBlendActions::stitchSquare, 1, 0},
-        {"square, three", 3, &TileAndBlendActions::stitchSquare, 0, 1},
+        {"left to right, none", 0, &TileAndBlendActions::stitchLeftToRight, 1, 0, 0, {}},
+        {"square, three", 3, &TileAndBlendActions::stitchSquare, 0, 1, 0, {}},
+        {"left to right", 3, &TileAndBlendActions::stitchLeftToRight, 0, 0, 3, {3 * 40 - 2 * 10, 30}},
+        {"bottom to top", 2, &TileAndBlendActions::stitchBottomToTop, 0, 0, 2, {40, 2 * 30 - 10}},
+        {"square of 16 out of 20", 20, &TileAndBlendActions::stitchSquare, 0, 0, 16, {4 * 40 - 3 * 10, 4 * 30 - 3 * 10}},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -144,38 +142,17 @@ TEST_F(TileAndBlendActionsTest, BlendCommandsCheckTheirPhotos)
         alerts.beeps = 0;
         alerts.alerts.clear();
         addPhotos(c.photos);
-        (actions.get()->*c.command)();
-        EXPECT_EQ(alerts.beeps, c.beeps);
-        EXPECT_EQ(alerts.alerts.size(), c.alerts);
-        EXPECT_FALSE(actions->progressSheet().isVisible());
-    }
-    ASSERT_EQ(alerts.alerts.size(), 1);
-    EXPECT_EQ(alerts.alerts[0].messageText, QStringLiteral("There must be enough images to make a perfect square."));
-    EXPECT_EQ(alerts.alerts[0].informativeText, QStringLiteral("4 = 2x2, 9 = 3x3 or 16 = 4x4"));
-    EXPECT_EQ(alerts.alerts[0].style, AlertPresenter::Style::Critical);
-}
-
-// Each command shows the progress sheet and hands over the blend of its photos.
-TEST_F(TileAndBlendActionsTest, BlendCommandsBlendTheirPhotos)
-{
-    using Command = void (TileAndBlendActions::*)();
-    const struct {
-        const char *name;
-        int photos;
-        Command command;
-        qsizetype files;
-        QSize picture;
-    } cases[] = {
-        {"left to right", 3, &TileAndBlendActions::stitchLeftToRight, 3, {3 * 40 - 2 * 10, 30}},
-        {"bottom to top", 2, &TileAndBlendActions::stitchBottomToTop, 2, {40, 2 * 30 - 10}},
-        {"square of 16 out of 20", 20, &TileAndBlendActions::stitchSquare, 16, {4 * 40 - 3 * 10, 4 * 30 - 3 * 10}},
-    };
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
-        browser->clearImages();
-        addPhotos(c.photos);
         QSignalSpy finished(actions.get(), &TileAndBlendActions::blendFinished);
         (actions.get()->*c.command)();
+        EXPECT_EQ(alerts.beeps, c.beeps);
+        ASSERT_EQ(alerts.alerts.size(), c.alerts);
+        if (c.alerts > 0) {
+            EXPECT_EQ(alerts.alerts[0].messageText, QStringLiteral("There must be enough images to make a perfect square."));
+        }
+        if (c.files == 0) {
+            EXPECT_FALSE(actions->progressSheet().isVisible());
+            continue;
+        }
         EXPECT_EQ(actions->filesToStitch().size(), c.files);
         EXPECT_TRUE(actions->progressSheet().isVisible());
         ASSERT_TRUE(finished.wait(20000));
@@ -212,35 +189,6 @@ TEST_F(TileAndBlendActionsTest, AbortAndCancelStopTheWork)
     EXPECT_LT(browser->count(), 16);
 }
 
-// "MatchingMarginWidth" truncated: below 2 the picture is left alone, else it is framed by
-// half the margin in the blend background colour.
-TEST_F(TileAndBlendActionsTest, MatchingMarginFramesTheBlend)
-{
-    QImage picture(100, 80, QImage::Format_RGB32);
-    picture.fill(Qt::red);
-    actions->setBackgroundColor(Qt::blue);
-    const struct {
-        double margin;
-        int stored, inset;
-    } cases[] = {{1.9, 1, 0}, {2.0, 2, 1}, {7, 7, 3}};
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.margin);
-        defaults->setDouble(c.margin, Preferences::MatchingMarginWidth);
-        const QImage out = actions->insetForBlender(picture);
-        EXPECT_EQ(actions->blendMatchingMargin(), c.stored);
-        EXPECT_EQ(actions->blendBackgroundColor(), QColor(Qt::blue));
-        ASSERT_EQ(out.size(), picture.size());
-        if (c.inset == 0) {
-            EXPECT_EQ(out.cacheKey(), picture.cacheKey()) << "the very picture";
-            continue;
-        }
-        EXPECT_EQ(out.pixelColor(c.inset - 1, c.inset - 1), QColor(Qt::blue));
-        EXPECT_EQ(out.pixelColor(50, c.inset - 1), QColor(Qt::blue));
-        EXPECT_EQ(out.pixelColor(c.inset, c.inset), QColor(Qt::red));
-        EXPECT_EQ(out.pixelColor(99 - c.inset, 79 - c.inset), QColor(Qt::red));
-    }
-}
-
 // In the main window: the blend button's menu starts a blend, and the result ends the sheet.
 TEST_F(TileAndBlendActionsTest, BlendButtonOfTheMainWindowBlends)
 {
@@ -271,7 +219,8 @@ TEST_F(TileAndBlendActionsTest, BlendButtonOfTheMainWindowBlends)
     EXPECT_EQ(finished.first().first().value<QImage>().size(), QSize(2 * 50 - 10, 40));
     EXPECT_FALSE(blending.progressSheet().isVisible());
 
-    // The blend background well beside the button gives the colour that frames a blend.
+    // The blend background well beside the button gives the colour that frames a blend (the
+    // frame's rule is the blend frame's test).
     CollageControlBar &bar = controller.mainWindow().controlBar();
     bar.blendBackgroundColorWell()->click();
     auto *chooser = bar.findChild<QColorDialog *>(QStringLiteral("blendBackgroundColorDialog"));
@@ -280,8 +229,10 @@ TEST_F(TileAndBlendActionsTest, BlendButtonOfTheMainWindowBlends)
     chooser->setCurrentColor(Qt::darkGreen);
     chooser->accept();
     defaults->setDouble(4, Preferences::MatchingMarginWidth);
-    blending.insetForBlender(finished.first().first().value<QImage>());
+    const QImage framed = blending.insetForBlender(finished.first().first().value<QImage>());
+    EXPECT_EQ(blending.blendMatchingMargin(), 4);
     EXPECT_EQ(blending.blendBackgroundColor(), QColor(Qt::darkGreen));
+    EXPECT_EQ(framed.pixelColor(0, 0), QColor(Qt::darkGreen));
 
     // Tiling is in the Edit menu.
     controller.mainWindow().action(QStringLiteral("tilePhoto"))->trigger();

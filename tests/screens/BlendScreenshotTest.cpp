@@ -1,21 +1,13 @@
 #include "MainWindowScreenFixture.h"
 
-#include "app/HalvernDesktopController.h"
-#include "app/MainWindow.h"
 #include "app/blend/ProgressSheet.h"
-#include "app/result/ResultWindow.h"
 #include "app/blend/TileAndBlendActions.h"
 #include "app/blend/TileSheet.h"
-#include "foundation/Paths.h"
-#include "foundation/Preferences.h"
 #include "photos/ImageBrowserController.h"
 #include "photos/ImageBrowserSelection.h"
 
 #include <QAction>
-#include <QPushButton>
-#include <QDesktopServices>
 #include <QDir>
-#include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -73,32 +65,6 @@ TEST_F(BlendScreenshotTest, BlendingAPanoramaCutInPieces)
     // The pieces join where they were cut: the whole scene back (within the megapixel limit).
     EXPECT_NEAR(double(picture.width()) / picture.height(), double(2 * step + piece) / scene.height(), 0.005);
     save(picture.scaledToWidth(1400, Qt::SmoothTransformation), "blended-panorama");
-}
-
-// Abort during a long blend: the sheet goes at once, the work stops, and no result comes.
-TEST_F(BlendScreenshotTest, WindowAfterAbort)
-{
-    const QImage photo(QDir(Paths::resourcesFolder()).filePath(QStringLiteral("images-0.jpg")));
-    const QImage large = photo.scaled(photo.size() * 4);
-    QStringList paths;
-    for (int i = 0; i < 8; ++i) {
-        paths.append(dir.filePath(QStringLiteral("large-%1.png").arg(i)));
-        ASSERT_TRUE(large.save(paths.last(), "PNG", 100));
-    }
-    ImageBrowserController &browser = controller->imageBrowserController();
-    browser.clearImages();
-    browser.addImagesWithPaths(paths);
-    TileAndBlendActions &blending = controller->tileAndBlendActions();
-    QSignalSpy finished(&blending, &TileAndBlendActions::blendFinished);
-    blending.stitchBottomToTop();
-    ProgressSheet &sheet = blending.progressSheet();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return sheet.progressBarValue() > 0; }, 20000));
-    QTest::mouseClick(sheet.abortButton(), Qt::LeftButton);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !blending.blendJob().isRunning(); }, 5000));
-    EXPECT_FALSE(sheet.isVisible());
-    save(grabMainWindow(), "window-after-abort");
-    EXPECT_TRUE(finished.isEmpty());
-    EXPECT_FALSE(controller->resultWindow().isVisible());
 }
 
 } // namespace

@@ -10,8 +10,6 @@
 #include "app/editor/AdjustmentsPanel.h"
 #include "app/editor/EditorToolBar.h"
 #include "app/editor/AnnotateTool.h"
-#include "app/editor/AnnotationItem.h"
-#include "app/editor/CropTool.h"
 #include "app/editor/ImageEditorView.h"
 
 #include <QAbstractButton>
@@ -22,7 +20,6 @@
 #include <QDoubleSpinBox>
 #include <QDir>
 #include <QLineEdit>
-#include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -30,8 +27,8 @@
 
 namespace {
 
-// The image editor as the X server shows it: a photo fitted in the window, the crop frame with
-// its handles, marks not yet burnt in, and the adjustments panel beside it.
+// The image editor as the X server shows it: its tool bars at the smallest size, and a photo
+// with the adjustments panel beside it.
 class ImageEditorScreenshotTest : public AppFixture
 {
 protected:
@@ -65,84 +62,11 @@ protected:
     {
         return saveScreenshotImage(image, name);
     }
-    // A picture point as it shows in a grab of the window.
-    QPoint inGrab(const QPointF &picturePoint) const
-    {
-        ImageEditorView &view = editor->editorImageView();
-        return view.viewport()->mapToGlobal(view.mapFromScene(picturePoint)) - editor->frameGeometry().topLeft();
-    }
 
     RecordingAlertPresenter alerts;
     std::unique_ptr<ImageBrowserController> browser;
     std::unique_ptr<ImageEditorWindow> editor;
 };
-
-TEST_F(ImageEditorScreenshotTest, PhotoFitted)
-{
-    const QImage shot = grab();
-    save(shot, "editor-photo");
-    // The photo's middle shows the photo's middle.
-    const QImage photo = editor->document().image();
-    const QColor want = photo.pixelColor(photo.width() / 2, photo.height() / 2);
-    const QColor got = shot.pixelColor(inGrab(QPointF(photo.width() / 2.0, photo.height() / 2.0)));
-    EXPECT_LE(std::abs(want.red() - got.red()) + std::abs(want.green() - got.green()) + std::abs(want.blue() - got.blue()), 60);
-}
-
-TEST_F(ImageEditorScreenshotTest, CropFrameWithHandles)
-{
-    editor->switchToolMode(ImageEditorView::Crop);
-    editor->toolBar().aspectPopUp().setCurrentIndex(CropGeometry::ThreeTwo);
-    const QSize size = editor->document().image().size();
-    editor->editorImageView().cropTool().setCropRect(QRectF(size.width() * 0.15, size.height() * 0.2, size.width() * 0.6, size.width() * 0.4));
-    const QImage shot = grab();
-    save(shot, "editor-crop");
-    // A handle is white; the dimmed outside is darker than the same spot of the photo.
-    const QRectF rect = editor->editorImageView().cropTool().cropRect();
-    EXPECT_GE(shot.pixelColor(inGrab(rect.topLeft())).lightness(), 200);
-}
-
-TEST_F(ImageEditorScreenshotTest, StraighteningPreview)
-{
-    editor->switchToolMode(ImageEditorView::Rotate);
-    editor->toolBar().angleField().setValue(-6.5);
-    const QImage shot = grab();
-    save(shot, "editor-straighten");
-    // The corners the turn uncovers are outside the kept frame and dimmed to near the ground.
-    EXPECT_LE(shot.pixelColor(inGrab(QPointF(2, 2))).lightness(), 120);
-}
-
-TEST_F(ImageEditorScreenshotTest, MarksNotYetApplied)
-{
-    editor->switchToolMode(ImageEditorView::Annotate);
-    const QSize size = editor->document().image().size();
-    AnnotateTool &tool = editor->editorImageView().annotateTool();
-    Annotation arrow;
-    arrow.kind = Annotation::Arrow;
-    arrow.colour = QColor(230, 40, 40);
-    arrow.width = 10;
-    arrow.points = {QPointF(size.width() * 0.15, size.height() * 0.2), QPointF(size.width() * 0.42, size.height() * 0.45)};
-    tool.addAnnotation(arrow);
-    Annotation ring = arrow;
-    ring.kind = Annotation::Ellipse;
-    ring.colour = QColor(255, 220, 0);
-    ring.points = {QPointF(size.width() * 0.42, size.height() * 0.35), QPointF(size.width() * 0.68, size.height() * 0.7)};
-    tool.addAnnotation(ring);
-    Annotation caption = arrow;
-    caption.kind = Annotation::Text;
-    caption.colour = Qt::white;
-    caption.width = 14;
-    caption.text = QStringLiteral("Spring in the garden");
-    caption.points = {QPointF(size.width() * 0.08, size.height() * 0.82)};
-    tool.addAnnotation(caption);
-    tool.items().constLast()->setSelected(true);
-    editor->toolBar().annotationKindPopUp().setCurrentIndex(Annotation::Text);
-    editor->toolBar().annotationTextField().setText(caption.text);
-    const QImage shot = grab();
-    save(shot, "editor-annotate");
-    const QColor onArrow = shot.pixelColor(inGrab((arrow.points[0] + arrow.points[1]) / 2));
-    EXPECT_GT(onArrow.red(), 180);
-    EXPECT_LT(onArrow.green(), 90);
-}
 
 // At the window's smallest size each tool's bar shows its controls whole, side by side, inside
 // the window; an undo does not move the buttons beside Undo.

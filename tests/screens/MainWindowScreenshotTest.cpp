@@ -1,27 +1,10 @@
 #include "MainWindowScreenFixture.h"
 
-#include "app/HalvernDesktopController.h"
-#include "app/MainWindow.h"
-#include "app/PreferencesWindow.h"
 #include "app/WelcomeSheet.h"
-#include "foundation/Paths.h"
 #include "images/UIImage.h"
-#include "photos/ImageBrowserController.h"
-#include "app/collage/DragDropImageView.h"
-#include "app/photos/ImageBrowserListView.h"
-#include "app/photos/ImageBrowserModel.h"
-#include "app/photos/ImageBrowserPanel.h"
-#include "app/photos/PhotoPreview.h"
-#include "app/collage/TessaryDataView.h"
 #include "app/collage/TessaryView.h"
 
-#include <QAction>
-#include <QApplication>
-#include <QDesktopServices>
-#include <QDir>
-#include <QScreen>
 #include <QTest>
-#include <QWindow>
 
 namespace {
 
@@ -129,89 +112,6 @@ TEST_F(MainWindowScreenshotTest, FirstStart)
     EXPECT_LE(distance(closest, outline), 24) << "outline colour " << closest.name().toStdString();
 
     save(sheet->grab().toImage(), "welcome-sheet");
-}
-
-// The turned collage and the jumbled one still show every photo in its own tile.
-TEST_F(MainWindowScreenshotTest, TurnedAndJumbled)
-{
-    if (QWidget *sheet = controller->mainWindow().findChild<WelcomeSheet *>())
-        sheet->close();
-    QImage grab = grabMainWindow();
-    save(grab, "main-window");
-    EXPECT_GE(checkTileCentres(grab), 49);
-
-    view().setCoordinateTransform(3);
-    ASSERT_TRUE(waitForTiles());
-    grab = grabMainWindow();
-    save(grab, "main-window-rotated-left");
-    EXPECT_GE(checkTileCentres(grab), 40);
-
-    controller->mainWindow().action(QStringLiteral("jumble"))->trigger();
-    ASSERT_TRUE(view().isJumbled());
-    grab = grabMainWindow();
-    save(grab, "main-window-jumbled");
-    EXPECT_GE(checkTileCentres(grab), 1);
-}
-
-// On a 1024 x 640 screen the whole window is on screen, the control bar wrapped under the
-// collage, every photo in its tile.
-TEST_F(MainWindowScreenshotTest, SmallScreen)
-{
-    if (QWidget *sheet = controller->mainWindow().findChild<WelcomeSheet *>())
-        sheet->close();
-    MainWindow &w = controller->mainWindow();
-    w.resize(1024, 640);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return w.size() == QSize(1024, 640); }, 5000));
-    ASSERT_TRUE(waitForTiles());
-    const QImage grab = grabMainWindow();
-    save(grab, "main-window-1024x640");
-    EXPECT_GE(checkTileCentres(grab), 49);
-}
-
-// A photo cut short, selected: its tile, its thumbnail and the preview say it cannot be read
-// (the preview says why); the tile shows the quiet field under the mark.
-TEST_F(MainWindowScreenshotTest, UnreadablePhoto)
-{
-    if (QWidget *sheet = controller->mainWindow().findChild<WelcomeSheet *>())
-        sheet->close();
-    QFile whole(QDir(Paths::resourcesFolder()).filePath(QStringLiteral("images-3.jpg")));
-    ASSERT_TRUE(whole.open(QIODevice::ReadOnly));
-    const QString cut = dir.filePath(QStringLiteral("holiday.jpg"));
-    QFile out(cut);
-    ASSERT_TRUE(out.open(QIODevice::WriteOnly));
-    out.write(whole.readAll().left(whole.size() / 2));
-    out.close();
-    ImageBrowserController &browser = controller->imageBrowserController();
-    browser.insertImage(cut, 2);
-    ImageBrowserPanel &panel = controller->mainWindow().imageBrowserPanel();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return panel.preview().state() == PhotoPreview::State::Unreadable; }, 10000));
-    ASSERT_TRUE(waitForTiles());
-    TessaryDataView *tile = view().tileWithTag(2);
-    ASSERT_TRUE(tile && tile->imageView()->isUnreadable());
-    ASSERT_TRUE(QTest::qWaitFor([&] {
-        panel.grid().viewport()->update();
-        return panel.model().index(2).data(ImageBrowserModel::ThumbnailStateRole).toInt() == ImageBrowserModel::ThumbnailFailed;
-    }, 10000));
-    EXPECT_TRUE(panel.preview().reason().contains(QStringLiteral("\u201choliday.jpg\u201d is a truncated JPEG")));
-    const QImage grab = grabMainWindow();
-    save(grab, "main-window-unreadable-photo");
-    const QPoint corner = inGrab(tile->geometry().topLeft() + QPointF(10, 10));
-    EXPECT_LE(distance(grab.pixelColor(corner), QColor(206, 206, 206)), 16);
-}
-
-TEST_F(MainWindowScreenshotTest, PreferencesWindow)
-{
-    controller->mainWindow().action(QStringLiteral("preferences"))->trigger();
-    PreferencesWindow &prefs = controller->preferencesWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&prefs, 5000));
-    const QImage grab = grabFrame(prefs);
-    save(grab, "preferences-window");
-    // The window is drawn (not a blank rectangle): many distinct colours, from the pictures.
-    QSet<QRgb> colours;
-    for (int y = 0; y < grab.height(); y += 4)
-        for (int x = 0; x < grab.width(); x += 4)
-            colours.insert(grab.pixel(x, y));
-    EXPECT_GT(colours.size(), 50);
 }
 
 } // namespace

@@ -1,15 +1,10 @@
 #include "MainWindowScreenFixture.h"
-#include "support/FaultFolder.h"
 
 #include "app/collage/CollageMaker.h"
-#include "app/HalvernDesktopController.h"
-#include "app/MainWindow.h"
 #include "app/collage/PleaseWaitWindow.h"
 #include "app/result/ResultOutputs.h"
 #include "app/result/ResultSaveDialog.h"
 #include "app/result/ResultWindow.h"
-#include "foundation/Paths.h"
-#include "foundation/Preferences.h"
 #include "app/result/ResultImageView.h"
 #include "app/result/SaveOptionsPanel.h"
 #include "app/collage/TessaryView.h"
@@ -18,12 +13,7 @@
 #include <QComboBox>
 #include <QDoubleSpinBox>
 #include <QGroupBox>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QPushButton>
-#include <QScreen>
 #include <QSignalSpy>
-#include <QSpinBox>
 #include <QTest>
 
 namespace {
@@ -77,61 +67,6 @@ TEST_F(ResultWindowScreenshotTest, CollageOfTheFactoryPhotos)
     panel.widthBox()->setValue(panel.widthBox()->value() * 4);
     save(grabFrame(*dialog), "result-save-dialog");
     dialog->reject();
-}
-
-// The save dialog after "victim.png" was typed while the pop-up was on JPEG (the pop-up now on
-// PNG), the question before replacing that file, and a save into a read-only folder failing in
-// an alert on the result window.
-TEST_F(ResultWindowScreenshotTest, SaveQuestionAndFailedSaveAlert)
-{
-    controller->mainWindow().action(QStringLiteral("imageCollage"))->trigger();
-    ResultWindow &window = controller->resultWindow();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !window.image().isNull() && window.isVisible(); }, 30000));
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window, 5000));
-
-    const QDir folder(dir.filePath(QStringLiteral("Pictures")));
-    ASSERT_TRUE(folder.mkpath(QStringLiteral(".")));
-    QFile existing(folder.filePath(QStringLiteral("victim.png")));
-    ASSERT_TRUE(existing.open(QIODevice::WriteOnly));
-    existing.write("a photo of the person's own");
-    existing.close();
-    window.action(QStringLiteral("saveResult"))->trigger();
-    ResultSaveDialog *dialog = controller->resultOutputs().saveDialog();
-    ASSERT_NE(dialog, nullptr);
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog, 5000));
-    dialog->setDirectory(folder.path());
-    SaveOptionsPanel &panel = dialog->options();
-    panel.formatPopUp()->setCurrentIndex(panel.formatPopUp()->findData(QByteArray("jpeg")));
-    auto *name = dialog->findChild<QLineEdit *>(QStringLiteral("fileNameEdit"));
-    ASSERT_NE(name, nullptr);
-    name->setFocus();
-    name->selectAll();
-    QTest::keyClicks(name, QStringLiteral("victim.png"));
-    EXPECT_EQ(panel.format(), QByteArray("png"));
-    save(grabFrame(*dialog), "result-save-typed-png");
-    QTest::keyClick(name, Qt::Key_Return);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return dialog->replaceQuestion() && dialog->replaceQuestion()->isVisible(); }, 5000));
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(dialog->replaceQuestion(), 5000));
-    save(grabFrame(*dialog->replaceQuestion()), "result-save-replace-question");
-    dialog->replaceQuestion()->button(QMessageBox::Cancel)->click();
-    dialog->reject();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return controller->resultOutputs().saveDialog() == nullptr; }, 5000));
-
-    FaultFolder readOnly(dir.path(), FaultFolder::Kind::ReadOnly);
-    if (!readOnly.usable())
-        GTEST_SKIP() << "no read-only folder can be made here";
-    controller->resultOutputs().saveImageToPath(readOnly.filePath(QStringLiteral("collage.png")), ResultEncoder::Settings());
-    QMessageBox *alert = nullptr;
-    ASSERT_TRUE(QTest::qWaitFor([&] {
-        for (QMessageBox *box : window.findChildren<QMessageBox *>())
-            if (box->isVisible())
-                alert = box;
-        return alert != nullptr;
-    }, 10000));
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(alert, 5000));
-    const QRect both = window.frameGeometry().united(alert->frameGeometry());
-    save(grabScreenArea(both), "result-save-failed-alert");
-    alert->done(0);
 }
 
 } // namespace

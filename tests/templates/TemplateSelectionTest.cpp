@@ -65,4 +65,42 @@ TEST_F(TemplateSelectionTest, ChoosingAppliesToTheCurrentTabsStore)
     EXPECT_FALSE(selection.doChooseTemplate(TemplateTable::User, 2, engine, QSizeF(1000, 1000), &photos));
 }
 
+// Which contextual menu items a click enables: in the user table a held template for paste, a
+// non-empty store for the whole-store items and a row of it under the click for the rest; in
+// the built-in table exporting all always, the single-template items for any row.
+TEST_F(TemplateSelectionTest, MenuItemsFollowTheClick)
+{
+    using M = TemplateSelection::MenuState;
+    const auto row = [](bool paste, bool all) { return M{paste, all, all, true, true, true, true, true}; };
+    const auto noRow = [](bool paste, bool all) { return M{paste, all, all, false, false, false, false, false}; };
+    const struct {
+        const char *name;
+        TemplateTable table;
+        bool emptyStore, held;
+        qsizetype row;
+        M expected;
+    } cases[] = {
+        {"user row", TemplateTable::User, false, false, 1, row(false, true)},
+        {"user row, a template held", TemplateTable::User, false, true, 0, row(true, true)},
+        {"user empty space", TemplateTable::User, false, false, -1, noRow(false, true)},
+        {"user row past the store", TemplateTable::User, false, false, 2, noRow(false, true)},
+        {"empty user store, a template held", TemplateTable::User, true, true, -1, noRow(true, false)},
+        {"empty user store", TemplateTable::User, true, false, -1, noRow(false, false)},
+        {"built-in row", TemplateTable::BuiltIn, false, true, 1, M{false, false, true, false, true, true, true, true}},
+        {"built-in empty space", TemplateTable::BuiltIn, true, true, -1, M{false, false, true}},
+    };
+    for (const auto &c : cases) {
+        if (c.emptyStore)
+            store.clearUserTemplates();
+        const M got = selection.menuNeedsUpdate(c.table, c.held, c.row);
+        const auto fields = [](const M &m) {
+            return std::vector<bool>{m.paste, m.deleteAll, m.exportAll, m.deleteOne, m.exportOne, m.copyIcon, m.saveIcon,
+                                     m.saveTemplateAndIcon};
+        };
+        EXPECT_EQ(fields(got), fields(c.expected)) << c.name;
+        if (c.emptyStore)
+            store.addTemplatesFromDictionary(file({makeTemplate(2, 1), makeTemplate(3, 2)}));
+    }
+}
+
 } // namespace

@@ -9,15 +9,15 @@
 #include "photos/ImageBookmarks.h"
 #include "photos/ImageBrowserController.h"
 #include "photos/ImageBrowserSelection.h"
-#include "images/UIImage.h"
+#include "blend/BlendFrame.h"
 #include "blend/BlendPreferences.h"
+#include "blend/BlendRefusal.h"
 #include "blend/UniformCropper.h"
 #include "foundation/UserDefaults.h"
 #include "app/blend/TilingProgressIndicator.h"
 
 #include <QDir>
 
-#include <cmath>
 
 TileAndBlendActions::TileAndBlendActions(UserDefaults &defaults, ImageBrowserController &browser,
                                          AlertPresenter &alerts, QWidget *window,
@@ -100,37 +100,33 @@ void TileAndBlendActions::tilePhotoFiles()
 
 void TileAndBlendActions::stitchLeftToRight()
 {
-    if (!m_browser.hasImages()) {
-        m_alerts.beep();
-        return;
-    }
-    startStitch(PhotoBlender::Arrangement::LeftToRight);
+    stitchIfAllowed(PhotoBlender::Arrangement::LeftToRight);
 }
 
 void TileAndBlendActions::stitchBottomToTop()
 {
-    if (!m_browser.hasImages()) {
-        m_alerts.beep();
-        return;
-    }
-    startStitch(PhotoBlender::Arrangement::BottomToTop);
+    stitchIfAllowed(PhotoBlender::Arrangement::BottomToTop);
 }
 
 void TileAndBlendActions::stitchSquare()
 {
-    if (!m_browser.hasImages()) {
+    stitchIfAllowed(PhotoBlender::Arrangement::Square);
+}
+
+void TileAndBlendActions::stitchIfAllowed(PhotoBlender::Arrangement arrangement)
+{
+    const BlendRefusal refusal = BlendRefusal::check(arrangement, m_browser.count());
+    switch (refusal.kind) {
+    case BlendRefusal::Kind::Beep:
         m_alerts.beep();
         return;
-    }
-    if (PhotoBlender::squareSide(m_browser.count()) == 0) {
-        AlertPresenter::Alert alert;
-        alert.messageText = QStringLiteral("There must be enough images to make a perfect square.");
-        alert.informativeText = QStringLiteral("4 = 2x2, 9 = 3x3 or 16 = 4x4");
-        alert.style = AlertPresenter::Style::Critical;
-        m_alerts.presentAlert(alert, {});
+    case BlendRefusal::Kind::Alert:
+        m_alerts.presentAlert(refusal.alert, {});
+        return;
+    case BlendRefusal::Kind::None:
+        startStitch(arrangement);
         return;
     }
-    startStitch(PhotoBlender::Arrangement::Square);
 }
 
 bool TileAndBlendActions::stitchNamed(const QString &name)
@@ -195,47 +191,25 @@ void TileAndBlendActions::uniformlyCropImages()
                                                           prefs.uniformlyCropFit(), m_temporaryFolder);
 }
 
-namespace {
-
-// How a finished blend is framed, as the preferences say when it arrives.
-struct Frame {
-    int inset = 0; // 0: no frame
-    bool megapixelLimit = true;
-    QColor background;
-    bool byCropping = true;
-
-    QImage applied(const QImage &image) const
-    {
-        if (inset <= 0 || image.isNull())
-            return image;
-        return UIImage(image).imageWithInsetContent(inset, megapixelLimit, background, byCropping).bestRepresentation();
-    }
-};
-
-} // namespace
-
 QImage TileAndBlendActions::insetForBlender(const QImage &image)
 {
-    const Preferences prefs(m_defaults);
-    m_blendMatchingMargin = int(std::trunc(prefs.matchingMarginWidth()));
-    m_blendBackgroundColor = m_backgroundColor;
-    const Frame frame{m_blendMatchingMargin >= 2 ? m_blendMatchingMargin / 2 : 0, prefs.megapixelLimit(),
-                      m_blendBackgroundColor, prefs.insetByCropping()};
+    const BlendFrame frame = BlendFrame::fromPreferences(m_defaults, m_backgroundColor);
+    m_blendMatchingMargin = frame.matchingMargin;
+    m_blendBackgroundColor = frame.background;
     return frame.applied(image);
 }
 
 void TileAndBlendActions::frameForBlender(const QImage &image, std::function<void(const QImage &)> done)
 {
-    const Preferences prefs(m_defaults);
-    m_blendMatchingMargin = int(std::trunc(prefs.matchingMarginWidth()));
-    m_blendBackgroundColor = m_backgroundColor;
-    if (m_blendMatchingMargin < 2 || image.isNull()) {
+    const BlendFrame frame = BlendFrame::fromPreferences(m_defaults, m_backgroundColor);
+    m_blendMatchingMargin = frame.matchingMargin;
+    m_blendBackgroundColor = frame.background;
+    if (!frame.framesAnything() || image.isNull()) {
         m_framed = {};
         m_frameJob.cancel();
         done(image);
         return;
     }
-    const Frame frame{m_blendMatchingMargin / 2, prefs.megapixelLimit(), m_blendBackgroundColor, prefs.insetByCropping()};
     // Drawing a large picture into its frame takes a good part of a second: on the blend's
     // side, never on the window's.
     m_framed = std::move(done);

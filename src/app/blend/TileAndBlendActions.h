@@ -66,9 +66,8 @@ public:
     // filesToStitch := its uniformly cropped copies ("UniformlyCrop", "UniformlyCropFit").
     void uniformlyCropImages();
 
-    // The picture of a blend as the result window gets it: with a "MatchingMarginWidth" of 2
-    // or more, framed by half of it in the blend background colour ("MegapixelLimit",
-    // "InsetByCropping"); the margin and the colour are remembered.
+    // The picture of a blend as the result window gets it, framed as BlendFrame says for the
+    // preferences and the blend background colour; the margin and the colour are remembered.
     QImage insetForBlender(const QImage &image);
     // The same framing without holding up the window: the margin and the colour are taken and
     // remembered now, the picture is drawn on the blend's own thread (the progress sheet stays
@@ -85,6 +84,8 @@ signals:
     void blendFinished(const QImage &picture);
 
 private:
+    // Beeps or alerts when the blend cannot be made of the listed photos, else starts it.
+    void stitchIfAllowed(PhotoBlender::Arrangement arrangement);
     void startStitch(PhotoBlender::Arrangement arrangement);
 
     UserDefaults &m_defaults;

@@ -51,9 +51,9 @@ void TemplateActions::clearAllUserTemplates()
     m_editor.clearAllUserTemplates();
 }
 
-TemplateSelection::MenuState TemplateActions::menuNeedsUpdate(qsizetype clickedRow) const
+TemplateSelection::MenuState TemplateActions::menuNeedsUpdate(TemplateTable table, qsizetype clickedRow) const
 {
-    return m_selection.menuNeedsUpdate(m_editor.copiedTemplateData() != nullptr, clickedRow);
+    return m_selection.menuNeedsUpdate(table, m_editor.copiedTemplateData() != nullptr, clickedRow);
 }
 
 void TemplateActions::cutTemplate(TemplateTable table)

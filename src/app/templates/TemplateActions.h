@@ -39,8 +39,8 @@ public:
     // Asks, then empties "My Templates" (an empty store only beeps).
     void clearAllUserTemplates();
 
-    // The user table's contextual menu state for a click on clickedRow (-1: empty space).
-    TemplateSelection::MenuState menuNeedsUpdate(qsizetype clickedRow) const;
+    // A table's contextual menu state for a click on clickedRow (-1: empty space).
+    TemplateSelection::MenuState menuNeedsUpdate(TemplateTable table, qsizetype clickedRow) const;
 
     // The menu items, for a click on clickedRow of the table whose menu it is (-1: none).
     void cutTemplate(TemplateTable table);

@@ -57,21 +57,17 @@ QAction *TemplateContextMenu::item(const QString &name) const
 void TemplateContextMenu::updateForRow(qsizetype clickedRow)
 {
     m_clickedRow = clickedRow;
-    if (m_table == TemplateTable::BuiltIn) {
-        const bool row = clickedRow >= 0;
-        for (const char *name : {"exportTemplate", "copyTemplateIcon", "saveTemplateIcon", "saveTemplateAndIcon"})
-            item(QString::fromLatin1(name))->setEnabled(row);
-        return;
-    }
-    const TemplateSelection::MenuState state = m_actions.menuNeedsUpdate(clickedRow);
+    const TemplateSelection::MenuState state = m_actions.menuNeedsUpdate(m_table, clickedRow);
     const std::pair<const char *, bool> items[] = {
         {"pasteTemplate", state.paste},          {"deleteAllTemplates", state.deleteAll},
         {"exportAllTemplates", state.exportAll}, {"deleteTemplate", state.deleteOne},
         {"exportTemplate", state.exportOne},     {"copyTemplateIcon", state.copyIcon},
         {"saveTemplateIcon", state.saveIcon},    {"saveTemplateAndIcon", state.saveTemplateAndIcon},
     };
+    // The built-in table's menu has no paste and no delete items.
     for (const auto &[name, enabled] : items)
-        item(QString::fromLatin1(name))->setEnabled(enabled);
+        if (QAction *a = item(QString::fromLatin1(name)))
+            a->setEnabled(enabled);
 }
 
 void TemplateContextMenu::popupForRow(qsizetype clickedRow, const QPoint &globalPos)
