@@ -226,6 +226,7 @@ TEST_F(ImageBookmarksTest, UrlLookupIsByIdentity)
     list->addBookmarkForPath(a, 0);
     list->addBookmarkForPath(a, 0);
     const auto second = list->urlAtIndex(1);
+    ASSERT_TRUE(second);
     EXPECT_EQ(list->indexOfURL(second), 1);
     EXPECT_EQ(list->indexOfURL(std::make_shared<const QUrl>(*second)), -1);
     EXPECT_EQ(list->bookmarksWithPath(a), (QList<qsizetype>{0, 1}));
