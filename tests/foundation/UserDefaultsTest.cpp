@@ -36,18 +36,6 @@ TEST_F(UserDefaultsTest, AbsentKeysAndRemovalAndTypedReaders)
     EXPECT_FALSE(d.hasObject(QStringLiteral("real")));
 }
 
-TEST_F(UserDefaultsTest, ImportIsAllOrNothing)
-{
-    UserDefaults d(path());
-    d.setInteger(1, QStringLiteral("kept"));
-    const QVariantMap bad{{QStringLiteral("good"), qint64(2)}, {QStringLiteral("bad"), QVariant::fromValue(QPointF(1, 1))}};
-    EXPECT_FALSE(d.setValuesForKeys(bad));
-    EXPECT_FALSE(d.hasObject(QStringLiteral("good")));
-    EXPECT_TRUE(d.setValuesForKeys({{QStringLiteral("good"), qint64(2)}, {QStringLiteral("kept"), qint64(3)}}));
-    EXPECT_EQ(d.integerForKey(QStringLiteral("good")), 2);
-    EXPECT_EQ(d.integerForKey(QStringLiteral("kept")), 3);
-}
-
 // A dictionary kept one row per entry is written entry by entry, all or nothing, and every
 // other reader sees one dictionary under its key; a whole value written under the key replaces
 // the rows, and splitting turns it into rows again.
@@ -210,10 +198,6 @@ TEST_F(UserDefaultsTest, PresenceKeysAndBackgroundColour)
     d.setObject(QByteArray("garbage"), Preferences::TessaryBackgroundColor);
     EXPECT_EQ(p.tessaryBackgroundColor().alpha(), 0);
 }
-
-} // namespace
-
-namespace {
 
 // The image cache stores about 100 MB under one key; the store must give such a value back,
 // though property lists from outside are capped far lower.

@@ -27,43 +27,26 @@ std::map<QString, QByteArray> foreignRows()
     };
 }
 
-// Writes or reads rows with a connection of its own, as another program would.
-class RawStore
+// Runs one statement on the store with a connection of its own, as another program would, and
+// gives the first column of its first row, if it has one.
+std::optional<QByteArray> raw(const QString &path, const QString &statement, const QVariantList &values)
 {
-public:
-    explicit RawStore(const QString &path)
-        : m_name(QUuid::createUuid().toString())
+    const QString name = QUuid::createUuid().toString();
+    std::optional<QByteArray> first;
     {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_name);
+        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
         db.setDatabaseName(path);
-        db.open();
+        QSqlQuery q(db);
+        if (db.open() && q.prepare(statement)) {
+            for (const QVariant &v : values)
+                q.addBindValue(v);
+            if (q.exec() && q.next())
+                first = q.value(0).toByteArray();
+        }
     }
-    ~RawStore()
-    {
-        QSqlDatabase::database(m_name).close();
-        QSqlDatabase::removeDatabase(m_name);
-    }
-    void put(const QString &key, const QByteArray &value)
-    {
-        QSqlQuery q(QSqlDatabase::database(m_name));
-        q.prepare(QStringLiteral("INSERT OR REPLACE INTO defaults (key, value) VALUES (?, ?)"));
-        q.addBindValue(key);
-        q.addBindValue(value);
-        ASSERT_TRUE(q.exec());
-    }
-    std::optional<QByteArray> get(const QString &key)
-    {
-        QSqlQuery q(QSqlDatabase::database(m_name));
-        q.prepare(QStringLiteral("SELECT value FROM defaults WHERE key = ?"));
-        q.addBindValue(key);
-        if (!q.exec() || !q.next())
-            return std::nullopt;
-        return q.value(0).toByteArray();
-    }
-
-private:
-    QString m_name;
-};
+    QSqlDatabase::removeDatabase(name);
+    return first;
+}
 
 struct Operation {
     const char *name;
@@ -79,20 +62,16 @@ TEST_P(UserDefaultsUnknownKeys, AreKeptAsTheyAre)
     QTemporaryDir dir;
     const QString path = dir.filePath(QStringLiteral("defaults.sqlite"));
     { UserDefaults create(path); ASSERT_TRUE(create.isOpen()); }
-    {
-        RawStore raw(path);
-        for (const auto &[key, value] : foreignRows())
-            raw.put(key, value);
-    }
+    for (const auto &[key, value] : foreignRows())
+        raw(path, QStringLiteral("INSERT OR REPLACE INTO defaults (key, value) VALUES (?, ?)"), {key, value});
     {
         UserDefaults defaults(path);
         ASSERT_TRUE(defaults.isOpen());
         GetParam().run(defaults);
         EXPECT_TRUE(defaults.errorString().isEmpty()) << defaults.errorString().toStdString();
     }
-    RawStore raw(path);
     for (const auto &[key, value] : foreignRows()) {
-        const std::optional<QByteArray> kept = raw.get(key);
+        const std::optional<QByteArray> kept = raw(path, QStringLiteral("SELECT value FROM defaults WHERE key = ?"), {key});
         ASSERT_TRUE(kept.has_value()) << key.toStdString();
         EXPECT_EQ(*kept, value) << key.toStdString();
     }

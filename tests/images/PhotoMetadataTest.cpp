@@ -1,11 +1,10 @@
 #include "images/PhotoMetadata.h"
+#include "support/TestImages.h"
 
-#include <QBuffer>
 #include <QColorSpace>
 #include <QFile>
 #include <QImage>
 #include <QImageReader>
-#include <QImageWriter>
 #include <QTemporaryDir>
 
 #include <exiv2/exiv2.hpp>
@@ -14,34 +13,14 @@
 
 #include <optional>
 
-namespace {
+using namespace testimages;
 
-QImage picture(int w, int h)
-{
-    QImage img(w, h, QImage::Format_RGB32);
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x)
-            img.setPixel(x, y, qRgb(x * 255 / w, y * 255 / h, 128));
-    return img;
-}
+namespace {
 
 QByteArray readAll(const QString &path)
 {
     QFile f(path);
     return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray();
-}
-
-void writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    ASSERT_EQ(f.write(bytes), bytes.size());
-}
-
-void writeImage(const QString &path, const QImage &image, const char *format)
-{
-    QImageWriter writer(path, format);
-    ASSERT_TRUE(writer.write(image)) << writer.errorString().toStdString();
 }
 
 QByteArray iccProfile()
@@ -54,7 +33,7 @@ QByteArray iccProfile()
 QString cameraJpeg(const QTemporaryDir &dir)
 {
     const QString path = dir.filePath(QStringLiteral("camera.jpg"));
-    writeImage(path, picture(60, 40), "jpeg");
+    EXPECT_TRUE(writeFile(path, encode(gradient(60, 40), "jpeg")));
     auto image = Exiv2::ImageFactory::open(path.toStdString());
     image->readMetadata();
     Exiv2::ExifData &exif = image->exifData();
@@ -65,10 +44,7 @@ QString cameraJpeg(const QTemporaryDir &dir)
     exif["Exif.Photo.PixelXDimension"] = uint32_t(60);
     exif["Exif.Photo.PixelYDimension"] = uint32_t(40);
     exif["Exif.Image.ImageWidth"] = uint32_t(60);
-    QByteArray thumbnail;
-    QBuffer buffer(&thumbnail);
-    buffer.open(QIODevice::WriteOnly);
-    picture(16, 12).save(&buffer, "jpeg");
+    const QByteArray thumbnail = encode(gradient(16, 12), "jpeg");
     Exiv2::ExifThumb(exif).setJpegThumbnail(reinterpret_cast<const Exiv2::byte *>(thumbnail.constData()), long(thumbnail.size()));
     image->iptcData()["Iptc.Application2.Caption"] = "Harbour at dawn";
     image->xmpData()["Xmp.xmp.Rating"] = "4";
@@ -110,11 +86,11 @@ TEST(PhotoMetadata, CopiesTheSourceMetadataIntoEveryFormatThatHoldsIt)
     const char *formats[] = {"jpeg", "png", "tiff"};
     QTemporaryDir dir;
     const QString source = cameraJpeg(dir);
-    const QImage edited = picture(40, 60);
+    const QImage edited = gradient(40, 60);
     for (const char *format : formats) {
         SCOPED_TRACE(format);
         const QString target = dir.filePath(QStringLiteral("edited.") + QLatin1String(format));
-        writeImage(target, edited, format);
+        ASSERT_TRUE(writeFile(target, encode(edited, format)));
         QString error;
         ASSERT_TRUE(PhotoMetadata::copy(source, target, &error)) << error.toStdString();
 
@@ -155,9 +131,9 @@ TEST(PhotoMetadata, NothingToCarryLeavesTheTargetAsItIs)
     QTemporaryDir dir;
     const QString camera = cameraJpeg(dir);
     const QString plain = dir.filePath(QStringLiteral("plain.jpg"));
-    writeImage(plain, picture(30, 20), "jpeg");
+    ASSERT_TRUE(writeFile(plain, encode(gradient(30, 20), "jpeg")));
     const QString notAPicture = dir.filePath(QStringLiteral("notes.txt"));
-    writeBytes(notAPicture, "not a picture");
+    ASSERT_TRUE(writeFile(notAPicture, "not a picture"));
     struct Case {
         const char *name;
         QString source;
@@ -172,7 +148,7 @@ TEST(PhotoMetadata, NothingToCarryLeavesTheTargetAsItIs)
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
         const QString target = dir.filePath(QStringLiteral("target.") + QLatin1String(c.targetFormat));
-        writeImage(target, picture(40, 60), c.targetFormat);
+        ASSERT_TRUE(writeFile(target, encode(gradient(40, 60), c.targetFormat)));
         const QByteArray before = readAll(target);
         QString error;
         EXPECT_TRUE(PhotoMetadata::copy(c.source, target, &error)) << error.toStdString();
@@ -199,7 +175,7 @@ TEST(PhotoMetadata, FailuresSayWhyAndLeaveTheTargetIntact)
         SCOPED_TRACE(c.name);
         const QString target = dir.filePath(QStringLiteral("broken-%1.jpg").arg(QLatin1String(c.name).size()));
         if (c.targetBytes)
-            writeBytes(target, *c.targetBytes);
+            ASSERT_TRUE(writeFile(target, *c.targetBytes));
         QString error;
         EXPECT_FALSE(PhotoMetadata::copy(camera, target, &error));
         EXPECT_FALSE(error.isEmpty());

@@ -27,37 +27,6 @@ protected:
     }
 };
 
-quint32 crc32(const QByteArray &data)
-{
-    quint32 c = 0xffffffffu;
-    for (char ch : data) {
-        c ^= quint8(ch);
-        for (int k = 0; k < 8; ++k)
-            c = (c & 1) ? (c >> 1) ^ 0xedb88320u : c >> 1;
-    }
-    return ~c;
-}
-
-// A PNG with a valid IHDR claiming w x h (RGB, 8 bits) and one empty IDAT.
-QByteArray pngClaiming(int w, int h)
-{
-    auto chunk = [](const char *type, const QByteArray &body) {
-        QByteArray c(4, '\0');
-        qToBigEndian(quint32(body.size()), c.data());
-        const QByteArray typed = QByteArray(type) + body;
-        QByteArray crc(4, '\0');
-        qToBigEndian(crc32(typed), crc.data());
-        return c + typed + crc;
-    };
-    QByteArray ihdr(13, '\0');
-    qToBigEndian(quint32(w), ihdr.data());
-    qToBigEndian(quint32(h), ihdr.data() + 4);
-    ihdr[8] = 8;
-    ihdr[9] = 2;
-    return QByteArray("\x89PNG\r\n\x1a\n", 8) + chunk("IHDR", ihdr) + chunk("IDAT", QByteArray("\x78\x9c\x03\x00\x00\x00\x00\x01", 8))
-           + chunk("IEND", QByteArray());
-}
-
 // A GIF header and logical screen claiming w x h, with one tiny image and the trailer.
 QByteArray gifClaiming(int w, int h)
 {
@@ -116,7 +85,6 @@ TEST_F(UIImageLoading, BrokenAndHostileFilesGiveTheEmptyImageAndANamedError)
         {"text named as a picture", write(QStringLiteral("notes.png"), "just some words\n"), "not a picture"},
         {"JPEG cut inside the header", write(QStringLiteral("stub.jpg"), jpeg.left(40)), "\u201c"},
         {"JPEG claiming 60000 x 60000", write(QStringLiteral("huge.jpg"), jpegClaiming(60000, 60000)), "megapixel limit"},
-        {"PNG claiming 100000 x 100000", write(QStringLiteral("huge.png"), pngClaiming(100000, 100000)), "megapixel limit"},
         // Qt's GIF reader gives no size before decoding; the allocation limit refuses it.
         {"GIF claiming 65535 x 65535", write(QStringLiteral("huge.gif"), gifClaiming(65535, 65535)), "\u201c"},
         {"unreadable", root ? QString() : unreadable, "cannot read"},

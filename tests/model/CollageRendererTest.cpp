@@ -10,6 +10,7 @@
 #include "support/ExifJpeg.h"
 #include "support/FakePhotoList.h"
 #include "support/PdfFacts.h"
+#include "support/TestImages.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -47,29 +48,25 @@ bool near(const QColor &a, const QColor &b, int tolerance = 12)
 class RendererTest : public ::testing::Test
 {
 protected:
+    QString save(const QString &name, const QImage &image, int quality = -1)
+    {
+        const QString path = dir.filePath(name);
+        EXPECT_TRUE(image.save(path, nullptr, quality));
+        return path;
+    }
     // A solid photo file; large JPEGs exercise the reduced decoding.
     QString photo(const QString &name, const QColor &colour, QSize size = QSize(1600, 1200))
     {
         QImage image(size, QImage::Format_RGB32);
         image.fill(colour);
-        const QString path = dir.filePath(name);
-        EXPECT_TRUE(image.save(path));
-        return path;
+        return save(name, image);
     }
     // A photo whose first half (left, or top for a tall one) and second half differ.
     QString halves(const QString &name, QSize size, const QColor &first, const QColor &second)
     {
-        QImage image(size, QImage::Format_RGB32);
-        image.fill(second);
-        QPainter p(&image);
-        if (size.width() >= size.height())
-            p.fillRect(0, 0, size.width() / 2, size.height(), first);
-        else
-            p.fillRect(0, 0, size.width(), size.height() / 2, first);
-        p.end();
-        const QString path = dir.filePath(name);
-        EXPECT_TRUE(image.save(path));
-        return path;
+        const int w = size.width(), h = size.height();
+        return save(name, w >= h ? testimages::leftRight(w, h, w / 2, first, second)
+                                 : testimages::topBottom(w, h, h / 2, first, second));
     }
 
     // A grid of columns x rows cells of 100 points, one 1 x 1 module per cell.
@@ -217,8 +214,7 @@ TEST_F(RendererTest, TileAndRenderCropTheSamePartOfAFramedPhoto)
         for (int x = 0; x < grid.width(); ++x)
             grid.setPixel(x, y, qRgb((x / 100) * 15, (y / 100) * 20, ((x / 100 + y / 100) % 4) * 60));
     QPainter(&grid).fillRect(QRect(1250, 150, 160, 160), QColor(255, 230, 0));
-    const QString path = dir.filePath(QStringLiteral("grid.jpg"));
-    ASSERT_TRUE(grid.save(path, nullptr, 95));
+    const QString path = save(QStringLiteral("grid.jpg"), grid, 95);
 
     FakePhotoList photos({path, path}, {0, 4});
     photos.framings = {PhotoFraming(QPointF(0.7, 0.3), 3), PhotoFraming()};
@@ -268,11 +264,9 @@ TEST_F(RendererTest, OverlappingTilesStackInLayoutOrder)
 
 TEST_F(RendererTest, UnreadablePhotoLeavesItsTileEmptyAndIsNamed)
 {
-    QFile broken(dir.filePath(QStringLiteral("broken.jpg")));
-    ASSERT_TRUE(broken.open(QIODevice::WriteOnly));
-    broken.write("\xFF\xD8\xFF\xE0 not really a jpeg");
-    broken.close();
-    const FakePhotoList photos({photo(QStringLiteral("ok.jpg"), kColours[2]), broken.fileName(),
+    const QString broken = dir.filePath(QStringLiteral("broken.jpg"));
+    ASSERT_TRUE(testimages::writeFile(broken, "\xFF\xD8\xFF\xE0 not really a jpeg"));
+    const FakePhotoList photos({photo(QStringLiteral("ok.jpg"), kColours[2]), broken,
                                 dir.filePath(QStringLiteral("missing.jpg"))});
     const CollageLayout l = layout(3, 1, photos);
     const CollageRenderer::Result r = CollageRenderer::renderScaled(l, 1, options());
@@ -394,20 +388,12 @@ TEST_F(RendererTest, PagePdfHoldsTheCollageRenderedForThePage)
     }
 }
 
-TEST_F(RendererTest, CancelledRenderGivesNoPictureAndAFailedPdfKeepsTheOldFile)
+// A PDF that cannot be written leaves the file that was there; its name always ends in ".pdf".
+TEST_F(RendererTest, AFailedPdfKeepsTheOldFile)
 {
-    const FakePhotoList photos({photo(QStringLiteral("a.jpg"), kColours[0])});
-    CollageRenderer::Options o = options();
-    o.cancelled = [] { return true; };
-    const CollageRenderer::Result r = CollageRenderer::renderAtScale(layout(2, 1, photos), 2.5, o);
-    EXPECT_FALSE(r.ok());
-    EXPECT_EQ(r.error, QStringLiteral("cancelled"));
-
     QString error;
     const QString old = dir.filePath(QStringLiteral("old.pdf"));
-    QFile file(old);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly) && file.write("old") == 3);
-    file.close();
+    ASSERT_TRUE(testimages::writeFile(old, "old"));
     const PagePreset tooWide = PagePreset::named(QStringLiteral("10x15cm"))->setMargin(60);
     EXPECT_FALSE(PageRenderer::writePdf(QImage(10, 10, QImage::Format_RGB32), tooWide, old, {}, &error));
     EXPECT_TRUE(error.contains(QStringLiteral("no room"))) << error.toStdString();

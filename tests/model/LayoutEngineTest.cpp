@@ -216,22 +216,6 @@ TEST(LayoutEngine, SkippedModuleLeavesItsPhotoUnshown)
     }
 }
 
-TEST(LayoutEngine, RotationsSwapImageSizeAndContentSize)
-{
-    for (int transform = 0; transform <= 5; ++transform) {
-        LayoutEngine engine = engineWithGrid(4, 2);
-        engine.setIncrements(0, 0);
-        engine.setCoordinateTransform(transform);
-        const CollageLayout layout = layOut(engine, {{4, 1}, {1, 1}});
-        const bool rotated = transform == 3 || transform == 4;
-        EXPECT_EQ(layout.extent, QSizeF(400, 200)) << transform;
-        EXPECT_EQ(layout.contentSize, rotated ? QSizeF(200, 400) : QSizeF(400, 200)) << transform;
-        EXPECT_EQ(layout.tiles[0].imageSize, rotated ? QSizeF(100, 400) : QSizeF(400, 100)) << transform;
-        // Frames stay untransformed; moving them is the caller's step.
-        EXPECT_EQ(layout.tiles[0].frame, QRectF(0, 0, 400, 100)) << transform;
-    }
-}
-
 TEST(LayoutEngine, BorderAndCornerInPointsFromGridRectangle)
 {
     struct Case {
@@ -309,10 +293,6 @@ TEST(LayoutEngine, ReloadDataReadsDefaults)
     layout = engine.reloadData(defaults, nullptr);
     EXPECT_EQ(layout.tiles[1].frame, QRectF(200, 4.5, 200, 191));
 }
-
-} // namespace
-
-namespace {
 
 // The placement rule written as plainly as possible: scan every cell in reading order and test
 // every covered cell. The engine's search must agree with it on any grid and module list.

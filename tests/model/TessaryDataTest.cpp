@@ -7,21 +7,6 @@
 
 namespace {
 
-TEST(TessaryData, EmptyDictionaryGivesTheDocumentedDefaults)
-{
-    const TessaryData m = TessaryData::initWithDictionary({});
-    EXPECT_EQ(m.widthFactor(), 0);
-    EXPECT_EQ(m.heightFactor(), 0);
-    EXPECT_FALSE(m.empty());
-    EXPECT_EQ(m.tileAlpha(), 1.0);
-    EXPECT_EQ(m.tileBorderWidth(), 0.0);
-    EXPECT_EQ(m.tileCornerRadius(), 0.0);
-    ASSERT_TRUE(m.tileBorderColor());
-    EXPECT_EQ(*m.tileBorderColor(), QColor(Qt::white));
-    EXPECT_TRUE(m.imageFilename().isNull());
-    EXPECT_TRUE(m.title().isNull());
-}
-
 TEST(TessaryData, NumbersAreReadByTheirValueWhateverTheirType)
 {
     struct Case {
@@ -32,6 +17,7 @@ TEST(TessaryData, NumbersAreReadByTheirValueWhateverTheirType)
         bool empty;
     };
     const std::vector<Case> cases{
+        {"nothing stored", {}, 0, 0, 1.0, 0, 0, false},
         {"integers and reals", {{"widthFactor", qint64(3)}, {"heightFactor", 2.0}, {"alpha", 0.35}, {"borderWidth", 0.1}, {"cornerRadius", qint64(1)}, {"empty", true}},
          3, 2, double(0.35f), double(0.1f), 1.0, true},
         {"reals truncate to whole cells", {{"widthFactor", 2.9}, {"heightFactor", -1.5}}, 2, -1, 1.0, 0, 0, false},

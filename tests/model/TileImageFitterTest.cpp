@@ -1,7 +1,7 @@
-#include "photos/ImageCache.h"
-#include "photos/TessaryViewDelegate.h"
 #include "images/ResizeGeometry.h"
 #include "model/TileImageFitter.h"
+#include "photos/ImageCache.h"
+#include "support/FakePhotoList.h"
 
 #include <QImage>
 #include <QTemporaryDir>
@@ -9,20 +9,6 @@
 #include <gtest/gtest.h>
 
 namespace {
-
-class ListedPhotos : public TessaryViewDelegate
-{
-public:
-    explicit ListedPhotos(QStringList paths) : m_paths(std::move(paths)) {}
-    QStringList pickedPhotos() const override { return m_paths; }
-    int alignmentIndexAtIndex(qsizetype) const override { return 0; }
-    qsizetype selectedItem() const override { return -1; }
-    void selectIndex(qsizetype) override {}
-    void exchangeItem(qsizetype, qsizetype) override {}
-
-private:
-    QStringList m_paths;
-};
 
 QString solidPhoto(const QTemporaryDir &dir, const QString &name, QColor color, QSize size)
 {
@@ -40,7 +26,7 @@ TEST(TileImageFitter, EveryTileGetsItsPictureAtItsSizeInOrder)
     QTemporaryDir dir;
     const QString red = solidPhoto(dir, QStringLiteral("red.png"), Qt::red, QSize(300, 200));
     const QString blue = solidPhoto(dir, QStringLiteral("blue.png"), Qt::blue, QSize(200, 300));
-    const ListedPhotos photos({red, blue});
+    const FakePhotoList photos({red, blue});
     ImageCache cache(&photos);
     QImage grey(10, 10, QImage::Format_RGB32);
     grey.fill(Qt::gray);

@@ -1,4 +1,5 @@
 #include "model/TileLabelGeometry.h"
+#include "model/TilePainter.h"
 
 #include "support/QtPrinters.h"
 
@@ -6,29 +7,39 @@
 
 namespace {
 
+// The title label sits along the tile's bottom inside its border, a quarter of the smaller inner
+// side high; its width loses what passes the limit origin + inner width + 2 + margin. The tile on
+// screen and the painted tile of a render place it alike.
 TEST(TileLabelGeometry, TitleLabelInsideBorderAlongBottom)
 {
     struct Case {
         QSizeF tile;
         double border, margin;
-        QRectF expected;
+        QRectF expected; // from the tile's bottom-left corner
     };
     for (const Case &c : {
-             // 200 x 100, no border: 2 in from the corner, a quarter of the height high; the
-             // label plus the margin (2 + 200 + 2 + 4) overruns the tile by 8.
+             Case{{200, 100}, 0, 0, {2, 2, 196, 25}},
+             // The label plus the margin (2 + 200 + 2 + 4) overruns the tile by 8.
              Case{{200, 100}, 0, 4, {2, 2, 192, 25}},
-             // A 5-point border moves the label in; it ends 1 point short of the tile's edge.
+             // A border moves the label in; the 6-point margin of labels laid out again after a
+             // turn shortens it further.
+             Case{{200, 100}, 1, 0, {3, 3, 195, 24.5}},
+             Case{{200, 100}, 1, 6, {3, 3, 189, 24.5}},
              Case{{200, 100}, 5, 0, {7, 7, 190, 22.5}},
+             // A wide border keeps the limit inside the tile: the full inner width.
+             Case{{200, 100}, 10, 0, {12, 12, 180, 20}},
              // The label height follows the smaller inner side.
              Case{{60, 300}, 0, 0, {2, 2, 56, 15}},
-             // The update rule's fixed 6-point margin.
-             Case{{100, 100}, 0, 6, {2, 2, 90, 25}},
          }) {
-        const QRectF r = TileLabelGeometry::titleLabelFrame(c.tile, c.border, c.margin);
-        EXPECT_NEAR(r.x(), c.expected.x(), 1e-4);
-        EXPECT_NEAR(r.y(), c.expected.y(), 1e-4);
-        EXPECT_NEAR(r.width(), c.expected.width(), 1e-4) << c.tile.width() << "x" << c.tile.height();
-        EXPECT_NEAR(r.height(), c.expected.height(), 1e-4);
+        for (const QRectF &r : {TileLabelGeometry::titleLabelFrame(c.tile, c.border, c.margin),
+                                TilePainter::titleLabelFrame(c.tile, c.border, c.margin)}) {
+            SCOPED_TRACE(testing::Message() << c.tile.width() << "x" << c.tile.height() << " border " << c.border
+                                            << " margin " << c.margin);
+            EXPECT_NEAR(r.x(), c.expected.x(), 1e-4);
+            EXPECT_NEAR(r.y(), c.expected.y(), 1e-4);
+            EXPECT_NEAR(r.width(), c.expected.width(), 1e-4);
+            EXPECT_NEAR(r.height(), c.expected.height(), 1e-4);
+        }
     }
     EXPECT_EQ(TileLabelGeometry::updatedLabelFrame({100, 100}, 0), TileLabelGeometry::titleLabelFrame({100, 100}, 0, 6));
 }
@@ -37,6 +48,8 @@ TEST(TileLabelGeometry, FontNeverBelowSixAndStackingAndFlip)
 {
     EXPECT_EQ(TileLabelGeometry::fontSize(QRectF(2, 2, 10, 3)), 6.0);
     EXPECT_EQ(TileLabelGeometry::fontSize(QRectF(2, 2, 10, 25)), 25.0);
+    EXPECT_EQ(TilePainter::titleFontSize(2.5), 6.0);
+    EXPECT_EQ(TilePainter::titleFontSize(25), 25.0);
 
     const QRectF index(2, 2, 50, 20);
     EXPECT_EQ(TileLabelGeometry::dimensionLabelY(index, 20, 100), 22);

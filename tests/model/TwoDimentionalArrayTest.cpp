@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <stdexcept>
-
 namespace {
 
 TEST(TwoDimentionalArray, IndexesRowByRowAndReadsNothingOutside)
@@ -18,21 +16,6 @@ TEST(TwoDimentionalArray, IndexesRowByRowAndReadsNothingOutside)
         EXPECT_EQ(grid.elementIndexWithColumn(c.column, c.row), c.index) << c.column << "," << c.row;
         EXPECT_EQ(grid.objectAtColumn(c.column, c.row), nullptr);
     }
-}
-
-TEST(TwoDimentionalArray, StoresInsideAndRefusesOutside)
-{
-    TwoDimentionalArray grid(4, 3);
-    auto module = std::make_shared<TessaryData>();
-    grid.setObject(module, 3, 2);
-    EXPECT_EQ(grid.objectAtColumn(3, 2), module);
-    EXPECT_EQ(grid.objectArray()[11], module);
-    EXPECT_EQ(grid.objectAtColumn(2, 3), nullptr); // the transposed cell is another (outside) cell
-    EXPECT_THROW(grid.setObject(module, 4, 0), std::out_of_range);
-    grid.removeAllObjects();
-    EXPECT_EQ(grid.columns(), 4u);
-    EXPECT_EQ(grid.rows(), 3u);
-    EXPECT_EQ(grid.objectAtColumn(3, 2), nullptr);
 }
 
 TEST(TwoDimentionalArray, EmptyAndAbsurdGridsHoldNoCells)

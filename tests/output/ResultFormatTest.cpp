@@ -1,6 +1,6 @@
 #include "output/ResultFormat.h"
+#include "support/TestImages.h"
 
-#include <QFile>
 #include <QImage>
 #include <QTemporaryDir>
 
@@ -75,9 +75,7 @@ TEST(ResultFormat, StartingFormatFollowsTheFirstPhoto)
                           Case{"e.ppm", "ppm", "png"}, Case{"f.txt", nullptr, ""}, Case{"missing.jpg", "", ""}}) {
         const QString path = dir.filePath(QString::fromLatin1(c.file));
         if (c.writeAs == nullptr) {
-            QFile f(path);
-            ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-            f.write("not a picture");
+            ASSERT_TRUE(testimages::writeFile(path, "not a picture"));
         } else if (*c.writeAs) {
             ASSERT_TRUE(image.save(path, c.writeAs));
         }

@@ -1,4 +1,5 @@
 #include "photos/FileWatcher.h"
+#include "support/TestImages.h"
 
 #include <QDir>
 #include <QFile>
@@ -31,13 +32,6 @@ TEST(FileWatcherWords, DeletionThenRenameThenModification)
         EXPECT_EQ(F::wordForChanges(c.changes), QLatin1String(c.word)) << c.changes;
 }
 
-void writeFile(const QString &path, const QByteArray &content)
-{
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write(content);
-}
-
 // Real changes on disk, each reported exactly once with the right word, and the watch gone after.
 TEST(FileWatcher, RealChangesAreReportedOnce)
 {
@@ -58,16 +52,17 @@ TEST(FileWatcher, RealChangesAreReportedOnce)
              ASSERT_TRUE(f.open(QIODevice::Append));
              f.write("more");
          }},
-        {"truncate and rewrite", "modified", [](const QString &p) { writeFile(p, QByteArray(100000, 'x')); }},
+        {"truncate and rewrite", "modified",
+         [](const QString &p) { ASSERT_TRUE(testimages::writeFile(p, QByteArray(100000, 'x'))); }},
         // An editor's save: a new file renamed over the old one.
         {"atomic save", "modified", [](const QString &p) {
-             writeFile(p + QStringLiteral(".tmp"), "new content");
+             ASSERT_TRUE(testimages::writeFile(p + QStringLiteral(".tmp"), "new content"));
              ::rename(QFile::encodeName(p + QStringLiteral(".tmp")).constData(), QFile::encodeName(p).constData());
          }},
         // An editor that moves the old file aside and writes a new one.
         {"backup then write", "modified", [](const QString &p) {
              QFile::rename(p, p + QStringLiteral("~"));
-             writeFile(p, "new content");
+             ASSERT_TRUE(testimages::writeFile(p, "new content"));
          }},
         // The file is unlinked while a second name keeps it alive: only the link count changes.
         {"unlink with a hard link left", "deleted", [](const QString &p) {
@@ -80,7 +75,7 @@ TEST(FileWatcher, RealChangesAreReportedOnce)
     for (const Case &c : cases) {
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("photo.jpg"));
-        writeFile(path, "jpeg");
+        ASSERT_TRUE(testimages::writeFile(path, "jpeg"));
         FileWatcher watcher;
         ASSERT_TRUE(watcher.watch(path)) << c.name;
         QSignalSpy spy(&watcher, &FileWatcher::fileChanged);
@@ -113,8 +108,8 @@ TEST(FileWatcher, OneWatchPerPathAndUnwatchedPathsStayQuiet)
     QTemporaryDir dir;
     const QString a = dir.filePath(QStringLiteral("a.jpg"));
     const QString b = dir.filePath(QStringLiteral("b.jpg"));
-    writeFile(a, "a");
-    writeFile(b, "b");
+    ASSERT_TRUE(testimages::writeFile(a, "a"));
+    ASSERT_TRUE(testimages::writeFile(b, "b"));
     FileWatcher watcher;
     EXPECT_TRUE(watcher.watch(a));
     EXPECT_TRUE(watcher.watch(a));
@@ -144,21 +139,17 @@ TEST(FileWatcher, TwoNamesOfOneFile)
     QTemporaryDir dir;
     const QString a = dir.filePath(QStringLiteral("a.jpg"));
     const QString link = dir.filePath(QStringLiteral("link.jpg"));
-    writeFile(a, "a");
+    ASSERT_TRUE(testimages::writeFile(a, "a"));
     ASSERT_TRUE(QFile::link(a, link));
     FileWatcher watcher;
     ASSERT_TRUE(watcher.watch(a));
     ASSERT_TRUE(watcher.watch(link));
     watcher.unwatch(link);
     QSignalSpy spy(&watcher, &FileWatcher::fileChanged);
-    writeFile(a, "changed");
+    ASSERT_TRUE(testimages::writeFile(a, "changed"));
     ASSERT_TRUE(spy.wait(3000));
     EXPECT_EQ(spy.at(0).at(0).toString(), a);
 }
-
-} // namespace
-
-namespace {
 
 // With the inotify watch limit lowered (in a user namespace of its own, so nothing else on the
 // machine is affected), photos beyond the limit are still listed, only unwatched.
@@ -171,7 +162,7 @@ TEST(FileWatcher, PhotosBeyondTheWatchLimitStayListed)
                      QStringLiteral("echo 2 > /proc/sys/user/max_inotify_watches && exec \"$0\" \"$@\""), tool};
     for (int i = 0; i < 4; ++i) {
         const QString path = dir.filePath(QStringLiteral("p%1.jpg").arg(i));
-        writeFile(path, "jpeg");
+        ASSERT_TRUE(testimages::writeFile(path, "jpeg"));
         args.append(path);
     }
     QProcess process;

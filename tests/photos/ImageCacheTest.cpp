@@ -4,6 +4,7 @@
 #include "photos/ImageCache.h"
 #include "photos/TessaryViewDelegate.h"
 #include "support/LogCapture.h"
+#include "support/TestImages.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -172,11 +173,7 @@ TEST_F(ImageCacheTest, UnlistedPhotosAreDroppedAtTheNextLookup)
 TEST_F(ImageCacheTest, FilesThatCannotBeReducedAreLoadedEachTime)
 {
     const QString broken = dir.filePath(QStringLiteral("broken.jpg"));
-    {
-        QFile f(broken);
-        ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-        f.write("\xff\xd8 not really a jpeg");
-    }
+    ASSERT_TRUE(testimages::writeFile(broken, "\xff\xd8 not really a jpeg"));
     const QString missing = dir.filePath(QStringLiteral("missing.png"));
     delegate.photos = {broken, missing};
     ImageCache cache(&delegate);
@@ -225,10 +222,7 @@ TEST_F(ImageCacheTest, StoredRecordComesBackAndKeepsItsFormForReaders)
     };
     // The files no longer decode, under their old dates: only the stored copies can show them.
     for (const QString &path : {a, b}) {
-        QFile file(path);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write("spoiled");
-        file.close();
+        ASSERT_TRUE(testimages::writeFile(path, "spoiled"));
         setModified(path, cache.cacheDateForPath(path));
     }
     for (const auto &store : stores) {
