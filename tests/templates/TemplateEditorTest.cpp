@@ -177,7 +177,7 @@ TEST_F(TemplateEditorTest, CopyPasteSharesTheSameObjectAndCutIsInert)
     const TemplateStore::Template held = editor.copiedTemplateData();
     ASSERT_TRUE(editor.pasteTemplate(TemplateTable::User, 1));
     ASSERT_TRUE(editor.pasteTemplate(TemplateTable::User, -1));
-    EXPECT_EQ(ids(store.userTemplates()), (std::vector<double>{2, 0, 2, 1, 2}));
+    ASSERT_EQ(ids(store.userTemplates()), (std::vector<double>{2, 0, 2, 1, 2}));
     EXPECT_EQ(store.userTemplates()[0], held);
     EXPECT_EQ(store.userTemplates()[2], held);
     EXPECT_EQ(store.userTemplates()[4], held);
@@ -293,6 +293,7 @@ TEST_F(TemplateEditorTest, DownloadedLinksAreSavedAndInserted)
 
     const QString local = writeFile(QStringLiteral("local.plist"), file({makeTemplate(1, 77)}));
     EXPECT_TRUE(editor.downloadAndInsertTemplateURL(QUrl::fromLocalFile(local), 0));
+    ASSERT_FALSE(store.userTemplates().isEmpty());
     EXPECT_EQ(TemplateTestData::idOf(store.userTemplates()[0]), 77);
 }
 
