@@ -1,5 +1,6 @@
 #include "model/TilePainter.h"
 
+#include "model/TileLabelGeometry.h"
 #include "model/TileLayout.h"
 
 #include <QFont>
@@ -8,25 +9,6 @@
 #include <QPainterPath>
 
 #include <algorithm>
-
-QRectF TilePainter::titleLabelFrame(const QSizeF &tileSize, double tileBorderWidth, double limitBorder)
-{
-    const double w = tileSize.width();
-    const double h = tileSize.height();
-    const double b = tileBorderWidth;
-    const double iw = w - 2 * b;
-    const double ih = h - 2 * b;
-    const double labelHeight = std::min(ih, iw) * 0.25;
-    const double o = b + 2;
-    const double limit = double(float(o + iw + 2 + limitBorder));
-    const double labelWidth = w < limit ? iw - (limit - w) : iw;
-    return QRectF(o, o, labelWidth, labelHeight);
-}
-
-double TilePainter::titleFontSize(double labelHeight)
-{
-    return std::max(labelHeight, 6.0);
-}
 
 void TilePainter::paint(QPainter &painter, const QRect &target, const TileLayout &tile, const QImage &photo,
                         double collageBorderWidth, bool turned)
@@ -69,12 +51,12 @@ void TilePainter::paint(QPainter &painter, const QRect &target, const TileLayout
 
         const QString title = tile.module ? tile.module->title() : QString();
         if (!title.trimmed().isEmpty()) {
-            const QRectF label = titleLabelFrame(QSizeF(w, h), tile.borderWidth, turned ? 6.0 : collageBorderWidth);
+            const QRectF label = TileLabelGeometry::titleLabelFrame(QSizeF(w, h), tile.borderWidth, turned ? 6.0 : collageBorderWidth);
             // Measured from the bottom edge: the label sits along the tile's bottom.
             const QRectF box(label.x(), h - label.y() - label.height(), label.width(), label.height());
             QFont font(QStringLiteral("Helvetica"));
             font.setBold(true);
-            font.setPixelSize(std::max(1, int(titleFontSize(label.height()))));
+            font.setPixelSize(std::max(1, int(TileLabelGeometry::fontSize(label))));
             p.save();
             p.setClipRect(box.adjusted(0, -label.height(), 0, 0).intersected(QRectF(0, 0, w, h)));
             p.setFont(font);

@@ -18,14 +18,6 @@ public:
     // Colour of the outline around the tile of the selected photo.
     static QColor selectionColor() { return QColor(48, 140, 255); }
 
-    // The title label's frame inside a tile of `tileSize` points, measured from the tile's
-    // bottom-left corner (the label sits along the bottom edge). `tileBorderWidth` is the tile's
-    // border; `limitBorder` is the collage's border width for a freshly made tile, or 6 once the
-    // labels are laid out again for a turned tile.
-    static QRectF titleLabelFrame(const QSizeF &tileSize, double tileBorderWidth, double limitBorder);
-    // The title font's size for a label of that height: never below 6.
-    static double titleFontSize(double labelHeight);
-
     // Paints the tile into `painter` at `target` (whole pixels, top-left origin). `photo` is the
     // picture already fitted to the tile's size (may be null: nothing shown). `collageBorderWidth`
     // and `turned` (a rotation transform) decide the title's width as the window does.

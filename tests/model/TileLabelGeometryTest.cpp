@@ -1,5 +1,4 @@
 #include "model/TileLabelGeometry.h"
-#include "model/TilePainter.h"
 
 #include "support/QtPrinters.h"
 
@@ -31,15 +30,13 @@ TEST(TileLabelGeometry, TitleLabelInsideBorderAlongBottom)
              // The label height follows the smaller inner side.
              Case{{60, 300}, 0, 0, {2, 2, 56, 15}},
          }) {
-        for (const QRectF &r : {TileLabelGeometry::titleLabelFrame(c.tile, c.border, c.margin),
-                                TilePainter::titleLabelFrame(c.tile, c.border, c.margin)}) {
-            SCOPED_TRACE(testing::Message() << c.tile.width() << "x" << c.tile.height() << " border " << c.border
-                                            << " margin " << c.margin);
-            EXPECT_NEAR(r.x(), c.expected.x(), 1e-4);
-            EXPECT_NEAR(r.y(), c.expected.y(), 1e-4);
-            EXPECT_NEAR(r.width(), c.expected.width(), 1e-4);
-            EXPECT_NEAR(r.height(), c.expected.height(), 1e-4);
-        }
+        const QRectF r = TileLabelGeometry::titleLabelFrame(c.tile, c.border, c.margin);
+        SCOPED_TRACE(testing::Message() << c.tile.width() << "x" << c.tile.height() << " border " << c.border
+                                        << " margin " << c.margin);
+        EXPECT_NEAR(r.x(), c.expected.x(), 1e-4);
+        EXPECT_NEAR(r.y(), c.expected.y(), 1e-4);
+        EXPECT_NEAR(r.width(), c.expected.width(), 1e-4);
+        EXPECT_NEAR(r.height(), c.expected.height(), 1e-4);
     }
     EXPECT_EQ(TileLabelGeometry::updatedLabelFrame({100, 100}, 0), TileLabelGeometry::titleLabelFrame({100, 100}, 0, 6));
 }
@@ -48,8 +45,6 @@ TEST(TileLabelGeometry, FontNeverBelowSixAndStackingAndFlip)
 {
     EXPECT_EQ(TileLabelGeometry::fontSize(QRectF(2, 2, 10, 3)), 6.0);
     EXPECT_EQ(TileLabelGeometry::fontSize(QRectF(2, 2, 10, 25)), 25.0);
-    EXPECT_EQ(TilePainter::titleFontSize(2.5), 6.0);
-    EXPECT_EQ(TilePainter::titleFontSize(25), 25.0);
 
     const QRectF index(2, 2, 50, 20);
     EXPECT_EQ(TileLabelGeometry::dimensionLabelY(index, 20, 100), 22);
