@@ -499,10 +499,7 @@ TEST_F(ImageEditorTest, TheMainWindowOpensTheEditor)
     // A double click on another photo asks first.
     list.selection().select(1);
     emit controller.mainWindow().imageBrowserPanel().editRequested(1);
-    QMessageBox *box = nullptr;
-    ASSERT_TRUE(QTest::qWaitFor([&] { return (box = controller.editorWindow().findChild<QMessageBox *>()) != nullptr; }, 5000));
-    EXPECT_EQ(box->text(), QStringLiteral("Replace edit contents?"));
-    box->reject();
+    EXPECT_EQ(Dialogs::answer(QStringLiteral("Cancel")).first, QStringLiteral("Replace edit contents?"));
     // Ctrl+Z in the editor undoes the edit, never the collage's jumble (the main window's Ctrl+Z).
     ImageEditorWindow &editorWindow = controller.editorWindow();
     TessaryView &collage = controller.mainWindow().tessaryView();
