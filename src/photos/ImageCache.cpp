@@ -130,8 +130,8 @@ ImageCache::Source ImageCache::sourceFor(const QString &path) const
     if (it != m_imageCacheDictionary.constEnd())
         return {path, it->tiff, it->date, {}, it->subject};
     if (m_stored.contains(path))
-        return {path, {}, {}, m_storePath};
-    return {path, {}, {}, {}};
+        return {path, {}, {}, m_storePath, {}};
+    return {path, {}, {}, {}, {}};
 }
 
 void ImageCache::clear()
@@ -241,7 +241,7 @@ void ImageCache::storeEntry(const QString &path, const Entry &entry)
 
 UIImage ImageCache::addPathToCache(const QString &path)
 {
-    const Decoded d = decode(Source{path, {}, {}, {}});
+    const Decoded d = decode(Source{path, {}, {}, {}, {}});
     if (!d.entry.image.isValid() || !d.entry.date.isValid()) {
         m_failed.insert(path, {d.entry.date, d.entry.error});
         return UIImage();

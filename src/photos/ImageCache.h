@@ -131,7 +131,7 @@ public:
     // One photo's entry made from its source (safe on any thread): from the kept bytes or the
     // stored row when they are still good, else from the file (dated, then decoded).
     static Entry makeEntry(const Source &source);
-    static Entry makeEntry(const QString &path) { return makeEntry(Source{path, {}, {}, {}}); }
+    static Entry makeEntry(const QString &path) { return makeEntry(Source{path, {}, {}, {}, {}}); }
     // Takes an entry made by makeEntry into the cache (or records the failure).
     void insertEntry(const QString &path, const Entry &entry) { take({path, entry}); }
     // Drops the entries of photos that are no longer listed, without touching the others.

@@ -83,8 +83,9 @@ TEST(PropertyList, XmlDatesReadAsUtcAndMalformedOnesAreRefused)
         SCOPED_TRACE(text);
         const auto r = PropertyList::fromBytes(QByteArray("<plist><date>") + text + "</date></plist>", QStringLiteral("date"));
         ASSERT_EQ(r.ok(), expected.isValid()) << r.error.toStdString();
-        if (expected.isValid())
+        if (expected.isValid()) {
             EXPECT_EQ(r.value.toDateTime().toMSecsSinceEpoch(), expected.toMSecsSinceEpoch());
+        }
     }
 }
 

@@ -174,8 +174,9 @@ TEST(PhotoMetadata, FailuresSayWhyAndLeaveTheTargetIntact)
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);
         const QString target = dir.filePath(QStringLiteral("broken-%1.jpg").arg(QLatin1String(c.name).size()));
-        if (c.targetBytes)
+        if (c.targetBytes) {
             ASSERT_TRUE(writeFile(target, *c.targetBytes));
+        }
         QString error;
         EXPECT_FALSE(PhotoMetadata::copy(camera, target, &error));
         EXPECT_FALSE(error.isEmpty());
