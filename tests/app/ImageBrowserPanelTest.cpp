@@ -211,8 +211,9 @@ TEST_F(ImageBrowserPanelTest, DropsByKindOfDataAndPlace)
         if (k.kind == OtherTessary)
             data->setData(ImageBrowserListView::kItemMimeType, "1 0"); // process 1 is never us
         // What the grid itself puts into a drag of a photo: a file for other programs too.
-        if (k.kind == OwnPhoto)
+        if (k.kind == OwnPhoto) {
             EXPECT_EQ(data->urls(), QList<QUrl>{QUrl::fromLocalFile(controller->images().at(k.from))});
+        }
         if (k.kind == WebPicture)
             data->setData(QStringLiteral("image/png"), png);
         if (k.kind == Words)

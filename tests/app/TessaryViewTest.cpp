@@ -122,8 +122,9 @@ TEST_F(TessaryViewTest, DropSwapsPhotos)
         else
             EXPECT_TRUE(lines.isEmpty());
         // The new layout shows the exchanged photos.
-        if (c.taken)
+        if (c.taken) {
             EXPECT_EQ(view->tileWithTag(c.target)->imagePath(), expected.at(c.target));
+        }
     }
     TessaryDataView *placeholder = view->tileWithTag(10);
     EXPECT_TRUE(placeholder->isPlaceholder());

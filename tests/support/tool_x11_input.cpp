@@ -6,7 +6,9 @@
 //   close:                      asks the window to close, as its title bar's close button does
 //                               (WM_DELETE_WINDOW).
 // The window is the shown top-level window whose title is TITLE; it is waited for up to ten
-// seconds. Exits 0 when done, 1 when there was no such window, 2 on bad arguments.
+// seconds, and looked for again when the one found went away before the keys reached it (a
+// window replaced by another of the same title). Exits 0 when done, 1 when there was no such
+// window, 2 on bad arguments.
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
@@ -19,6 +21,17 @@
 #include <thread>
 
 namespace {
+
+// Set when the server refused a request because its window is gone (instead of Xlib's default,
+// which ends the program).
+bool windowWentAway = false;
+
+int noteGoneWindow(Display *, XErrorEvent *error)
+{
+    if (error->error_code == BadWindow)
+        windowWentAway = true;
+    return 0;
+}
 
 std::string titleOf(Display *display, Window window)
 {
@@ -136,22 +149,28 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "%s: cannot open display %s\n", argv[0], argv[1]);
         return 1;
     }
-    Window window = None;
-    for (int i = 0; i < 200 && window == None; ++i) {
-        window = findWindow(display, argv[2]);
-        if (window == None)
+    XSetErrorHandler(noteGoneWindow);
+    bool done = false;
+    bool typed = true;
+    for (int i = 0; i < 200 && !done; ++i) {
+        const Window window = findWindow(display, argv[2]);
+        if (window == None) {
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            continue;
+        }
+        windowWentAway = false;
+        if (action == "close")
+            askToClose(display, window);
+        else
+            typed = typeKeys(display, window, action);
+        XSync(display, False);
+        done = !windowWentAway || !typed;
     }
-    if (window == None) {
+    if (!done) {
         std::fprintf(stderr, "%s: no shown window titled \"%s\"\n", argv[0], argv[2]);
         XCloseDisplay(display);
         return 1;
     }
-    bool typed = true;
-    if (action == "close")
-        askToClose(display, window);
-    else
-        typed = typeKeys(display, window, action);
     XCloseDisplay(display);
     if (!typed) {
         std::fprintf(stderr, "%s: unknown key in %s\n", argv[0], argv[3]);
